@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+add_library(zeldb_flags INTERFACE)
+target_compile_features(zeldb_flags INTERFACE cxx_std_20 c_std_17)
+target_compile_options(
+  zeldb_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror
+                        -fstack-protector-strong -fno-plt)
+target_link_options(zeldb_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+
+if(ZELDB_SANITIZE)
+  target_compile_options(zeldb_flags INTERFACE -fsanitize=${ZELDB_SANITIZE} -fno-sanitize-recover=all
+                                               -fno-omit-frame-pointer)
+  target_link_options(zeldb_flags INTERFACE -fsanitize=${ZELDB_SANITIZE})
+elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  target_compile_definitions(zeldb_flags INTERFACE _FORTIFY_SOURCE=2)
+endif()
+
+# A shared library that exports what its map lists and nothing else.
+function(zeldb_shared_library target map)
+  set_target_properties(${target} PROPERTIES SOVERSION 0 VERSION ${PROJECT_VERSION})
+  target_link_libraries(${target} PRIVATE zeldb_flags)
+  cmake_path(ABSOLUTE_PATH map)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map})
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+  if(NOT ZELDB_SANITIZE)
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+endfunction()
