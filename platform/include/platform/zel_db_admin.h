@@ -1,0 +1,26 @@
+/* SPDX-License-Identifier: Apache-2.0
+ *
+ * Administration of the databases behind zel_db.h. Not part of what a controller's own library offers.
+ */
+#ifndef PLATFORM_ZEL_DB_ADMIN_H
+#define PLATFORM_ZEL_DB_ADMIN_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Creates the databases dmdb and propertiesdb and the tables that are missing in them. url is a ZEL_DB_URL,
+ * null for that of the environment. Calling it again changes nothing. On failure error (capacity bytes, may
+ * be null) receives one line that says what failed and where. */
+int zel_db_create(const char* url, char* error, unsigned capacity);
+
+/* Runs the statements of the file at path, split at ";" outside quotes and comments, in the named database
+ * ("dmdb" or "propertiesdb"). Stops at the first that fails: error names the file, the statement's number
+ * (from 1) and the reason. */
+int zel_db_load(const char* url, const char* database, const char* path, char* error, unsigned capacity);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
