@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The JSON files of the platform directory (ZEL_PLATFORM_DIR, by default /var/lib/zeldb). What is wrong with
+// a file is one line in the log, which names the file and the place in it.
+#ifndef ZEL_PLATFORM_CONFIG_CONFIG_H
+#define ZEL_PLATFORM_CONFIG_CONFIG_H
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace zel_platform {
+
+// Keeps the order of the keys, so that an updated file still looks like the one that was written by hand.
+using Json = nlohmann::ordered_json;
+
+// The content of a file is not what its reader needs; the text names the place.
+class ConfigError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+enum class IfMissing { Fail, Empty };
+
+std::string config_path(const char* file);
+
+// Hands the file's content to read; a missing file is a failure or an empty object. False, and one line in
+// the log, when the file cannot be read, is no JSON, or read throws.
+bool read_config(const char* file, IfMissing missing, const std::function<void(const Json&)>& read);
+
+// Reads the file as it is now, lets change have its way with it and replaces it; updates by other processes
+// are neither lost nor torn. Nothing is written when change throws.
+bool update_config(const char* file, IfMissing missing, const std::function<void(Json&)>& change);
+
+// One member of an object; missing and null are the same. A text ends at its first NUL, a number is any that
+// fits in 32 bits, signed or unsigned. Anything else throws a ConfigError that names the member.
+std::optional<std::string> text_member(const Json& object, const char* name);
+std::optional<uint32_t> word_member(const Json& object, const char* name);
+
+// Visits the elements of an array member; a ConfigError thrown on the way gets the element's place before its
+// text.
+void each_element(const Json& object, const char* name, IfMissing missing,
+                  const std::function<void(const Json&)>& visit);
+
+}  // namespace zel_platform
+
+#endif

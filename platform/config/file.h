@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Whole files, read and replaced. Failures are thrown as std::system_error.
+#ifndef ZEL_PLATFORM_CONFIG_FILE_H
+#define ZEL_PLATFORM_CONFIG_FILE_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zel_platform {
+
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : fd_(fd) {}
+  ~FileDescriptor();
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+// Nothing when there is no such file.
+std::optional<std::string> read_file(const std::string& path);
+
+// A file about to be replaced. While it lives, other processes and threads that want to replace a file of the
+// same folder wait.
+class Replacement {
+ public:
+  explicit Replacement(const std::string& path);
+
+  // The file to read and replace: symbolic links in the path are followed, so that a link stays a link.
+  const std::string& path() const { return path_; }
+  // Readers see the old content or the new one, after a power cut too; mode and owner stay.
+  void write(std::string_view content);
+
+ private:
+  void write_new(const std::string& new_path, std::string_view content) const;
+
+  std::string path_;
+  FileDescriptor folder_;
+};
+
+}  // namespace zel_platform
+
+#endif

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/settings.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace zel_platform {
+namespace {
+
+constexpr const char* kFile = "platform.json";
+
+struct Failure {
+  std::string function;
+  uint32_t call;
+  int rc;
+};
+
+std::vector<Failure> failures_of(const Json& settings) {
+  std::vector<Failure> failures;
+  each_element(settings, "fail", IfMissing::Empty, [&](const Json& entry) {
+    std::optional<std::string> function = text_member(entry, "function");
+    const std::optional<uint32_t> call = word_member(entry, "call");
+    const std::optional<uint32_t> rc = word_member(entry, "rc");
+    if (!function || !call || !rc) throw ConfigError("needs function, call and rc");
+    failures.push_back({std::move(*function), *call, static_cast<int>(*rc)});
+  });
+  return failures;
+}
+
+// Two versions of a file that differ in nothing of this are taken for the same.
+struct Version {
+  std::string path;
+  ino_t inode;
+  off_t size;
+  int64_t seconds;
+  int64_t nanoseconds;
+  bool operator==(const Version&) const = default;
+};
+
+Version version_of(const std::string& path) {
+  struct stat status {};
+  stat(path.c_str(), &status);
+  return {path, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+class Settings {
+ public:
+  std::shared_ptr<const Json> current() {
+    const std::lock_guard lock(mutex_);
+    refresh();
+    return json_;
+  }
+
+  std::optional<int> count_call(const char* function) {
+    const std::lock_guard lock(mutex_);
+    refresh();
+    const uint32_t call = ++calls_[function];
+    const auto found = std::find_if(failures_.begin(), failures_.end(), [&](const Failure& failure) {
+      return failure.function == function && failure.call == call;
+    });
+    return found == failures_.end() ? std::nullopt : std::optional(found->rc);
+  }
+
+ private:
+  void refresh() {
+    Version version = version_of(config_path(kFile));
+    if (json_ && version == version_) return;
+    json_ = std::make_shared<Json>(Json::object());
+    failures_.clear();
+    version_ = std::move(version);
+    read_config(kFile, IfMissing::Empty, [this](const Json& json) {
+      failures_ = failures_of(json);
+      json_ = std::make_shared<Json>(json);
+    });
+  }
+
+  std::mutex mutex_;
+  Version version_{};
+  std::shared_ptr<const Json> json_;
+  std::vector<Failure> failures_;
+  std::map<std::string, uint32_t, std::less<>> calls_;
+};
+
+Settings& settings() {
+  static Settings instance;
+  return instance;
+}
+
+}  // namespace
+
+std::shared_ptr<const Json> platform_settings() {
+  return settings().current();
+}
+
+std::optional<int> injected_failure(const char* function) {
+  return settings().count_call(function);
+}
+
+}  // namespace zel_platform
