@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Making the databases and filling them from a file.
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+
+#include "zel_db/c_face.h"
+#include "zel_db/connections.h"
+#include "zel_db/schema.h"
+#include "zel_db/script.h"
+#include "zel_db/session.h"
+
+namespace zel_db {
+namespace {
+
+// Stops the work with a status and a line for the operator.
+struct Failure : std::runtime_error {
+  Failure(int failed, const std::string& line) : std::runtime_error(line), status(failed) {}
+  int status;
+};
+
+std::string url_or_environment(const char* url) { return url != nullptr ? std::string(url) : environment_url(); }
+
+void run(Connection& connection, const std::string& sql, Result* rows = nullptr) {
+  int status = kOk;
+  const auto statement = connection.prepare(sql, false, &status);
+  if (statement != nullptr) status = statement->run({}, rows, nullptr);
+  if (status != kOk) throw Failure(status, connection.message());
+}
+
+void define(Connection& connection, const std::string& database, const Dialect& dialect) {
+  if (dialect.begin_definitions != nullptr) run(connection, dialect.begin_definitions);
+  for (const std::string& statement : definitions(database, dialect)) run(connection, statement);
+  Result versions;
+  run(connection, "SELECT Version FROM ZeldbSchema", &versions);
+  if (versions.row_count() == 0) {
+    run(connection, "INSERT INTO ZeldbSchema (Version) VALUES (" + std::to_string(kSchemaVersion) + ")");
+  }
+  if (dialect.commit_definitions != nullptr) run(connection, dialect.commit_definitions);
+}
+
+void create(const std::string& url, std::string_view database) {
+  std::string error;
+  const Origin origin{url, std::string(database), "root", ""};
+  const std::unique_ptr<Location> location = locate(origin, &error);
+  if (location == nullptr) throw Failure(kInvalidArgument, error);
+  const auto connection = location->engine->create(location->target, &error);
+  if (connection == nullptr || !has_known_schema(*connection, origin.database, &error)) {
+    throw Failure(kSqlError, error);
+  }
+  try {
+    define(*connection, origin.database, location->engine->dialect());
+  } catch (const Failure& failure) {
+    throw Failure(failure.status, "cannot make the tables of " + origin.database + ": " + failure.what());
+  }
+}
+
+std::string read_file(const std::string& path) {
+  const auto fail = [&] {
+    const std::string reason = std::generic_category().message(errno);
+    return Failure(kInvalidArgument, "cannot read " + path + ": " + reason);
+  };
+  const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path.c_str(), "re"), fclose);
+  if (file == nullptr) throw fail();
+  std::string content;
+  char block[16384];
+  while (const size_t size = fread(block, 1, sizeof block, file.get())) content.append(block, size);
+  if (ferror(file.get()) != 0) throw fail();
+  return content;
+}
+
+struct CloseHandle {
+  void operator()(Handle* handle) const { close_handle(handle); }
+};
+
+void load(const std::string& url, const char* database, const std::string& path) {
+  const Origin origin{url, database, "root", ""};
+  std::string error;
+  if (locate(origin, &error) == nullptr) throw Failure(kInvalidArgument, error);
+  const std::string script = read_file(path);
+  const std::unique_ptr<Handle, CloseHandle> handle(open_handle(origin, &error));
+  if (handle == nullptr) throw Failure(kConnectionLost, error);
+  size_t number = 0;
+  for (const std::string_view statement : split_statements(script)) {
+    ++number;
+    const int status = handle->raw_query(statement, nullptr);
+    if (status != kOk) {
+      throw Failure(status, path + ": statement " + std::to_string(number) + ": " + handle->message());
+    }
+  }
+}
+
+template <class Body>
+int reported(char* error, unsigned capacity, Body body) {
+  return guarded([&] {
+    if (error != nullptr && capacity != 0) *error = '\0';
+    try {
+      body();
+      return static_cast<int>(kOk);
+    } catch (const Failure& failure) {
+      if (error != nullptr) snprintf(error, capacity, "%s", failure.what());
+      return failure.status;
+    }
+  });
+}
+
+}  // namespace
+}  // namespace zel_db
+
+using namespace zel_db;  // NOLINT(google-build-using-namespace): exported C functions stand outside
+
+int zel_db_create(const char* url, char* error, unsigned capacity) {
+  return reported(error, capacity, [&] {
+    for (const std::string_view database : kDatabases) create(url_or_environment(url), database);
+  });
+}
+
+int zel_db_load(const char* url, const char* database, const char* path, char* error, unsigned capacity) {
+  if (database == nullptr || path == nullptr) return kInvalidArgument;
+  return reported(error, capacity, [&] { load(url_or_environment(url), database, path); });
+}

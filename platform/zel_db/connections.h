@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZEL_DB_CONNECTIONS_H
+#define ZEL_DB_CONNECTIONS_H
+
+#include <string>
+
+#include "zel_db/handle.h"
+
+namespace zel_db {
+
+// The handle of the inventory database; null while that cannot be opened.
+Handle* inventory_handle();
+
+// Opens a database, or takes a connection that was closed before; null and the reason when that fails.
+Handle* open_handle(Origin origin, std::string* error);
+// Keeps the connection for the next one that asks for the same. False for what was not opened here.
+bool close_handle(Handle* handle);
+
+}  // namespace zel_db
+
+#endif

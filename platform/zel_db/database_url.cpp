@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/database_url.h"
+
+#include <algorithm>
+#include <charconv>
+#include <stdexcept>
+
+#include "zel_db/sql_text.h"
+
+namespace zel_db {
+namespace {
+
+struct UrlError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+std::string decoded(std::string_view text) {
+  std::string result;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '%') {
+      result.push_back(text[i]);
+      continue;
+    }
+    unsigned byte = 0;
+    const std::string_view digits = text.substr(i + 1, 2);
+    const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
+    if (failure != std::errc() || end != digits.data() + 2 || byte == 0) {
+      throw UrlError("\"%\" without the two digits of a character");
+    }
+    result.push_back(static_cast<char>(byte));
+    i += 2;
+  }
+  return result;
+}
+
+// Takes the text before the separator off rest; all of it when there is none.
+std::string_view take_before(std::string_view& rest, char separator) {
+  const size_t place = rest.find(separator);
+  const std::string_view taken = rest.substr(0, place);
+  rest = place == std::string_view::npos ? std::string_view() : rest.substr(place + 1);
+  return taken;
+}
+
+DatabaseUrl::Host parse_host(std::string_view text) {
+  DatabaseUrl::Host host{};
+  // An IPv6 address stands in brackets, which are not part of its name.
+  const size_t bracket = text.starts_with('[') ? text.find(']') : 0;
+  if (bracket == std::string_view::npos) throw UrlError("\"[\" without \"]\"");
+  const size_t colon = text.find(':', bracket);
+  const std::string_view name = text.substr(0, colon);
+  host.name = decoded(bracket != 0 ? name.substr(1, bracket - 1) : name);
+  if (bracket != 0 && name.size() != bracket + 1) throw UrlError("text behind \"]\"");
+  if (colon != std::string_view::npos) {
+    const std::string_view port = text.substr(colon + 1);
+    const auto [end, failure] = std::from_chars(port.data(), port.data() + port.size(), host.port);
+    if (failure != std::errc() || end != port.data() + port.size() || host.port == 0) {
+      throw UrlError("a port is a number from 1 to 65535");
+    }
+  }
+  if (host.name.empty()) throw UrlError("a host without a name");
+  return host;
+}
+
+void parse_authority(std::string_view authority, DatabaseUrl& url) {
+  const size_t at = authority.rfind('@');
+  if (at != std::string_view::npos) {
+    std::string_view password = authority.substr(0, at);
+    const bool has_password = password.find(':') != std::string_view::npos;
+    url.user = decoded(take_before(password, ':'));
+    if (has_password) url.password = decoded(password);
+    authority.remove_prefix(at + 1);
+  }
+  while (!authority.empty()) {
+    url.hosts.push_back(parse_host(take_before(authority, ',')));
+  }
+}
+
+void parse_options(std::string_view options, DatabaseUrl& url) {
+  while (!options.empty()) {
+    std::string_view value = take_before(options, '&');
+    const std::string_view name = take_before(value, '=');
+    if (name == "socket") {
+      url.socket = decoded(value);
+    } else if (name == "prefix") {
+      url.prefix = decoded(value);
+    } else {
+      throw UrlError("the options are socket and prefix");
+    }
+  }
+  // The prefix becomes part of names in statements, where nothing can be bound.
+  const auto plain = [](char c) { return is_word(c) && c != '$' && static_cast<unsigned char>(c) < 0x80; };
+  if (!std::all_of(url.prefix.begin(), url.prefix.end(), plain)) {
+    throw UrlError("a prefix has letters, digits and \"_\" only");
+  }
+}
+
+DatabaseUrl parse(std::string_view text) {
+  constexpr std::string_view kSqlite = "sqlite://";
+  constexpr std::string_view kMariaDb = "mariadb://";
+  DatabaseUrl url;
+  if (text.starts_with(kSqlite)) {
+    text.remove_prefix(kSqlite.size());
+    url.path = decoded(text);
+    if (!text.starts_with('/')) throw UrlError("the path after \"sqlite://\" starts with \"/\"");
+  } else if (text.starts_with(kMariaDb)) {
+    text.remove_prefix(kMariaDb.size());
+    url.scheme = DatabaseUrl::Scheme::MariaDb;
+    std::string_view options = text;
+    std::string_view authority = take_before(options, '?');
+    const size_t slash = authority.find('/');
+    if (slash != std::string_view::npos && slash + 1 != authority.size()) {
+      throw UrlError("text between \"/\" and \"?\"");
+    }
+    parse_authority(authority.substr(0, slash), url);
+    parse_options(options, url);
+    if (url.hosts.empty()) url.hosts.push_back({"localhost", 0});
+  } else {
+    throw UrlError("it starts neither with \"sqlite://\" nor with \"mariadb://\"");
+  }
+  return url;
+}
+
+}  // namespace
+
+std::optional<DatabaseUrl> parse_database_url(std::string_view text, std::string* error) {
+  try {
+    return parse(text);
+  } catch (const UrlError& bad) {
+    *error = std::string("not the URL of a database: ") + bad.what();
+    return std::nullopt;
+  }
+}
+
+}  // namespace zel_db

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/engines/sqlite/sqlite_connection.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "zel_db/sql_text.h"
+
+namespace zel_db {
+namespace {
+
+int status_for(int code) {
+  switch (code & 0xFF) {
+    case SQLITE_OK: return kOk;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED: return kBusy;
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+    case SQLITE_TOOBIG: return kConstraint;
+    case SQLITE_NOMEM: return kNoMemory;
+    default: return kSqlError;
+  }
+}
+
+int64_t milliseconds() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+class SqlitePrepared : public Prepared {
+ public:
+  SqlitePrepared(SqliteConnection& connection, SqliteStatement statement)
+      : connection_(connection),
+        statement_(std::move(statement)),
+        placeholders_(static_cast<size_t>(sqlite3_bind_parameter_count(statement_.get()))) {}
+
+  int run(std::span<const Value> values, Result* rows, Outcome* outcome) override;
+
+ private:
+  int bind(std::span<const Value> values);
+  int fetch(Result* rows);
+  const ColumnNames& columns();
+  void append_row(Result& rows);
+
+  SqliteConnection& connection_;
+  SqliteStatement statement_;
+  const size_t placeholders_;
+  ColumnNames columns_;
+  int prepared_again_ = 0;
+};
+
+// Texts stay where they are: each run binds all of them again before it steps.
+int SqlitePrepared::bind(std::span<const Value> values) {
+  sqlite3_stmt* statement = statement_.get();
+  int code = SQLITE_OK;
+  int place = 0;
+  for (const Value& value : values) {
+    ++place;
+    switch (value.kind) {
+      case Value::Kind::Text:
+        code = sqlite3_bind_text(statement, place, value.text, static_cast<int>(value.size), SQLITE_STATIC);
+        break;
+      case Value::Kind::Null: code = sqlite3_bind_null(statement, place); break;
+      case Value::Kind::Integer:
+      case Value::Kind::Unsigned: code = sqlite3_bind_int64(statement, place, value.number); break;
+    }
+    if (code != SQLITE_OK) break;
+  }
+  return code;
+}
+
+// SQLite prepares a statement again when the schema has changed; "*" may then have other columns.
+const ColumnNames& SqlitePrepared::columns() {
+  sqlite3_stmt* statement = statement_.get();
+  const int prepared_again = sqlite3_stmt_status(statement, SQLITE_STMTSTATUS_REPREPARE, 0);
+  if (columns_ == nullptr || prepared_again != prepared_again_) {
+    auto names = std::make_shared<std::vector<std::string>>();
+    for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+      const char* name = sqlite3_column_name(statement, i);
+      names->emplace_back(name != nullptr ? name : "");
+    }
+    columns_ = std::move(names);
+    prepared_again_ = prepared_again;
+  }
+  return columns_;
+}
+
+// A value is looked up once per cell; that it is not protected against other threads is the handle's business.
+void SqlitePrepared::append_row(Result& rows) {
+  sqlite3_stmt* statement = statement_.get();
+  rows.begin_row();
+  const int width = static_cast<int>(columns_->size());
+  for (int i = 0; i < width; ++i) {
+    const auto column = static_cast<size_t>(i);
+    sqlite3_value* value = sqlite3_column_value(statement, i);
+    const int type = sqlite3_value_type(value);
+    if (type == SQLITE_INTEGER) {
+      rows.put_integer(column, sqlite3_value_int64(value));
+    } else if (type == SQLITE_FLOAT) {
+      rows.put_real(column, sqlite3_value_double(value));
+    } else if (type == SQLITE_NULL) {
+      rows.put_null(column);
+    } else {
+      const void* bytes = type == SQLITE_TEXT ? sqlite3_value_text(value) : sqlite3_value_blob(value);
+      const auto size = static_cast<size_t>(sqlite3_value_bytes(value));
+      char* place = rows.put_bytes(column, type == SQLITE_TEXT ? CellType::Text : CellType::Blob, size);
+      if (size != 0) std::memcpy(place, bytes, size);
+    }
+  }
+}
+
+int SqlitePrepared::fetch(Result* rows) {
+  int code = sqlite3_step(statement_.get());
+  if (rows != nullptr && (code == SQLITE_ROW || code == SQLITE_DONE)) rows->set_columns(columns());
+  while (code == SQLITE_ROW) {
+    if (rows != nullptr) append_row(*rows);
+    code = sqlite3_step(statement_.get());
+  }
+  return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+int SqlitePrepared::run(std::span<const Value> values, Result* rows, Outcome* outcome) {
+  struct Reset {
+    sqlite3_stmt* statement;
+    ~Reset() { sqlite3_reset(statement); }
+  } const reset{statement_.get()};
+  if (placeholders_ != values.size()) {
+    return connection_.refuse("placeholders of another kind than \"?\"");
+  }
+  int code = bind(values);
+  if (code == SQLITE_OK) code = fetch(rows);
+  if (code != SQLITE_OK) return connection_.fail(code);
+  if (outcome != nullptr) {
+    outcome->row_id = sqlite3_last_insert_rowid(connection_.database());
+    outcome->changed = sqlite3_changes(connection_.database());
+  }
+  return kOk;
+}
+
+}  // namespace
+
+SqliteConnection::SqliteConnection(SqliteDatabase database, std::string path)
+    : database_(std::move(database)), path_(std::move(path)), looked_at_(milliseconds()) {
+  stat(path_.c_str(), &opened_);
+}
+
+int SqliteConnection::refuse(const char* message) {
+  message_ = message;
+  return kSqlError;
+}
+
+int SqliteConnection::fail(int code) {
+  message_ = sqlite3_errmsg(database());
+  return status_for(code);
+}
+
+std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, bool keep, int* status) {
+  sqlite3_stmt* prepared = nullptr;
+  const char* tail = nullptr;
+  const int code = sqlite3_prepare_v3(database(), sql.data(), static_cast<int>(sql.size()),
+                                      keep ? SQLITE_PREPARE_PERSISTENT : 0, &prepared, &tail);
+  SqliteStatement statement(prepared);
+  if (code != SQLITE_OK) {
+    *status = fail(code);
+    return nullptr;
+  }
+  const bool more = std::any_of(tail, sql.data() + sql.size(), [](char c) { return !is_blank(c) && c != ';'; });
+  if (statement == nullptr || more) {
+    *status = refuse(more ? "more than one statement" : "no statement");
+    return nullptr;
+  }
+  return std::make_unique<SqlitePrepared>(*this, std::move(statement));
+}
+
+// An open file keeps its content when another takes its place, and what is written to it is lost. Looking at it for
+// each call would cost as much as a keyed read, so that it is done ten times a second.
+bool SqliteConnection::is_usable() {
+  constexpr int64_t kMilliseconds = 100;
+  const int64_t now = milliseconds();
+  if (now - looked_at_ < kMilliseconds) return true;
+  looked_at_ = now;
+  struct stat found {};
+  return stat(path_.c_str(), &found) == 0 && found.st_dev == opened_.st_dev && found.st_ino == opened_.st_ino;
+}
+
+}  // namespace zel_db

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/handle.h"
+
+#include <algorithm>
+
+#include "platform/vrel_log.h"
+#include "zel_db/sql_text.h"
+#include "zel_db/statements.h"
+
+using namespace zel_db;  // NOLINT(google-build-using-namespace): the C tag stands outside the namespace
+
+_zel_db_handle_t::_zel_db_handle_t(Origin origin) : origin_(std::move(origin)), trace_(Trace::current()) {}
+
+bool _zel_db_handle_t::connect() {
+  if (session_ == nullptr) session_ = open_session(origin_, &message_);
+  return session_ != nullptr;
+}
+
+bool _zel_db_handle_t::is_ready() {
+  const std::lock_guard lock(mutex_);
+  if (session_ != nullptr && !session_->connection->is_usable()) session_.reset();
+  return connect();
+}
+
+bool _zel_db_handle_t::is_ready_in_environment() {
+  const std::lock_guard lock(mutex_);
+  if (session_ != nullptr) {
+    if (session_->connection->is_usable()) return true;
+    session_.reset();
+  }
+  origin_.url = environment_url();
+  trace_ = Trace::current();
+  return connect();
+}
+
+void _zel_db_handle_t::begin_statement() {
+  sql_.clear();
+  values_.clear();
+}
+
+int _zel_db_handle_t::append_template(std::string_view text, Parameters parameters, bool lift, bool* ended) {
+  const LiftOutcome outcome = lift_literals(text, parameters, lift, sql_, values_);
+  *ended = outcome.ended;
+  return outcome.status == kOk ? outcome.status : failed(outcome.status, outcome.reason, text);
+}
+
+int _zel_db_handle_t::append_where(std::string_view where, Parameters parameters, bool* ended) {
+  if (!where.empty()) sql_.append(" WHERE ");
+  return append_template(where, parameters, true, ended);
+}
+
+int _zel_db_handle_t::query(std::string_view table, std::span<const char* const> columns, std::string_view where,
+                            Parameters parameters, std::string_view order, Result** out) {
+  const std::lock_guard lock(mutex_);
+  begin_statement();
+  sql_.append("SELECT ");
+  for (const char* column : columns) {
+    sql_.append(column);
+    sql_.push_back(',');
+  }
+  if (columns.empty()) sql_.append("*,");
+  sql_.back() = ' ';
+  sql_.append("FROM ");
+  sql_.append(table);
+  bool ended = false;
+  int status = append_where(where, parameters, &ended);
+  if (status != kOk) return status;
+  if (!order.empty()) {
+    if (ended) return failed(kSqlError, "more than one statement", where);
+    sql_.append(" ORDER BY ");
+    sql_.append(order);
+  }
+  std::unique_ptr<Result> rows;
+  status = execute(text_key(sql_.view()), true, &rows, nullptr);
+  *out = rows.release();
+  return status;
+}
+
+int _zel_db_handle_t::raw_query(std::string_view sql, Result** out) {
+  const std::lock_guard lock(mutex_);
+  begin_statement();
+  bool ended = false;
+  int status = append_template(sql, {}, takes_placeholders(sql), &ended);
+  if (status != kOk) return status;
+  std::unique_ptr<Result> rows;
+  const bool reads = equal_ignoring_case(first_word(sql_.view()), "select");
+  status = execute(text_key(sql_.view()), reads, out != nullptr ? &rows : nullptr, nullptr);
+  if (out != nullptr) *out = rows.release();
+  return status;
+}
+
+int _zel_db_handle_t::insert(std::string_view table, const ContentValues& values, int64_t* id) {
+  const std::lock_guard lock(mutex_);
+  begin_statement();
+  for (size_t i = 0; i < values.size(); ++i) values_.list.push_back(values.value(i));
+  Outcome outcome;
+  const int status =
+      execute(insert_key(table, values.names()), false, nullptr, id != nullptr ? &outcome : nullptr);
+  if (status == kOk && id != nullptr) *id = outcome.row_id;
+  return status;
+}
+
+int _zel_db_handle_t::update(std::string_view table, const ContentValues& values, std::string_view where,
+                             Parameters parameters, int64_t* updated) {
+  const std::lock_guard lock(mutex_);
+  begin_statement();
+  for (size_t i = 0; i < values.size(); ++i) values_.list.push_back(values.value(i));
+  bool ended = false;
+  int status = append_template(where, parameters, true, &ended);
+  if (status != kOk) return status;
+  Outcome outcome;
+  status = execute(update_key(table, values.names(), sql_.view()), false, nullptr,
+                   updated != nullptr ? &outcome : nullptr);
+  if (status == kOk && updated != nullptr) *updated = outcome.changed;
+  return status;
+}
+
+int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Parameters parameters,
+                             int64_t* deleted) {
+  const std::lock_guard lock(mutex_);
+  begin_statement();
+  sql_.append("DELETE FROM ");
+  sql_.append(table);
+  bool ended = false;
+  int status = append_where(where, parameters, &ended);
+  if (status != kOk) return status;
+  Outcome outcome;
+  status = execute(text_key(sql_.view()), false, nullptr, &outcome);
+  if (status == kOk && deleted != nullptr) *deleted = outcome.changed;
+  return status;
+}
+
+// A write is not repeated on a new connection: the old one may have done it before it was lost.
+int _zel_db_handle_t::execute(const StatementKey& key, bool retry, std::unique_ptr<Result>* rows,
+                              Outcome* outcome) {
+  int status = kConnectionLost;
+  for (int attempt = 0; attempt == 0 || (attempt == 1 && retry); ++attempt) {
+    if (!connect()) return kConnectionLost;  // with its reason as the message
+    if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
+    status = execute_once(key, rows != nullptr ? rows->get() : nullptr, outcome);
+    if (status != kConnectionLost) break;
+    disconnect();
+  }
+  if (status != kOk && rows != nullptr) rows->reset();
+  return status;
+}
+
+int _zel_db_handle_t::execute_once(const StatementKey& key, Result* rows, Outcome* outcome) {
+  Connection& connection = *session_->connection;
+  const auto run = [&](const StatementCache::Lease& lease) {
+    const int status = lease.statement().run({values_.list.begin(), values_.list.size()}, rows, outcome);
+    return status == kOk ? status : failed(status, connection.message(), key.text);
+  };
+  if (const StatementCache::Lease lease = session_->cache.find(key); lease) return run(lease);
+
+  int status = kOk;
+  const std::string_view sql = statement_text(key, *session_->dialect, scratch_);
+  std::unique_ptr<Prepared> statement = connection.prepare(sql, true, &status);
+  if (statement == nullptr) return failed(status, connection.message(), sql);
+  return run(session_->cache.add(key, std::move(statement)));
+}
+
+int _zel_db_handle_t::failed(int status, std::string_view message, std::string_view sql) {
+  message_ = message;
+  vrel_log::logDbg("zel_db: %s: %.*s", message_.c_str(), static_cast<int>(sql.size()), sql.data());
+  return status;
+}

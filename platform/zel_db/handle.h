@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZEL_DB_HANDLE_H
+#define ZEL_DB_HANDLE_H
+
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "zel_db/content_values.h"
+#include "zel_db/literals.h"
+#include "zel_db/session.h"
+#include "zel_db/trace.h"
+
+// A database as its callers hold it. It outlives its connection, which is dropped when the server goes away and
+// before the process forks, and made again by the next call. Calls of several threads are served one at a time.
+struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): prescribed name
+ public:
+  explicit _zel_db_handle_t(zel_db::Origin origin);
+  ~_zel_db_handle_t() = default;
+  _zel_db_handle_t(const _zel_db_handle_t&) = delete;
+  _zel_db_handle_t& operator=(const _zel_db_handle_t&) = delete;
+
+  int query(std::string_view table, std::span<const char* const> columns, std::string_view where,
+            zel_db::Parameters parameters, std::string_view order, zel_db_result_t** out);
+  int raw_query(std::string_view sql, zel_db_result_t** out);  // out may be null
+  int insert(std::string_view table, const zel_db_content_values_t& values, int64_t* id);
+  int update(std::string_view table, const zel_db_content_values_t& values, std::string_view where,
+             zel_db::Parameters parameters, int64_t* updated);
+  int remove(std::string_view table, std::string_view where, zel_db::Parameters parameters, int64_t* deleted);
+
+  // Whether there is a connection, or one can be made; without asking a database that is connected.
+  bool is_ready();
+  // The same, where the connection is to be made to what the environment names now.
+  bool is_ready_in_environment();
+  const zel_db::Trace* trace() const { return trace_; }
+  const zel_db::Origin& origin() const { return origin_; }
+  const std::string& message() const { return message_; }  // why the last call failed
+
+  void attach(std::unique_ptr<zel_db::Session> session) { session_ = std::move(session); }
+  std::unique_ptr<zel_db::Session> detach() { return std::move(session_); }
+  void disconnect() { session_.reset(); }  // under mutex()
+  std::mutex& mutex() { return mutex_; }
+
+ private:
+  bool connect();
+  void begin_statement();
+  int append_template(std::string_view text, zel_db::Parameters parameters, bool lift, bool* ended);
+  int append_where(std::string_view where, zel_db::Parameters parameters, bool* ended);
+  int execute(const zel_db::StatementKey& key, bool retry, std::unique_ptr<zel_db_result_t>* rows,
+              zel_db::Outcome* outcome);
+  int execute_once(const zel_db::StatementKey& key, zel_db_result_t* rows, zel_db::Outcome* outcome);
+  int failed(int status, std::string_view message, std::string_view sql);
+
+  std::mutex mutex_;
+  zel_db::Origin origin_;
+  const zel_db::Trace* trace_;
+  std::unique_ptr<zel_db::Session> session_;
+  std::string message_;
+  // Used again by each call.
+  zel_db::SqlText sql_;
+  std::string scratch_;
+  zel_db::Values values_;
+};
+
+namespace zel_db {
+using Handle = _zel_db_handle_t;
+}
+
+#endif

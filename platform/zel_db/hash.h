@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZEL_DB_HASH_H
+#define ZEL_DB_HASH_H
+
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace zel_db {
+
+inline uint64_t mix(uint64_t hash, uint64_t word) {
+  hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+  return hash ^ (hash >> 32U);
+}
+
+inline uint64_t load_word(const char* p) {
+  uint64_t word = 0;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+// The up to 8 bytes at p, without a call for copying a few of them.
+inline uint64_t load_short(const char* p, size_t size) {
+  uint64_t word = 0;
+  for (size_t i = 0; i < size; ++i) word = word << 8U | static_cast<unsigned char>(p[i]);
+  return word;
+}
+
+// Eight bytes at a time, the last ones once more: templates are a kilobyte long and hashed for each call.
+inline uint64_t hash_of(std::string_view text, uint64_t seed = 0) {
+  const char* p = text.data();
+  const size_t size = text.size();
+  uint64_t hash = mix(seed, size);
+  if (size < 8) return mix(hash, load_short(p, size));
+  for (size_t i = 0; i + 8 < size; i += 8) hash = mix(hash, load_word(p + i));
+  return mix(hash, load_word(p + size - 8));
+}
+
+// Tells most names apart by their ends.
+inline uint64_t hash_of_name(std::string_view name) {
+  const size_t size = name.size();
+  if (size < 8) return mix(size, load_short(name.data(), size));
+  return mix(load_word(name.data()) + size, load_word(name.data() + size - 8));
+}
+
+}  // namespace zel_db
+
+#endif

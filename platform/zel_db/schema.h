@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The tables, said once for all engines. Rules that the table follows:
+//   - everything may be NULL; numbers are signed 64-bit, so that -1 and 4294967295 both fit on every engine;
+//   - a text is wider than any field that is written to it, so that no engine cuts or refuses it;
+//   - an index covers one column: with a second one, rows read without an order would come in another order.
+#ifndef ZEL_DB_SCHEMA_H
+#define ZEL_DB_SCHEMA_H
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel_db {
+
+struct Dialect;
+
+inline constexpr int64_t kSchemaVersion = 1;
+inline constexpr std::array<std::string_view, 2> kDatabases = {"dmdb", "propertiesdb"};
+
+enum class Kind : uint8_t { Integer, Unsigned64, Text, Blob };
+enum class Index : uint8_t { None, Plain, Unique };
+enum class Default : uint8_t { Null, Zero };
+
+struct Column {
+  const char* name;
+  Kind kind;
+  uint16_t size;  // of a text or blob
+  Index index = Index::None;
+  Default value = Default::Null;
+};
+
+struct Table {
+  const char* name;
+  std::span<const Column> columns;
+  bool has_row_id = true;
+};
+
+// The statements that make what is missing of a database's tables.
+std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);
+
+}  // namespace zel_db
+
+#endif

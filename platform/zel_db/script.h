@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZEL_DB_SCRIPT_H
+#define ZEL_DB_SCRIPT_H
+
+#include <string_view>
+#include <vector>
+
+namespace zel_db {
+
+// The statements of a script, split at ";" outside quotes and comments, without blanks and comments before them.
+// What is only blanks and comments is no statement. Behind a quote or comment that is not closed all is one.
+std::vector<std::string_view> split_statements(std::string_view script);
+
+}  // namespace zel_db
+
+#endif

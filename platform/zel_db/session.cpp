@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/session.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <optional>
+
+#include "platform/vrel_log.h"
+
+namespace zel_db {
+namespace {
+
+// Every library call of a service asks for its database again: one line per outage, not per call.
+class OpenFailures {
+ public:
+  void report(const std::string& place, const std::string& line) {
+    const std::lock_guard lock(process_mutex());
+    std::string& last = last_[place];
+    if (last == line) return;
+    last = line;
+    vrel_log::logErr("zel_db: %s", line.c_str());
+  }
+
+  void forget(const std::string& place) {
+    const std::lock_guard lock(process_mutex());
+    last_.erase(place);
+  }
+
+ private:
+  std::map<std::string, std::string> last_;
+};
+
+OpenFailures& open_failures() {
+  static auto& failures = *new OpenFailures;
+  return failures;
+}
+
+std::unique_ptr<Session> try_open(const Origin& origin, std::string* error) {
+  const std::unique_ptr<Location> location = locate(origin, error);
+  if (location == nullptr) return nullptr;
+  auto session = std::make_unique<Session>();
+  session->dialect = &location->engine->dialect();
+  session->connection = location->engine->open(location->target, error);
+  if (session->connection == nullptr) return nullptr;
+  if (!has_known_schema(*session->connection, origin.database, error)) return nullptr;
+  return session;
+}
+
+}  // namespace
+
+std::mutex& process_mutex() {
+  static auto& mutex = *new std::mutex;
+  return mutex;
+}
+
+std::string environment_url() {
+  const char* url = std::getenv("ZEL_DB_URL");
+  return url != nullptr && *url != '\0' ? url : kDefaultUrl;
+}
+
+std::unique_ptr<Location> locate(const Origin& origin, std::string* error) {
+  std::optional<DatabaseUrl> url = parse_database_url(origin.url, error);
+  if (!url) return nullptr;
+  if (std::find(kDatabases.begin(), kDatabases.end(), origin.database) == kDatabases.end()) {
+    *error = "there is no database \"" + origin.database + "\", only dmdb and propertiesdb";
+    return nullptr;
+  }
+  const Engine* engine = engine_for(url->scheme);
+  if (engine == nullptr) {
+    *error = "cannot open " + origin.database + ": the engine for mariadb:// is not part of this build";
+    return nullptr;
+  }
+  return std::make_unique<Location>(Location{engine, {std::move(*url), origin.database, origin.user, origin.password}});
+}
+
+bool has_known_schema(Connection& connection, const std::string& database, std::string* error) {
+  int status = kOk;
+  const auto statement = connection.prepare("SELECT max(Version) FROM ZeldbSchema", false, &status);
+  Result rows;
+  if (statement != nullptr) status = statement->run({}, &rows, nullptr);
+  if (status == kSqlError) return true;  // no such table
+  if (status != kOk) {
+    *error = "cannot read the schema version of " + database + ": " + connection.message();
+    return false;
+  }
+  uint64_t version = 0;
+  if (rows.step() != kRow || rows.number(0, &version) != kOk) return true;
+  if (static_cast<int64_t>(version) <= kSchemaVersion) return true;
+  *error = "cannot use " + database + ": its schema has version " + std::to_string(version) +
+           ", this program knows up to " + std::to_string(kSchemaVersion);
+  return false;
+}
+
+std::unique_ptr<Session> open_session(const Origin& origin, std::string* error) {
+  const std::string place = origin.url + ' ' + origin.database;
+  std::unique_ptr<Session> session = try_open(origin, error);
+  if (session == nullptr) {
+    open_failures().report(place, *error);
+  } else {
+    open_failures().forget(place);
+  }
+  return session;
+}
+
+}  // namespace zel_db

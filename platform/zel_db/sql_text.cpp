@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/sql_text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zel_db {
+
+const char* skip_quoted(const char* begin, const char* end) {
+  const char quote = *begin;
+  for (const char* p = begin + 1; p < end;) {
+    p = static_cast<const char*>(std::memchr(p, quote, static_cast<size_t>(end - p)));
+    if (p == nullptr) return nullptr;
+    if (p + 1 == end || p[1] != quote) return p + 1;
+    p += 2;
+  }
+  return nullptr;
+}
+
+const char* skip_comment(const char* begin, const char* end) {
+  const std::string_view text(begin, static_cast<size_t>(end - begin));
+  if (text.starts_with("--")) {
+    const size_t line_end = text.find('\n');
+    return line_end == std::string_view::npos ? end : begin + line_end + 1;
+  }
+  if (text.starts_with("/*")) {
+    const size_t close = text.find("*/", 2);
+    return close == std::string_view::npos ? nullptr : begin + close + 2;
+  }
+  return begin;
+}
+
+const char* skip_blanks(const char* begin, const char* end) {
+  while (begin < end) {
+    if (is_blank(*begin)) {
+      ++begin;
+      continue;
+    }
+    const char* behind = skip_comment(begin, end);
+    if (behind == begin || behind == nullptr) return begin;
+    begin = behind;
+  }
+  return end;
+}
+
+std::string_view first_word(std::string_view statement) {
+  const char* end = statement.data() + statement.size();
+  const char* word = skip_blanks(statement.data(), end);
+  return {word, static_cast<size_t>(std::find_if_not(word, end, is_word) - word)};
+}
+
+bool equal_ignoring_case(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char left, char right) { return lower(left) == lower(right); });
+}
+
+}  // namespace zel_db

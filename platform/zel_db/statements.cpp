@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/statements.h"
+
+#include "zel_db/hash.h"
+
+namespace zel_db {
+namespace {
+
+void put_together_insert(const StatementKey& key, const Dialect& dialect, std::string& sql) {
+  sql.append("INSERT INTO ").append(key.table);
+  if (key.columns.empty()) {
+    sql.append(dialect.insert_without_values);
+    return;
+  }
+  sql.append(" (").append(key.columns).back() = ')';  // in place of the last comma
+  sql.append(" VALUES (");
+  for (const char c : key.columns) {
+    if (c == ',') sql.append("?,");
+  }
+  sql.back() = ')';
+}
+
+void put_together_update(const StatementKey& key, std::string& sql) {
+  sql.append("UPDATE ").append(key.table).append(" SET ");
+  for (const char c : key.columns) {
+    if (c == ',') sql.append("=?");
+    sql.push_back(c);
+  }
+  sql.pop_back();
+  if (!key.text.empty()) sql.append(" WHERE ").append(key.text);
+}
+
+}  // namespace
+
+StatementKey text_key(std::string_view statement) {
+  return {StatementKey::Form::Text, {}, {}, statement, hash_of(statement)};
+}
+
+StatementKey insert_key(std::string_view table, std::string_view columns) {
+  return {StatementKey::Form::Insert, table, columns, {}, hash_of(columns, hash_of(table))};
+}
+
+StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where) {
+  return {StatementKey::Form::Update, table, columns, where, hash_of(where, hash_of(columns, hash_of(table)))};
+}
+
+std::string_view statement_text(const StatementKey& key, const Dialect& dialect, std::string& scratch) {
+  if (key.form == StatementKey::Form::Text) return key.text;
+  scratch.clear();
+  if (key.form == StatementKey::Form::Insert) {
+    put_together_insert(key, dialect, scratch);
+  } else {
+    put_together_update(key, scratch);
+  }
+  return scratch;
+}
+
+}  // namespace zel_db
