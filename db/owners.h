@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef DB_OWNERS_H
+#define DB_OWNERS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <span>
+#include <utility>
+
+#include "db/row.h"
+#include "platform/zel_db.h"
+#include "zeldb/status.h"
+
+namespace zeldb {
+
+class Result {
+ public:
+  Result() = default;
+  Result(const Result&) = delete;
+  Result& operator=(const Result&) = delete;
+  ~Result() { free(); }
+
+  zel_db_result_t** out() { return &result_; }
+  explicit operator bool() const { return result_ != nullptr; }
+
+  int step() { return zel_db_result_step(result_); }
+  bool next() { return result_ != nullptr && step() == ZELDB_ROW; }
+  unsigned row_count() { return zel_db_result_row_count(result_); }
+  int reset() { return zel_db_result_reset(result_); }
+  Row row() const { return Row(result_); }
+  void free() {
+    if (result_ != nullptr) zel_db_free_result(std::exchange(result_, nullptr));
+  }
+
+ private:
+  zel_db_result_t* result_ = nullptr;
+};
+
+// A connection of its own, closed on every path.
+class Connection {
+ public:
+  explicit Connection(const char* database) : handle_(zel_db_open(kServer, "root", "", database, 0)) {}
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection() {
+    if (handle_ != nullptr) zel_db_close(handle_);
+  }
+
+  explicit operator bool() const { return handle_ != nullptr; }
+  _zel_db_handle_t* get() const { return handle_; }
+
+ private:
+  static constexpr const char* kServer = "localhost";
+  _zel_db_handle_t* handle_;
+};
+
+class PropertyDatabase : public Connection {
+ public:
+  PropertyDatabase() : Connection("propertiesdb") {}
+};
+
+// An array on its way to a caller, who releases it with free().
+template <typename T>
+class MallocArray {
+ public:
+  // Zeroed, so that no record hands out what the heap held before. False when memory is short.
+  bool allocate(size_t count) {
+    items_.reset(static_cast<T*>(std::calloc(count > 0 ? count : 1, sizeof(T))));
+    return items_ != nullptr;
+  }
+  T* get() const { return items_.get(); }
+  T& operator[](size_t index) const { return items_.get()[index]; }
+  T* release() { return items_.release(); }
+
+ private:
+  struct Free {
+    void operator()(T* items) const { std::free(items); }
+  };
+  std::unique_ptr<T, Free> items_;
+};
+
+// A list that another function fills for the use of this one.
+template <typename List>
+class LocalList {
+ public:
+  LocalList() = default;
+  LocalList(const LocalList&) = delete;
+  LocalList& operator=(const LocalList&) = delete;
+  ~LocalList() { std::free(list_.Items); }
+
+  List* out() { return &list_; }
+  auto items() const { return std::span(list_.Items, list_.Count); }
+
+ private:
+  List list_ = {};
+};
+
+}  // namespace zeldb
+
+#endif

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The common shapes of a read. Step statuses are known here and nowhere else.
+#ifndef DB_READ_H
+#define DB_READ_H
+
+#include <cstdint>
+#include <span>
+#include <type_traits>
+
+#include "db/field.h"
+#include "db/owners.h"
+#include "platform/zel_db.h"
+#include "zeldb/status.h"
+
+namespace zeldb {
+
+inline _zel_db_handle_t* inventory() {
+  return get_dmdb_handle(0, nullptr, 0);
+}
+
+inline _zel_db_param_t bound(uint32_t value) {
+  return {.Type = 3, .Reserved = 0, .Count = 1, .Value = value};
+}
+inline _zel_db_param_t bound(int32_t value) {
+  return {.Type = 2, .Reserved = 0, .Count = 1, .Value = static_cast<uint64_t>(int64_t{value})};
+}
+
+struct Select {
+  const char* table;
+  std::span<const char* const> columns;
+  const char* where = nullptr;
+  std::span<const _zel_db_param_t> params = {};
+  const char* order = nullptr;
+};
+
+int query(_zel_db_handle_t* handle, const Select& select, Result& result);
+
+// What a walk over rows ends with, when it ended well.
+constexpr bool ended_well(int status) {
+  return status == ZELDB_ROW || status == ZELDB_NO_MORE_ROWS;
+}
+
+// One row: read takes it and returns nothing, or the status to return. Without a row, that of the step.
+template <typename Read>
+int read_one(_zel_db_handle_t* handle, const Select& select, Read read) {
+  Result result;
+  int status = query(handle, select, result);
+  if (status != ZELDB_OK) return status;
+  if (!result) return ZELDB_NO_MORE_ROWS;
+  status = result.step();
+  if (status != ZELDB_ROW) return status;
+  if constexpr (std::is_void_v<decltype(read(result.row()))>) {
+    read(result.row());
+    return ZELDB_OK;
+  } else {
+    return read(result.row());
+  }
+}
+
+enum class Next { Keep, Skip };
+
+// What becomes of the rows read before a step failed.
+enum class OnError { Discard, PublishAndFail, PublishAndSucceed };
+
+struct ListRules {
+  bool zero_first = true;  // before the query; otherwise a failed query leaves the list as it was
+  OnError on_error = OnError::Discard;
+  bool skipped_rows_count = false;  // against the row count, as kept ones do
+  bool empty_is_not_found = false;  // no item kept: the status of the last step, and no array
+};
+
+// The rows of a result as the list's array: take fills an item and keeps or skips it. The row count bounds
+// the array; rows beyond it are left out. The list is set at the end, or not at all; Items stays as it is
+// when no row was counted. A narrow Index wraps, and with it the places and the count.
+template <typename Index = uint32_t, typename List, typename Take>
+int collect(Result& result, List* list, Take take, ListRules rules = {}) {
+  using Item = std::remove_pointer_t<decltype(list->Items)>;
+  const unsigned rows = result.row_count();
+  MallocArray<Item> items;
+  if (rows > 0 && !items.allocate(rows)) return ZEL_DB_STATUS_NO_MEMORY;
+  Index count = 0;
+  unsigned skipped = 0;
+  int status = ZELDB_OK;
+  while ((status = result.step()) == ZELDB_ROW && count + skipped < rows) {
+    if (take(result.row(), items[count]) == Next::Keep) {
+      ++count;
+    } else if (rules.skipped_rows_count) {
+      ++skipped;
+    }
+  }
+  const bool failed = !ended_well(status);
+  if (failed && rules.on_error == OnError::Discard) return status;
+  if (count == 0 && rules.empty_is_not_found) return status;
+  list->Count = count;
+  if (rows > 0) list->Items = items.release();
+  return failed && rules.on_error == OnError::PublishAndFail ? status : ZELDB_OK;
+}
+
+template <typename List, typename Take>
+int read_list(_zel_db_handle_t* handle, List* list, const Select& select, Take take, ListRules rules = {}) {
+  if (rules.zero_first) *list = {};
+  Result result;
+  const int status = query(handle, select, result);
+  if (status != ZELDB_OK) return status;
+  if (result) return collect(result, list, take, rules);
+  list->Count = 0;
+  return rules.empty_is_not_found ? ZELDB_NO_MORE_ROWS : ZELDB_OK;
+}
+
+// Every row is a record of these fields.
+template <typename List, size_t N>
+int read_list(_zel_db_handle_t* handle, List* list, const Select& select, const FieldTable<N>& table) {
+  using Item = std::remove_pointer_t<decltype(list->Items)>;
+  return read_list(handle, list, select, [&table](const Row& row, Item& record) {
+    row.fill(table.fields, &record);
+    return Next::Keep;
+  });
+}
+
+}  // namespace zeldb
+
+#endif

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef DB_ROW_H
+#define DB_ROW_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "db/field.h"
+#include "platform/zel_db.h"
+
+namespace zeldb {
+
+// Typed reads of the row that the last step made ready. The reads that return a status leave the output alone
+// when it is not 0.
+class Row {
+ public:
+  explicit Row(zel_db_result_t* result) : result_(result) {}
+
+  int read(int column, int32_t& value) const { return zel_db_result_column_int(result_, column, &value); }
+  int read(int column, uint32_t& value) const { return zel_db_result_column_uint(result_, column, &value); }
+  int read(int column, int64_t& value) const { return zel_db_result_column_int64(result_, column, &value); }
+  int read(int column, uint64_t& value) const { return zel_db_result_column_uint64(result_, column, &value); }
+  int read(int column, uint16_t& value) const {
+    return zel_db_result_column_short_uint(result_, column, &value);
+  }
+  int read(int column, uint8_t& value) const { return zel_db_result_column_uchar(result_, column, &value); }
+
+  // The value truncated to T, or the fallback when it cannot be read.
+  template <typename T = uint32_t>
+  T number(int column, T fallback = 0) const {
+    uint32_t value = 0;
+    return read(column, value) == 0 ? static_cast<T>(value) : fallback;
+  }
+
+  // Cut to the buffer and always terminated; empty when it cannot be read.
+  int text(int column, void* buffer, size_t capacity) const;
+  template <typename Byte, size_t N>
+  int text(int column, Byte (&buffer)[N]) const {
+    static_assert(sizeof(Byte) == 1);
+    return text(column, static_cast<void*>(buffer), N);
+  }
+
+  // Cut to the buffer and zero behind; returns how many bytes there are, none when it cannot be read.
+  template <size_t N>
+  unsigned blob(int column, uint8_t (&buffer)[N]) const {
+    return blob(column, buffer, N);
+  }
+  unsigned blob(int column, uint8_t* buffer, unsigned capacity) const;
+
+  bool is_null(int column) const { return zel_db_result_column_is_null(result_, column) != 0; }
+
+  // A code that its column holds as text: decimal, octal or hexadecimal as in C.
+  int read_code(int column, uint32_t& code) const;
+  uint32_t code(int column, uint32_t fallback = 0) const {
+    uint32_t value = 0;
+    return read_code(column, value) == 0 ? value : fallback;
+  }
+
+  // The columns in the order of the fields, from the first on.
+  void fill(std::span<const Field> fields, void* record, int column = 0) const;
+  // The same by the columns' names, for a query of all columns; a missing column counts as unreadable. There
+  // are no codes by name.
+  void fill_by_name(std::span<const Field> fields, void* record) const;
+
+ private:
+  zel_db_result_t* result_;
+};
+
+}  // namespace zeldb
+
+#endif
