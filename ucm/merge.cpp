@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdio>
+#include <cstring>
+#include <optional>
+
+#include "db/field.h"
+#include "db/filter.h"
+#include "db/read.h"
+#include "db/values.h"
+#include "platform/vrel_log.h"
+#include "zeldb/pci.h"
+#include "zeldb/ucm.h"
+
+using vrel_log::logErr;
+using vrel_log::logInfo;
+using vrel_log::logWarn;
+using namespace zeldb;
+
+namespace {
+
+constexpr const char* kAdapters = "PCIAdapter";
+constexpr uint32_t kMerged = 3;
+
+// A function on its way from PCIs, and from a row of its adapter, into PCIAdapter.
+struct Function {
+  uint32_t NodeIndex, SlotNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, DevKey, FunKey;
+  uint32_t AIMSupported;
+  char CardName[129];
+  char ConnectorType[8];
+};
+
+constexpr FieldTable kPosition{
+    ZELDB_FIELD(Function, NodeIndex), ZELDB_FIELD(Function, SlotNo),   ZELDB_FIELD(Function, SegNo),
+    ZELDB_FIELD(Function, BusNo),     ZELDB_FIELD(Function, DeviceNo), ZELDB_FIELD(Function, FunctionNo),
+    ZELDB_FIELD(Function, Location),  ZELDB_FIELD(Function, DevKey),   ZELDB_FIELD(Function, FunKey)};
+
+constexpr FieldTable kCard{ZELDB_FIELD(Function, CardName), ZELDB_FIELD(Function, ConnectorType)};
+
+constexpr FieldTable kWritten{ZELDB_FIELD(Function, SegNo),
+                              ZELDB_FIELD(Function, BusNo),
+                              ZELDB_FIELD(Function, DeviceNo),
+                              ZELDB_FIELD(Function, FunctionNo),
+                              ZELDB_FIELD_AS(Function, NodeIndex, "NodeNo"),
+                              ZELDB_FIELD(Function, SlotNo),
+                              ZELDB_FIELD(Function, CardName),
+                              ZELDB_FIELD(Function, ConnectorType),
+                              ZELDB_FIELD(Function, AIMSupported),
+                              ZELDB_FIELD_AS(Function, DevKey, "PCIKey"),
+                              ZELDB_FIELD_AS(Function, FunKey, "PCIFuncKey"),
+                              ZELDB_FIELD(Function, Location)};
+
+struct Lookup {
+  const char* table;
+  const char* column;
+  const char* name;
+};
+constexpr Lookup kByFunction = {"PCIs", "FunKey", "funkey"};
+constexpr Lookup kByAdapter = {kAdapters, "PCIKey", "pcikey"};
+
+void release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& values) {
+  zel_db_content_put_uchar(values.get(), "AIMSupported", 0);
+  const Filter<128> known("%s=%d AND %s NOT IN ( SELECT %s FROM %s) AND %s IN (SELECT %s FROM %s)",
+                          "AIMSupported", kMerged, "PCIFuncKey", "PfaKey", "PCISetting", "PCIFuncKey",
+                          "FunKey", "PCIs");
+  zel_db_update(handle, kAdapters, values.get(), known, nullptr, 0, nullptr);
+  // Those that are left are gone from PCIs.
+  const Filter<128> gone("%s=%d AND %s NOT IN ( SELECT %s FROM %s)", "AIMSupported", kMerged, "PCIFuncKey",
+                         "PfaKey", "PCISetting");
+  zel_db_delete(handle, kAdapters, gone, nullptr, 0, nullptr);
+}
+
+// Reads the fields from the row that the key selects. Nothing, or the status that ends the merge.
+template <size_t N>
+std::optional<int> look_up(_zel_db_handle_t* handle, const Lookup& lookup, uint32_t key,
+                           const FieldTable<N>& table, Function& function) {
+  const int shown = static_cast<int>(key);
+  const Filter<128> where("%s=%d", lookup.column, shown);
+  Result result;
+  int status = query(handle, {.table = lookup.table, .columns = table.columns, .where = where}, result);
+  if (status != ZELDB_OK || !result) {
+    logErr("Merge: Can not find %s %d in %s table, rc = %d\n", lookup.name, shown, lookup.table, status);
+    return status;
+  }
+  status = result.step();
+  if (status != ZELDB_ROW) {
+    logErr("Merge: Can not step query result for %s %d, rc = %d\n", lookup.name, shown, status);
+    return status;
+  }
+  result.row().fill(table.fields, &function);
+  return std::nullopt;
+}
+
+bool is_generic_name(const char* name) {
+  return std::strncmp(name, "Adapter", 7) == 0;
+}
+
+// Nothing when the next function may follow, or the status that ends the merge.
+std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& values, uint32_t key) {
+  const int shown = static_cast<int>(key);
+  unsigned supported = 0;
+  const bool known = zeldb_get_pci_function_oob_type(key, &supported, nullptr) == ZELDB_OK;
+  if (known && supported != 0) return std::nullopt;
+  if (known) {
+    logInfo("Merge: funkey %d in UCM already recorded in PCIAdapter, will update oobType\n", shown);
+  } else {
+    logInfo("Merge: funkey %d in UCM is not recorded in PCIAdapter.\n", shown);
+  }
+
+  Function function = {};
+  function.AIMSupported = kMerged;
+  if (const auto ended = look_up(handle, kByFunction, key, kPosition, function)) return ended;
+  if (const auto ended = look_up(handle, kByAdapter, function.DevKey, kCard, function)) return ended;
+  if (is_generic_name(function.CardName)) {
+    std::snprintf(function.CardName, sizeof(function.CardName), "Adapter %02X:%02X:%02X", function.BusNo,
+                  function.DeviceNo, function.FunctionNo);
+  }
+
+  values.clear();
+  values.put(kWritten.fields, &function, EmptyText::AsText);
+  const Filter<128> own_row("PCIFuncKey=%u", function.FunKey);
+  const int status = known ? zel_db_update(handle, kAdapters, values.get(), own_row, nullptr, 0, nullptr)
+                           : zel_db_insert(handle, kAdapters, values.get(), 0, nullptr);
+  if (status != ZELDB_OK) {
+    logWarn("Merge: failed to insert/update funkey %d to PCIAdapter, rc=%d\n", shown, status);
+    return status;
+  }
+  logInfo("Merge: insert/update funkey %d to PCIAdapter successfully\n", shown);
+  return std::nullopt;
+}
+
+int merge_functions(_zel_db_handle_t* handle, ContentValues& values) {
+  static constexpr const char* kKeys[] = {"PfaKey"};
+  const Filter<128> distinct("1 GROUP BY %s", "PfaKey");
+  Result keys;
+  int status = query(handle, {.table = "PCISetting", .columns = kKeys, .where = distinct}, keys);
+  if (status != ZELDB_OK || !keys) {
+    logErr("Merge: Can not query all function key from PCISettings, rc = %d\n", status);
+    return status;
+  }
+  const unsigned count = keys.row_count();
+  for (unsigned handled = 0; handled < count; ++handled) {
+    status = keys.step();
+    if (status != ZELDB_ROW) return status;
+    if (const auto ended = merge_function(handle, values, keys.row().number(0))) return *ended;
+  }
+  return ZELDB_OK;
+}
+
+}  // namespace
+
+int zeldb_merge_aim_ucm_pfa(void) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  ContentValues values(handle);
+  if (!values) return no_memory(__func__);
+  release_adapters_without_settings(handle, values);
+  const int status = merge_functions(handle, values);
+  return ended_well(status) ? ZELDB_OK : status;
+}
