@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CLI_APPLICATION_H
+#define CLI_APPLICATION_H
+
+namespace zeldb::cli {
+
+// Exit statuses of the command.
+enum Exit : int { kDone = 0, kFailed = 1, kUsage = 2 };
+
+// Parses the command line, runs the command that it names, and turns every error into one line on standard
+// error.
+int run(int argc, char** argv);
+
+}  // namespace zeldb::cli
+
+#endif
