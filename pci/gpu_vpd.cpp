@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <atomic>
+#include <cstring>
+#include <new>
+
+#include "db/field.h"
+#include "db/filter.h"
+#include "db/read.h"
+#include "pci/gpu_property.h"
+#include "platform/propdb.h"
+#include "zeldb/db.h"
+#include "zeldb/pci.h"
+
+using namespace zeldb;
+
+namespace {
+
+using R = _ZELDB_PCIVpdInfo;
+
+constexpr FieldTable kTexts{ZELDB_FIELD(R, UUID),        ZELDB_FIELD(R, ProductName),
+                            ZELDB_FIELD(R, Manufacture), ZELDB_FIELD(R, SerialNo),
+                            ZELDB_FIELD(R, PartNo),      ZELDB_FIELD(R, Model),
+                            ZELDB_FIELD(R, FRUNo)};
+// The item of the property store that completes each text, in the same order.
+constexpr const char* kItems[] = {"uuid", "model", "mfgr", "sn", "pn", "model", "fru"};
+static_assert(std::size(kItems) == kTexts.fields.size());
+
+constexpr int kPciFunction = 3;
+constexpr int kRefused = -1;
+constexpr int kNotPublished = -2;
+
+// Failures in a row after which the store is not asked any more: a controller that publishes nothing would be
+// asked for every item of every slot.
+constexpr int kMostFailures = 32;
+std::atomic<int> failures{0};
+
+}  // namespace
+
+namespace zeldb {
+
+bool is_missing(const char* text) {
+  return text[0] == '\0' || std::strcmp(text, "N/A") == 0;
+}
+
+int read_gpu_property(const char* base, const char* item, unsigned slot, char* out, size_t size) {
+  if (base == nullptr || item == nullptr || failures > kMostFailures) return kRefused;
+  const Filter<128> path("%s/%d/%s", base, static_cast<int>(slot), item);
+  if (propdb_get_string(path, out, static_cast<unsigned>(size)) != 0) {
+    ++failures;
+    return kNotPublished;
+  }
+  failures = 0;
+  return ZELDB_OK;
+}
+
+}  // namespace zeldb
+
+int get_gpu_pci_vpd_info(const char* base, const char* item, unsigned int slotNo, char* out) {
+  if (out == nullptr) return kRefused;
+  char text[ZELDB_GPU_PROPERTY_SIZE] = {};
+  const int status = read_gpu_property(base, item, slotNo, text, sizeof(text));
+  if (status == ZELDB_OK) std::memcpy(out, text, strnlen(text, sizeof(text) - 1) + 1);
+  return status;
+}
+
+void set_missing_gpu_vpd_info(_ZELDB_PCIVpdInfo* record, unsigned int slotNo,
+                              std::map<std::string, std::string>& changes) {
+  const char* const* item = kItems;
+  for (const Field& field : kTexts.fields) {
+    const char* const name = *item++;
+    char* const text = reinterpret_cast<char*>(bytes_of(field, record));
+    if (!is_missing(text)) continue;
+    if (read_gpu_property(kGpuSlots, name, slotNo, text, field.size) == ZELDB_OK)
+      changes[field.column] = text;
+  }
+}
+
+int zeldb_get_pci_vpd_info(unsigned int funKey, _ZELDB_PCIVpdInfo* record) {
+  static constexpr const char* kColumns[] = {"SlotNo",   "UUID",   "ProductName", "Manufacture",
+                                             "SerialNo", "PartNo", "Model",       "FRUNo"};
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
+  unsigned int hardware_id = 0;
+  unsigned char hardware_type = 0;
+  if (zeldb_get_pci_hardwareidtype_by_funkey(funKey, &hardware_id, &hardware_type) != ZELDB_OK) {
+    return ZELDB_INVALID_ARGUMENT;
+  }
+  const Filter<128> filter("%s=%d AND %s=%d", "HardwareId", static_cast<int>(hardware_id), "HardwareTypeId",
+                           kPciFunction);
+  uint32_t slot = 0;
+  const int status =
+      read_one(handle, {.table = "VPDs", .columns = kColumns, .where = filter}, [&](const Row& row) {
+        slot = row.number(0);
+        row.fill(kTexts.fields, record, 1);
+      });
+  if (status != ZELDB_OK) return status;
+  try {
+    std::map<std::string, std::string> changes;
+    set_missing_gpu_vpd_info(record, slot, changes);
+    if (!changes.empty()) update_pci_table("VPDs", changes, slot);
+  } catch (const std::bad_alloc&) {
+    return ZEL_DB_STATUS_NO_MEMORY;
+  }
+  return ZELDB_OK;
+}

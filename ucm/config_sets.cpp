@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <span>
+#include <string>
+
+#include "db/field.h"
+#include "db/filter.h"
+#include "db/read.h"
+#include "zeldb/pci.h"
+#include "zeldb/ucm.h"
+
+using namespace zeldb;
+
+namespace {
+
+using R = PCISetting_info;
+
+constexpr const char* kSettings = "PCISetting";
+constexpr const char* kParseMarker = "/tmp/dp.ucmparsing";
+constexpr const char* kSettingId[] = {"SettingID"};
+constexpr uint16_t kVendorWithoutSets = 0x1000;
+constexpr uint32_t kFlagged = 2;
+
+// Flags first: a row without them is left out.
+constexpr FieldTable kFields{ZELDB_FIELD(R, Flags),         ZELDB_FIELD(R, GroupName),
+                             ZELDB_FIELD(R, SettingID),     ZELDB_FIELD(R, PfaKey),
+                             ZELDB_FIELD(R, CurrentValue),  ZELDB_FIELD(R, PendingValue),
+                             ZELDB_FIELD(R, SuppressIf),    ZELDB_FIELD(R, GrayIf),
+                             ZELDB_FIELD(R, GroupID),       ZELDB_FIELD(R, GroupSuppressIf),
+                             ZELDB_FIELD(R, GroupGrayIf),   ZELDB_FIELD(R, Mriname),
+                             ZELDB_FIELD(R, ShortDesc),     ZELDB_FIELD(R, FullDesc),
+                             ZELDB_FIELD(R, Type),          ZELDB_FIELD(R, SettingName),
+                             ZELDB_FIELD(R, Mininstances),  ZELDB_FIELD(R, Maxinstances),
+                             ZELDB_FIELD(R, Defvalue),      ZELDB_FIELD(R, Mfg_default),
+                             ZELDB_FIELD(R, Defaultaction), ZELDB_FIELD(R, RecordId),
+                             ZELDB_FIELD(R, Minim),         ZELDB_FIELD(R, Maxim),
+                             ZELDB_FIELD(R, Step),          ZELDB_FIELD(R, Mins),
+                             ZELDB_FIELD(R, Maxs),          ZELDB_FIELD(R, Pattern),
+                             ZELDB_FIELD(R, Numchoices),    ZELDB_FIELD(R, Choices)};
+
+bool parse_in_progress() {
+  return fileexist(kParseMarker);
+}
+
+Filter<128> setting_filter(int funkey, const char* prefix) {
+  if (prefix == nullptr) return Filter<128>("%s=%d", "PfaKey", funkey);
+  return Filter<128>("%s=%d AND %s like '%s%c'", "PfaKey", funkey, "SettingID", prefix, '%');
+}
+
+// The collection's name within a setting id, of which leading dots are no part.
+char* collection_of(char* id) {
+  char* const start = id + std::strspn(id, ".");
+  start[std::strcspn(start, ".")] = '\0';
+  return start;
+}
+
+}  // namespace
+
+bool fileexist(const std::string& path) {
+  return std::ifstream(path).good();
+}
+
+int zeldb_get_pci_configID(int funkey, char* out) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (parse_in_progress()) return ZELDB_PARSE_IN_PROGRESS;
+  if (out == nullptr) return ZELDB_INVALID_ARGUMENT;
+  const Filter<128> filter = setting_filter(funkey, nullptr);
+  Result result;
+  const int status =
+      query(handle, {.table = kSettings, .columns = kSettingId, .where = filter, .order = "PfaKey"}, result);
+  if (status != ZELDB_OK || !result) return status;
+  char previous[128] = {};
+  const unsigned rows = result.row_count();
+  for (unsigned seen = 0; seen < rows && result.next(); ++seen) {
+    char id[128];
+    result.row().text(0, id);
+    const char* const collection = collection_of(id);
+    if (*collection == '\0' || std::strcmp(collection, previous) == 0) continue;
+    if (previous[0] != '\0') std::strcat(out, ":");
+    std::strcat(out, collection);
+    std::strcpy(previous, collection);
+  }
+  return ZELDB_OK;
+}
+
+int zeldb_get_pci_configSet_count(int funkey, char* prefix, unsigned short* count) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (parse_in_progress()) return ZELDB_PARSE_IN_PROGRESS;
+  if (count == nullptr) return ZELDB_INVALID_ARGUMENT;
+  _ZELDB_PCI_Generic_Info info = {};
+  int status = zeldb_get_pci_generic_info(static_cast<unsigned>(funkey), &info);
+  if (status != ZELDB_OK) return status;
+  if (info.VendorId == kVendorWithoutSets) {
+    *count = 0;
+    return ZELDB_OK;
+  }
+  const Filter<128> filter = setting_filter(funkey, prefix);
+  Result result;
+  status = query(handle, {.table = kSettings, .columns = kSettingId, .where = filter}, result);
+  if (status == ZELDB_OK && result) *count = static_cast<unsigned short>(result.row_count());
+  return status;
+}
+
+int zeldb_get_pci_configSet_list(int funkey, unsigned char* prefix, int announced, PCISetting_info* records,
+                                 unsigned short onlyFlagged, unsigned short* stored) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (parse_in_progress()) return ZELDB_PARSE_IN_PROGRESS;
+  if (announced < 0 || stored == nullptr || (records == nullptr && announced > 0))
+    return ZELDB_INVALID_ARGUMENT;
+  const Filter<128> filter = setting_filter(funkey, reinterpret_cast<const char*>(prefix));
+  Result result;
+  const int status = query(handle, {.table = kSettings, .columns = kFields.columns, .where = filter}, result);
+  if (status != ZELDB_OK || !result) return status;
+  const unsigned rows = result.row_count();
+  if (rows != static_cast<unsigned>(announced)) return ZELDB_COUNT_MISMATCH;
+  unsigned count = 0;
+  while (count < rows && result.next()) {
+    const Row row = result.row();
+    uint32_t flags = 0;
+    if (row.read(0, flags) != ZELDB_OK) continue;
+    records[count].Flags = flags;
+    if (onlyFlagged != 0 && (flags & kFlagged) == 0) continue;
+    row.fill(kFields.fields, &records[count++]);
+  }
+  *stored = static_cast<unsigned short>(count);
+  return ZELDB_OK;
+}
