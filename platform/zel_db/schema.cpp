@@ -6,15 +6,21 @@
 namespace zel_db {
 namespace {
 
-constexpr Column number(const char* name, Index index = Index::None) { return {name, Kind::Integer, 0, index}; }
+constexpr Column number(const char* name, Index index = Index::None) {
+  return {name, Kind::Integer, 0, index};
+}
 constexpr Column number_or_zero(const char* name) {
   return {name, Kind::Integer, 0, Index::None, Default::Zero};
 }
-constexpr Column unsigned64(const char* name) { return {name, Kind::Unsigned64, 0}; }
+constexpr Column unsigned64(const char* name) {
+  return {name, Kind::Unsigned64, 0};
+}
 constexpr Column text(const char* name, uint16_t size = 255, Index index = Index::None) {
   return {name, Kind::Text, size, index};
 }
-constexpr Column blob(const char* name, uint16_t size) { return {name, Kind::Blob, size}; }
+constexpr Column blob(const char* name, uint16_t size) {
+  return {name, Kind::Blob, size};
+}
 
 // The BIOS settings of PCI functions, as the parser stores them.
 constexpr Column kPciSetting[] = {
@@ -104,47 +110,112 @@ constexpr Column kPcis[] = {
 
 // Vital product data of functions and disks.
 constexpr Column kVpds[] = {
-    number("HardwareId"),
-    number("HardwareTypeId"),
-    number("Location"),
-    number("SlotNo", Index::Plain),
-    text("UUID"),
-    text("ProductName"),
-    text("Manufacture"),
-    text("SerialNo"),
-    text("PartNo"),
-    text("Model"),
-    text("FRUNo"),
-    text("L2PartNo"),
+    number("HardwareId", Index::Plain), number("HardwareTypeId"),
+    number("Location"),   number("SlotNo", Index::Plain),
+    text("UUID"),         text("ProductName"),
+    text("Manufacture"),  text("SerialNo"),
+    text("PartNo"),       text("Model"),
+    text("FRUNo"),        text("L2PartNo"),
     text("SupplierSN"),
 };
 
 // Firmware components that the update agent has found on devices.
 constexpr Column kPldmDeviceFirmware[] = {
-    text("DeviceName"),
-    number("DeviceType"),
-    number("PCIKey"),
-    number("PCIFuncKey"),
-    number("VendorId"),
-    number("SubVendorId"),
-    number("DeviceId"),
-    number("SubDeviceId"),
-    number("Location"),
-    number("SlotNo", Index::Plain),
-    text("Manufacture"),
-    text("SoftwareID"),
-    text("VersionString"),
-    text("PendingVersionString"),
-    text("PkgVersionString"),
-    text("ReleaseDate"),
-    text("PendingReleaseDate"),
-    number("UpdateSupport"),
-    number("Updated"),
-    number("UpdateMethod"),
-    number("UpdateAuxInfo"),
-    number("UpdateErrCode"),
-    text("UpdateErrString"),
-    number("Status"),
+    text("DeviceName"),         number("DeviceType"),
+    number("PCIKey"),           number("PCIFuncKey"),
+    number("VendorId"),         number("SubVendorId"),
+    number("DeviceId"),         number("SubDeviceId"),
+    number("Location"),         number("SlotNo", Index::Plain),
+    text("Manufacture"),        text("SoftwareID"),
+    text("VersionString"),      text("PendingVersionString"),
+    text("PkgVersionString"),   text("ReleaseDate"),
+    text("PendingReleaseDate"), number("UpdateSupport"),
+    number("Updated"),          number("UpdateMethod"),
+    number("UpdateAuxInfo"),    number("UpdateErrCode"),
+    text("UpdateErrString"),    number("Status"),
+};
+
+// How functions are packaged.
+constexpr Column kPciMisc[] = {
+    number("PCIFuncKey", Index::Plain), text("FoDUid"),          number("MaxDataWidth"),
+    text("ConnectorLayout", 16),        text("PackageType", 16), text("OtherPackageType"),
+    text("AIMSpecVersion", 64),
+};
+
+// Which NC-SI packages answer for a slot.
+constexpr Column kNcsiPackageId[] = {
+    number("Location"),   number("SlotNo", Index::Plain), number("Type"),
+    number("PackageID1"), number("PackageID2"),
+};
+
+// How many ports functions have; a function may be announced more than once.
+constexpr Column kPciNetwork[] = {
+    number("PCIKey", Index::Plain),
+    number("PCIFuncKey", Index::Plain),
+    number("NumberofPhysicalPorts"),
+    number("MaxNumberofLogicalPorts"),
+};
+
+constexpr Column kPciLogicalPort[] = {
+    number("PCIKey", Index::Plain),
+    number("PCIFuncKey", Index::Plain),
+    number("MaxDataSize"),
+    text("PermanentAddress"),
+    text("NetworkAddresses"),
+    number("PhyIdx"),
+    number("Idx"),
+    text("LinkTechnology", 16),
+    text("vNICMode", 16),
+    unsigned64("MaxSpeed"),
+    number("ProtocolType"),
+    number("Ethernet"),
+    number("FCoEFC"),
+    number("iSCSI"),
+    text("FCoEPermanentAddress", 64),
+    text("FCoENetworkAddressess", 64),
+    text("ConnectionType", 16),
+    text("Role", 16),
+    number("TargetRelativePortNumber"),
+};
+
+// Ports and their statistics are paired by their places: no index may reorder the rows of a function.
+constexpr Column kPciPhysicalPort[] = {
+    number("PCIFuncKey", Index::Plain), text("ConnectorLayout", 16), number("Idx"),
+    number("NumberofLogicalPorts"),     text("PermanentAddress"),
+};
+constexpr Column kPciPhysicalPortStat[] = {
+    number("PCIFuncKey", Index::Plain),
+    number("Idx"),
+    number("LinkStatus"),
+    number("LinkSpeed"),
+    number("TxUtil"),
+    number("RxUtil"),
+};
+
+constexpr Column kPciGpu[] = {
+    number("PCIFuncKey", Index::Plain),
+    text("VideoMemoryType", 16),
+    text("VideoMemorySize", 64),
+    number("TotalGPUChipNumber"),
+};
+
+constexpr Column kPciGpuChip[] = {
+    number("PCIFuncKey", Index::Plain),
+    text("GPUChipName"),
+    text("GPUChipManufacturer"),
+    text("GPUChipModel"),
+    text("GPUChipPartNumber"),
+    text("GPUChipSKU"),
+    text("GPUChipSerialNumber"),
+    text("GPUChipFamily"),
+    text("GPUChipUniqueID"),
+    text("GPUChipFormFactor", 16),
+    number("GPUChipIndex"),
+    number("GPUChipNumberOfEnabledCores"),
+    number("ExternalBusClockSpeed"),
+    number("GPUChipMaxClockSpeed"),
+    number("GPUChipAddressWidth"),
+    number("GPUChipDataWidth"),
 };
 
 // Firmware images of functions and disks.
@@ -217,53 +288,31 @@ constexpr Column kProcessor[] = {
     number("NodeIndex"),
 };
 
-// Memory modules. Sizes from 2^31 on are written as negative numbers. Few rows, and listed by their ids alone, which
-// an index would give in its own order.
+// Memory modules. Sizes from 2^31 on are written as negative numbers. Few rows, and listed by their ids
+// alone, which an index would give in its own order.
 constexpr Column kMemory[] = {
-    unsigned64("ArrayId"),
-    number("SlotNo"),
-    number("TotalWidth"),
-    number("DataWidth"),
-    number("MemSize"),
-    number("FormFactor"),
-    number("MemType"),
-    number("TypeDetail"),
-    number("MaxSpeed"),
-    number("ClockSpeed"),
-    text("DevLocator"),
-    text("BankLocator"),
-    text("Manufacturer"),
-    text("SerialNo"),
-    text("AssetTag"),
-    text("PartNo"),
-    number("Attributes"),
-    number("NodeIndex"),
-    unsigned64("Capacity"),
-    unsigned64("MemCapacity"),
-    unsigned64("AppDirCap"),
-    unsigned64("UnconfigCap"),
-    unsigned64("InaccCap"),
-    unsigned64("ReservedCap"),
-    number("Classification"),
-    number("RemainingLife"),
-    number("SecurityState"),
-    number("HealthStatus"),
-    number("AlarmTrips"),
-    number("LDShutdownCount"),
-    number("AITDRAMStatus"),
-    number("HealthStatusReason"),
-    number("LLShutdownStatus"),
-    number("FIPSMode"),
-    number("InfoMask"),
-    number("CPUIndex"),
-    number("iMCNum"),
-    number("ChannelNum"),
-    number("DimmNum"),
-    text("FirmwareVersion"),
-    text("SoftwareID"),
-    number("MajorHealth"),
-    number("MinorHealth"),
-    number("RepairStatus"),
+    unsigned64("ArrayId"),      number("SlotNo"),
+    number("TotalWidth"),       number("DataWidth"),
+    number("MemSize"),          number("FormFactor"),
+    number("MemType"),          number("TypeDetail"),
+    number("MaxSpeed"),         number("ClockSpeed"),
+    text("DevLocator"),         text("BankLocator"),
+    text("Manufacturer"),       text("SerialNo"),
+    text("AssetTag"),           text("PartNo"),
+    number("Attributes"),       number("NodeIndex"),
+    unsigned64("Capacity"),     unsigned64("MemCapacity"),
+    unsigned64("AppDirCap"),    unsigned64("UnconfigCap"),
+    unsigned64("InaccCap"),     unsigned64("ReservedCap"),
+    number("Classification"),   number("RemainingLife"),
+    number("SecurityState"),    number("HealthStatus"),
+    number("AlarmTrips"),       number("LDShutdownCount"),
+    number("AITDRAMStatus"),    number("HealthStatusReason"),
+    number("LLShutdownStatus"), number("FIPSMode"),
+    number("InfoMask"),         number("CPUIndex"),
+    number("iMCNum"),           number("ChannelNum"),
+    number("DimmNum"),          text("FirmwareVersion"),
+    text("SoftwareID"),         number("MajorHealth"),
+    number("MinorHealth"),      number("RepairStatus"),
 };
 
 // Which disks belong to which controller.
@@ -275,8 +324,9 @@ constexpr Column kRaidControllers[] = {
     number("ControllerUID"),
 };
 
-// Drives. The services that watch them compare these numbers before they write, which NULL would never let them.
-// Few rows, and read by conditions of which an index would change the order: the place's text alone has one.
+// Drives. The services that watch them compare these numbers before they write, which NULL would never let
+// them. Few rows, and read by conditions of which an index would change the order: the place's text alone has
+// one.
 constexpr Column kAimDisks[] = {
     number("PCIFuncKey"),
     number("SlotNo"),
@@ -344,6 +394,14 @@ constexpr Table kInventoryTables[] = {
     {"PCISetting", kPciSetting},
     {"PCIAdapter", kPciAdapter},
     {"PCIs", kPcis},
+    {"PCIMisc", kPciMisc},
+    {"NCSIPackageID", kNcsiPackageId},
+    {"PCINetwork", kPciNetwork},
+    {"PCILogicalPort", kPciLogicalPort},
+    {"PCIPhysicalPort", kPciPhysicalPort},
+    {"PCIPhysicalPortStat", kPciPhysicalPortStat},
+    {"PCIGPU", kPciGpu},
+    {"PCIGPUChip", kPciGpuChip},
     {"VPDs", kVpds},
     {"PldmDeviceFirmware", kPldmDeviceFirmware},
     {"Firmwares", kFirmwares},
@@ -386,8 +444,8 @@ std::string index_definition(const Table& table, const Column& column) {
 
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect) {
   std::vector<std::string> statements;
-  const std::span<const Table> tables =
-      database == kDatabases[0] ? std::span<const Table>(kInventoryTables) : std::span<const Table>(kPropertyTables);
+  const std::span<const Table> tables = database == kDatabases[0] ? std::span<const Table>(kInventoryTables)
+                                                                  : std::span<const Table>(kPropertyTables);
   for (const Table& table : tables) {
     statements.push_back(table_definition(table, dialect));
     for (const Column& column : table.columns) {
