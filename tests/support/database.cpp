@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/support/database.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+
+#include "platform/zel_db.h"
+#include "platform/zel_db_admin.h"
+
+namespace zeldb_test {
+namespace {
+
+// The library's own functions, behind the shim's.
+template <typename Function>
+Function* real(const char* name) {
+  static void* const library = dlopen("libzel_db.so.0", RTLD_NOW | RTLD_NOLOAD);
+  void* const symbol = library != nullptr ? dlsym(library, name) : nullptr;
+  if (symbol == nullptr) throw std::runtime_error(std::string("no ") + name);
+  return reinterpret_cast<Function*>(symbol);
+}
+#define ZELDB_REAL(name) real<decltype(name)>(#name)
+
+class Connection {
+ public:
+  explicit Connection(const std::string& database)
+      : handle_(ZELDB_REAL(zel_db_open)("localhost", "root", "", database.c_str(), 0)) {
+    if (handle_ == nullptr) throw std::runtime_error("cannot open " + database);
+  }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection() { ZELDB_REAL(zel_db_close)(handle_); }
+
+  zel_db_result_t* query(const std::string& sql) const {
+    zel_db_result_t* result = nullptr;
+    const int status =
+        ZELDB_REAL(zel_db_raw_query)(handle_, sql.c_str(), static_cast<int>(sql.size()), &result);
+    if (status != 0) throw std::runtime_error("status " + std::to_string(status) + ": " + sql);
+    return result;
+  }
+
+ private:
+  _zel_db_handle_t* handle_;
+};
+
+std::string temporary_folder() {
+  std::string path = (std::filesystem::temp_directory_path() / "zeldb-test.XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  return path;
+}
+
+}  // namespace
+
+std::vector<Engine> engines() {
+  return {Engine::Sqlite};
+}
+
+std::string name_of(Engine engine) {
+  return engine == Engine::Sqlite ? "sqlite" : "mariadb";
+}
+
+Database::Database(Engine engine)
+    : engine_(engine), folder_(temporary_folder()), url_("sqlite://" + folder_) {
+  setenv("ZEL_DB_URL", url_.c_str(), 1);
+  char error[512] = "";
+  if (zel_db_create(nullptr, error, sizeof(error)) != 0) throw std::runtime_error(error);
+}
+
+Database::~Database() {
+  unsetenv("ZEL_DB_URL");
+  std::filesystem::remove_all(folder_);
+}
+
+void Database::run(const std::string& sql, const std::string& database) const {
+  run_all({sql}, database);
+}
+
+void Database::run_all(const std::vector<std::string>& statements, const std::string& database) const {
+  const Connection connection(database);
+  for (const std::string& statement : statements) {
+    zel_db_result_t* const result = connection.query(statement);
+    if (result != nullptr) ZELDB_REAL(zel_db_free_result)(result);
+  }
+}
+
+Rows Database::rows(const std::string& select, const std::string& database) const {
+  const Connection connection(database);
+  zel_db_result_t* const result = connection.query(select);
+  Rows rows;
+  std::string text(16384, '\0');
+  while (ZELDB_REAL(zel_db_result_step)(result) == 9) {
+    std::vector<Cell>& row = rows.emplace_back();
+    // 12: no such column.
+    for (int column = 0, status = 0; status != 12; ++column) {
+      status = ZELDB_REAL(zel_db_result_column_text)(result, column, text.data(),
+                                                     static_cast<unsigned>(text.size()));
+      if (status == 0) row.emplace_back(text.c_str());
+      if (status == 7) row.emplace_back(std::nullopt);
+    }
+  }
+  ZELDB_REAL(zel_db_free_result)(result);
+  return rows;
+}
+
+std::string Database::text(const std::string& select, const std::string& database) const {
+  std::string line;
+  for (const auto& row : rows(select, database)) {
+    if (!line.empty()) line += ';';
+    const char* separator = "";
+    for (const Cell& cell : row) {
+      line.append(separator).append(cell.value_or("NULL"));
+      separator = ",";
+    }
+  }
+  return line;
+}
+
+}  // namespace zeldb_test

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Apache-2.0
+#undef _FORTIFY_SOURCE  // its inline syslog would stand in the way of the one below
+#include "tests/support/libc_shim.h"
+
+#include <dlfcn.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <string_view>
+
+#include "platform/vrel_log.h"
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#define ZELDB_SHIM_ALLOCATIONS 1
+#else
+#define ZELDB_SHIM_ALLOCATIONS 0
+#endif
+
+#define ZELDB_NEXT(function) reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
+
+namespace zeldb_test {
+namespace {
+
+std::mutex mutex;
+thread_local bool inside_log = false;
+std::atomic<int> allocations_left = 0;
+std::atomic<size_t> allocation_size = 0;
+std::atomic<const char*> allocation_object = nullptr;
+
+std::string formatted(const char* format, va_list arguments) {
+  char* text = nullptr;
+  const int length = vasprintf(&text, format, arguments);
+  std::string result(text, static_cast<size_t>(length));
+  free(text);
+  return result;
+}
+
+void add_line(std::vector<std::string>& lines, const std::string& kind, const std::string& text) {
+  const std::lock_guard lock(mutex);
+  lines.push_back(kind + " " + text);
+}
+
+void log_line(std::vector<std::string>& lines, const char* level, const char* symbol,
+              const std::string& text) {
+  add_line(lines, level, text);
+  inside_log = true;
+  if (void* next = dlsym(RTLD_NEXT, symbol); next != nullptr) {
+    reinterpret_cast<decltype(&vrel_log::logErr)>(next)("%s", text.c_str());
+  }
+  inside_log = false;
+}
+
+// Where a marker file of the system's temporary folder is to be looked for; other paths stay.
+std::string mapped(const char* path) {
+  constexpr std::array<std::string_view, 4> kMarkers = {"/tmp/slowucm", "/tmp/enable_ucm_parse_log)",
+                                                        "/tmp/dp.ucmparsing", "/tmp/.rt_upd_state"};
+  for (const std::string_view marker : kMarkers) {
+    if (marker == path && !libc().tmp.empty()) return libc().tmp + std::strrchr(path, '/');
+  }
+  return path;
+}
+
+bool allocation_fails(size_t size, void* caller) {
+  if (allocations_left == 0 || size < allocation_size) return false;
+  Dl_info where{};
+  if (dladdr(caller, &where) == 0 || std::strstr(where.dli_fname, allocation_object) == nullptr) return false;
+  return allocations_left.fetch_sub(1) == 1;
+}
+
+}  // namespace
+
+LibcShim& libc() {
+  static auto* instance = new LibcShim;
+  return *instance;
+}
+
+void LibcShim::mark(const std::string& name, const std::string& content) {
+  if (!own_folder_) {
+    tmp = std::filesystem::temp_directory_path() / "zeldb-XXXXXX";
+    own_folder_ = mkdtemp(tmp.data()) != nullptr;
+  }
+  std::ofstream(tmp + "/" + name) << content;
+}
+
+void LibcShim::unmark(const std::string& name) const {
+  std::filesystem::remove(tmp + "/" + name);
+}
+
+bool LibcShim::fail_allocation(size_t at_least, int nth, const char* object) {
+  allocation_size = at_least;
+  allocation_object = object;
+  allocations_left = nth;
+  return ZELDB_SHIM_ALLOCATIONS != 0;
+}
+
+void LibcShim::reset() {
+  allocations_left = 0;
+  if (own_folder_) std::filesystem::remove_all(tmp);
+  *this = LibcShim();
+}
+
+}  // namespace zeldb_test
+
+using namespace zeldb_test;  // NOLINT(google-build-using-namespace): the functions below are global by nature
+
+#pragma GCC visibility push(default)
+#define ZELDB_SHIM_FORMATTED(statement)                  \
+  va_list arguments;                                     \
+  va_start(arguments, format);                           \
+  const std::string text = formatted(format, arguments); \
+  va_end(arguments);                                     \
+  statement
+
+#define ZELDB_SHIM_LOG(function, lines, level, symbol)                 \
+  void function(const char* format, ...) {                             \
+    ZELDB_SHIM_FORMATTED(log_line(libc().lines, level, symbol, text)); \
+  }
+namespace vrel_log {
+ZELDB_SHIM_LOG(logDbg, debug_logs, "debug", "_ZN8vrel_log6logDbgEPKcz")
+ZELDB_SHIM_LOG(logInfo, logs, "info", "_ZN8vrel_log7logInfoEPKcz")
+ZELDB_SHIM_LOG(logWarn, logs, "warning", "_ZN8vrel_log7logWarnEPKcz")
+ZELDB_SHIM_LOG(logErr, logs, "error", "_ZN8vrel_log6logErrEPKcz")
+}  // namespace vrel_log
+
+#define ZELDB_SHIM_SYSLOG(function, ...)                                                             \
+  void function(__VA_ARGS__, const char* format, ...) {                                              \
+    ZELDB_SHIM_FORMATTED(if (!inside_log) add_line(libc().syslogs, std::to_string(priority), text)); \
+  }
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the names are the system's own
+extern "C" {
+ZELDB_SHIM_SYSLOG(syslog, int priority)
+ZELDB_SHIM_SYSLOG(__syslog_chk, int priority, int /*flag*/)
+
+unsigned sleep(unsigned seconds) {
+  const std::lock_guard lock(mutex);
+  libc().sleeps.push_back(seconds);
+  return 0;
+}
+
+int gettimeofday(timeval* now, void* zone) noexcept {
+  const std::lock_guard lock(mutex);
+  auto& times = libc().times;
+  if (times.empty()) return ZELDB_NEXT(gettimeofday)(now, zone);
+  *now = times.front();
+  if (times.size() > 1) times.pop_front();
+  return 0;
+}
+
+int access(const char* path, int mode) noexcept {
+  return ZELDB_NEXT(access)(mapped(path).c_str(), mode);
+}
+
+// What std::ifstream opens files with.
+FILE* fopen64(const char* path, const char* mode) {
+  return ZELDB_NEXT(fopen64)(mapped(path).c_str(), mode);
+}
+
+#if ZELDB_SHIM_ALLOCATIONS
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+
+void* malloc(size_t size) noexcept {
+  return allocation_fails(size, __builtin_return_address(0)) ? nullptr : __libc_malloc(size);
+}
+
+void* calloc(size_t count, size_t size) noexcept {
+  return allocation_fails(count * size, __builtin_return_address(0)) ? nullptr : __libc_calloc(count, size);
+}
+#endif
+
+}  // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+#pragma GCC visibility pop
