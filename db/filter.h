@@ -8,8 +8,8 @@
 
 namespace zeldb {
 
-// A text of at most N - 1 characters. A longer one is cut, and the database then refuses it: callers see that
-// status.
+// A text of at most N - 1 characters. A longer one is cut, which the database usually refuses: callers see
+// that status.
 template <size_t N>
 class Filter {
  public:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The common shapes of a read. Step statuses are known here and nowhere else.
+// The common shapes of a read. Which statuses end a walk well is known here and nowhere else.
 #ifndef DB_READ_H
 #define DB_READ_H
 

@@ -12,7 +12,7 @@
 namespace zeldb {
 
 // Typed reads of the row that the last step made ready. The reads that return a status leave the output alone
-// when it is not 0.
+// when it is not 0, but for a text, which is then empty.
 class Row {
  public:
   explicit Row(zel_db_result_t* result) : result_(result) {}
@@ -38,7 +38,9 @@ class Row {
   template <typename Byte, size_t N>
   int text(int column, Byte (&buffer)[N]) const {
     static_assert(sizeof(Byte) == 1);
-    return text(column, static_cast<void*>(buffer), N);
+    const int status = text(column, static_cast<void*>(buffer), N);
+    buffer[N - 1] = 0;  // whatever library delivers it
+    return status;
   }
 
   // Cut to the buffer and zero behind; returns how many bytes there are, none when it cannot be read.

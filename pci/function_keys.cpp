@@ -50,7 +50,7 @@ int zeldb_get_pci_keys(_ZELDB_PCI_FunKey_List* list, char* filter) {
   if (rows == 0) return ZELDB_OK;
   MallocArray<uint32_t> keys;
   if (keys.allocate(rows)) {
-    while (list->Count < rows && result.next()) keys[list->Count++] = result.row().number(0);
+    while (result.next() && list->Count < rows) keys[list->Count++] = result.row().number(0);
   }
   list->Items = keys.release();
   return ZELDB_OK;

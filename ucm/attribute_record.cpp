@@ -17,7 +17,7 @@ constexpr uint32_t kEndOfList = 0xFFFF;
 constexpr int32_t kUnlimitedInstances = -2;
 constexpr int32_t kStoredUnlimited = 0x0FFFFFFF;
 
-enum AttributeType : uint32_t { kNumber = 3, kText = 4, kPassword = 5 };
+enum AttributeType : uint32_t { kNumber = 3, kText = 4, kPlain = 5 };
 
 struct TextSource {
   const char* A::*from;
@@ -79,7 +79,7 @@ void describe(const cmr_bios_attribute& attribute, PCISetting_info& record) {
       record.Maxs = attribute.Maxs;
       copy_text(kPatternText, attribute, record);
       break;
-    case kPassword:
+    case kPlain:
       break;
     default:
       record.Numchoices = attribute.Numchoices;

@@ -77,12 +77,12 @@ int Collections::retrieve(const char* name, cmr_bios_attribute** attributes, uin
 }
 
 bool Collections::store(const char* name, uint32_t index) {
-  if (skips(name)) return true;
   cmr_bios_attribute* attributes = nullptr;
   uint32_t count = 0;
   timeval start = {};
   timeval end = {};
   gettimeofday(&start, nullptr);
+  if (skips(name)) return true;
   const int status = retrieve(name, &attributes, &count);
   gettimeofday(&end, nullptr);
   ucm_parse_log("UCM Parser: get_bios_attributes consumes %lld ms\n", elapsed_ms(start, end));
@@ -130,6 +130,7 @@ bool store_collections() {
   uint32_t count = 0;
   if (cmr_get_bios_collections(&names, &count) != 0) return false;
   ucm_parse_log("UCM Parser: numcfg = %d\n", static_cast<int>(count));
+  if (names == nullptr) count = 0;
   Collections collections(access(kFullRetrievalMarker, F_OK) == 0 ? Retrieval::Full : Retrieval::Lite);
   for (uint32_t index = 0; index < count; ++index) {
     if (!collections.store(names[index], index)) return false;

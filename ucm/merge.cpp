@@ -49,13 +49,7 @@ constexpr FieldTable kWritten{ZELDB_FIELD(Function, SegNo),
                               ZELDB_FIELD_AS(Function, FunKey, "PCIFuncKey"),
                               ZELDB_FIELD(Function, Location)};
 
-struct Lookup {
-  const char* table;
-  const char* column;
-  const char* name;
-};
-constexpr Lookup kByFunction = {"PCIs", "FunKey", "funkey"};
-constexpr Lookup kByAdapter = {kAdapters, "PCIKey", "pcikey"};
+enum class By { Function, Adapter };
 
 void release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& values) {
   zel_db_content_put_uchar(values.get(), "AIMSupported", 0);
@@ -71,19 +65,25 @@ void release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& 
 
 // Reads the fields from the row that the key selects. Nothing, or the status that ends the merge.
 template <size_t N>
-std::optional<int> look_up(_zel_db_handle_t* handle, const Lookup& lookup, uint32_t key,
-                           const FieldTable<N>& table, Function& function) {
+std::optional<int> look_up(_zel_db_handle_t* handle, By by, uint32_t key, const FieldTable<N>& table,
+                           Function& function) {
   const int shown = static_cast<int>(key);
-  const Filter<128> where("%s=%d", lookup.column, shown);
+  const bool by_function = by == By::Function;
+  const char* const table_name = by_function ? "PCIs" : kAdapters;
+  const Filter<128> where("%s=%d", by_function ? "FunKey" : "PCIKey", shown);
   Result result;
-  int status = query(handle, {.table = lookup.table, .columns = table.columns, .where = where}, result);
+  int status = query(handle, {.table = table_name, .columns = table.columns, .where = where}, result);
   if (status != ZELDB_OK || !result) {
-    logErr("Merge: Can not find %s %d in %s table, rc = %d\n", lookup.name, shown, lookup.table, status);
+    logErr(by_function ? "Merge: Can not find funkey %d in PCIs table, rc = %d\n"
+                       : "Merge: Can not find pcikey %d in PCIAdapter table, rc = %d\n",
+           shown, status);
     return status;
   }
   status = result.step();
   if (status != ZELDB_ROW) {
-    logErr("Merge: Can not step query result for %s %d, rc = %d\n", lookup.name, shown, status);
+    logErr(by_function ? "Merge: Can not step query result for funkey %d, rc = %d\n"
+                       : "Merge: Can not step query result for pcikey %d, rc = %d\n",
+           shown, status);
     return status;
   }
   result.row().fill(table.fields, &function);
@@ -108,8 +108,8 @@ std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& value
 
   Function function = {};
   function.AIMSupported = kMerged;
-  if (const auto ended = look_up(handle, kByFunction, key, kPosition, function)) return ended;
-  if (const auto ended = look_up(handle, kByAdapter, function.DevKey, kCard, function)) return ended;
+  if (const auto ended = look_up(handle, By::Function, key, kPosition, function)) return ended;
+  if (const auto ended = look_up(handle, By::Adapter, function.DevKey, kCard, function)) return ended;
   if (is_generic_name(function.CardName)) {
     std::snprintf(function.CardName, sizeof(function.CardName), "Adapter %02X:%02X:%02X", function.BusNo,
                   function.DeviceNo, function.FunctionNo);
@@ -138,12 +138,10 @@ int merge_functions(_zel_db_handle_t* handle, ContentValues& values) {
     return status;
   }
   const unsigned count = keys.row_count();
-  for (unsigned handled = 0; handled < count; ++handled) {
-    status = keys.step();
-    if (status != ZELDB_ROW) return status;
+  for (unsigned handled = 0; (status = keys.step()) == ZELDB_ROW && handled < count; ++handled) {
     if (const auto ended = merge_function(handle, values, keys.row().number(0))) return *ended;
   }
-  return ZELDB_OK;
+  return status;
 }
 
 }  // namespace

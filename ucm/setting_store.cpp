@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <new>
+#include <optional>
 #include <string>
 
 #include "db/field.h"
@@ -70,6 +71,23 @@ std::string change_filter(const R& record) {
   return filter;
 }
 
+// The row's id, or a value below 1; nothing when memory is short.
+std::optional<int64_t> store(_zel_db_handle_t* handle, const R& record, const char* id) {
+  ContentValues values(handle);
+  if (!values) {
+    no_memory("extract_PCISetting_info");
+    return std::nullopt;
+  }
+  values.put(kColumns.fields, &record, EmptyText::AsNull);
+  try {
+    const std::string key = std::string("SettingID=\"") + id + "\"";
+    return insert_or_update_db_record(handle, "PCISetting", key.c_str(), values.get(),
+                                      change_filter(record).c_str());
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 std::string get_sql_str(const char* column, const unsigned char* value) {
@@ -82,22 +100,12 @@ unsigned extract_PCISetting_info(const PCISetting_info* rec) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (rec == nullptr) return ZELDB_OK;
-  ContentValues values(handle);
-  if (!values) return static_cast<unsigned>(no_memory(__func__));
-
   PCISetting_info record = *rec;
   terminate_texts(kColumns.fields, &record);
   const auto* const id = reinterpret_cast<const char*>(record.SettingID);
-  values.put(kColumns.fields, &record, EmptyText::AsNull);
-  int64_t row = 0;
-  try {
-    const std::string key = std::string("SettingID=\"") + id + "\"";
-    row = insert_or_update_db_record(handle, "PCISetting", key.c_str(), values.get(),
-                                     change_filter(record).c_str());
-  } catch (const std::bad_alloc&) {
-    return ZEL_DB_STATUS_NO_MEMORY;
-  }
-  if (row >= 1) return ZELDB_OK;
+  const std::optional<int64_t> row = store(handle, record, id);
+  if (!row) return ZEL_DB_STATUS_NO_MEMORY;
+  if (*row >= 1) return ZELDB_OK;
   vrel_log::logErr("Failed to insert ZELDB_PCI_Config_Setting info: ZELDB_PCI_Setting_ID=%s", id);
   return ZELDB_FAILED;
 }

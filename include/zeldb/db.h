@@ -3,8 +3,8 @@
  * Record helpers: row-level operations on the tables behind a table-access handle (platform/zel_db.h).
  *
  * Handles, content values and parameters belong to the caller and are neither kept nor released. A row id is
- * the table's _id column; -1 is the only error value of the functions that return one. Failures are logged
- * through vrel_log. Where and filter texts are SQL conditions, pasted as they stand.
+ * the table's _id column; failures give a value below 1. What the database refuses is logged through
+ * vrel_log; null arguments are not. Where and filter texts are SQL conditions, pasted as they stand.
  *
  * The functions may be called from several threads at once. Nothing is transactional.
  */
@@ -24,8 +24,8 @@ ZELDB_BEGIN_DECLS
 
 /* Updates the first row that where selects, or inserts values when there is none. filter (may be null) is a
  * further condition of the update alone: a row that it rules out stays as it is and its id is returned all
- * the same. Returns the row id; below 1 on failure, which is logged. A failed lookup or update inserts
- * nothing. */
+ * the same. Returns the row id; below 1 on failure, which is logged. A lookup or an update that the database
+ * refuses inserts nothing; a lookup whose step fails counts as no row. */
 ZELDB_API int64_t insert_or_update_db_record(_zel_db_handle_t* handle, const char* table, const char* where,
                                              const zel_db_content_values_t* values, const char* filter);
 
@@ -36,7 +36,8 @@ ZELDB_END_DECLS
 #include <map>
 #include <string>
 
-/* The id of the first row that where selects; 0 when there is none; -1 on error or for a null argument. */
+/* The id of the first row that where selects; 0 when there is none or the step fails; -1 when the query
+ * fails, the id cannot be read, or an argument is null. */
 ZELDB_API int64_t find_db_record(_zel_db_handle_t* handle, const char* table, const char* where);
 
 /* The id of the new row; -1 on error or for a null argument. */
@@ -50,7 +51,8 @@ ZELDB_API int delete_db_record(_zel_db_handle_t* handle, const char* table, cons
                                const _zel_db_param_t* params, int count);
 
 /* Updates the first row that where selects, if filter (may be null) holds for it too. Returns its id, also
- * when filter ruled it out; 0 when there is no such row; -1 on error or for a null argument. */
+ * when filter ruled it out; what find_db_record gives when that is below 1; -1 when the update fails or an
+ * argument is null. */
 ZELDB_API int64_t update_db_record(_zel_db_handle_t* handle, const char* table, const char* where,
                                    const zel_db_content_values_t* values, const char* filter);
 

@@ -13,7 +13,8 @@
  * Functions return 0 for success; ZELDB_NO_HANDLE when the inventory database cannot be reached, which is
  * looked at before the arguments; ZELDB_INVALID_ARGUMENT for a null pointer; ZEL_DB_STATUS_NO_MEMORY;
  * ZELDB_NO_MORE_ROWS when a single record is not found, which leaves the outputs untouched; or a status of
- * the table-access library. They log nothing and may be called from several threads at once.
+ * the table-access library. They log nothing, unless a function says so, and may be called from several
+ * threads at once.
  */
 #ifndef ZELDB_PCI_H
 #define ZELDB_PCI_H
@@ -385,10 +386,12 @@ ZELDB_API unsigned char zeldb_is_amd(void);
 
 /* How many bits of a PCI segment number the platform uses, 0 to 3: 0 on AMD platforms; else what
  * zeldb_set_pci_seg_bits stored; else, where probe is not 0, what the processor tells over PECI, or 0xFF when
- * it does not (after three attempts of a second each); else 0. */
+ * it does not (after three attempts of a second each); else 0. What is
+ * missing is noted in syslog. */
 ZELDB_API unsigned char zeldb_get_pci_seg_bits(int probe);
 /* Determines the segment bits over PECI, or else from the segments in PCIAdapter, stores them in the
- * configuration of the adapter inventory and returns them. On AMD platforms 0, and nothing is stored. */
+ * configuration of the adapter inventory and returns them. On AMD platforms 0, and nothing is stored. Noted
+ * in syslog. */
 ZELDB_API unsigned char zeldb_set_pci_seg_bits(void);
 
 extern ZELDB_API const _ZELDB_HC_Card hc_card_table[ZELDB_HC_CARD_COUNT];

@@ -32,7 +32,7 @@ typedef struct PCISetting_info {
   unsigned char Mriname[65];
   unsigned char ShortDesc[129];
   unsigned char FullDesc[257];
-  uint32_t Type; /* 3 number, 4 text, 5 password, others a choice */
+  uint32_t Type; /* 3 number, 4 text, 5 without fields of its own, others a choice */
   uint32_t Flags;
   int32_t Mininstances;
   int32_t Maxinstances;
@@ -63,8 +63,10 @@ ZELDB_OFFSET(PCISetting_info, CurrentValue, 198);
 ZELDB_OFFSET(PCISetting_info, PendingValue, 455);
 ZELDB_OFFSET(PCISetting_info, SuppressIf, 712);
 ZELDB_OFFSET(PCISetting_info, GroupID, 2762);
+ZELDB_OFFSET(PCISetting_info, GroupSuppressIf, 3276);
 ZELDB_OFFSET(PCISetting_info, GroupGrayIf, 4301);
 ZELDB_OFFSET(PCISetting_info, Mriname, 5326);
+ZELDB_OFFSET(PCISetting_info, FullDesc, 5520);
 ZELDB_OFFSET(PCISetting_info, Type, 5777);
 ZELDB_OFFSET(PCISetting_info, Defvalue, 5793);
 ZELDB_OFFSET(PCISetting_info, Minim, 6053);
@@ -76,22 +78,25 @@ ZELDB_LAYOUT(_ZELDB_PCI_ConfigSet_Entry, 134);
 ZELDB_BEGIN_DECLS
 
 /* Stores one setting as the row of its SettingID: inserted when there is none, updated when a value differs,
- * left alone otherwise. Empty texts are stored as NULL. Texts are compared as they stand: one that holds a
- * double quote cannot be stored over an existing row. A null record is 0 and stores nothing. Returns
- * ZELDB_FAILED, which is logged, when the row could not be stored. */
+ * left alone otherwise, but for a row with a negative Numchoices, Mininstances or Maxinstances, which is
+ * written again. Empty texts are stored as NULL; an empty SettingID is inserted by each call. Texts are
+ * pasted into conditions as they stand: a lone double quote in one cannot be stored over an existing row, in
+ * a SettingID not at all. A null record is 0 and stores nothing. Returns ZELDB_FAILED, which is logged, when
+ * the row could not be stored. */
 ZELDB_API unsigned extract_PCISetting_info(const PCISetting_info* rec);
 
 /* Reconciles PCIAdapter with PCISetting: every function that has settings gets a row marked AIMSupported 3,
- * made from its row of PCIs and a row of its adapter; rows marked 3 whose function has no settings any more
- * are unmarked, or removed when the function is gone. Functions are handled in ascending order of their keys;
- * the first that has no row in PCIs, or whose adapter has none in PCIAdapter, ends the merge, which is a
- * success. */
+ * unless its row has 1 or 2 there, which stays as it is; it is made from its row of PCIs and a row of its
+ * adapter; rows marked 3 whose function has no settings any more are unmarked, or removed when the function
+ * is gone. Functions are handled in ascending order of their keys; the first that has no row in PCIs, or
+ * whose adapter has none in PCIAdapter, ends the merge, which is a success. */
 ZELDB_API int zeldb_merge_aim_ucm_pfa(void);
 
 /* A configuration set is the settings of one function whose ids share a prefix, the collection's name. While
  * a parser run is in progress (the file /tmp/dp.ucmparsing can be read) the three readers answer
  * ZELDB_PARSE_IN_PROGRESS, before they look at their arguments. A prefix is the beginning of a setting id,
- * null for any; "_" and "%" in it are wildcards, and one of 90 characters or more fails. */
+ * null for any; "_" and "%" in it are wildcards, and one of more than 86 to 96 characters, by the length of
+ * the key's decimal text, fails. */
 
 /* Appends the names of a function's sets to out, which must hold a text, with ":" between them. out is not
  * bounded: 128 bytes for each setting of the function are room enough. */

@@ -69,7 +69,7 @@ std::string mapped(const char* path) {
   return path;
 }
 
-bool allocation_fails(size_t size, void* caller) {
+[[maybe_unused]] bool allocation_fails(size_t size, void* caller) {
   if (allocations_left == 0 || size < allocation_size) return false;
   Dl_info where{};
   if (dladdr(caller, &where) == 0 || std::strstr(where.dli_fname, allocation_object) == nullptr) return false;

@@ -1,12 +1,14 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
  * Client of the BIOS-configuration service: configuration collections, their attributes, and attribute
- * values. All functions return 0 for success. Everything between cmr_api_initialize and cmr_api_uninitialize;
- * texts and arrays belong to the client and live until released or until cmr_api_uninitialize.
+ * values. All functions return 0 for success. Everything between cmr_api_initialize, which fails where the
+ * configuration cannot be read, and cmr_api_uninitialize; these are counted; texts and arrays belong to the
+ * client and live until released or until cmr_api_uninitialize.
  */
 #ifndef PLATFORM_CMR_H
 #define PLATFORM_CMR_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -33,7 +35,7 @@ typedef struct cmr_bios_attribute {
   uint32_t Reserved3;
   const char* ShortDesc;
   const char* FullDesc;
-  uint32_t Type; /* 3 number, 4 text, 5 password, others a choice */
+  uint32_t Type; /* 3 number, 4 text, 5 without fields of its own, others a choice */
   uint32_t Flags;
   int32_t Mininstances;
   int32_t Maxinstances;
@@ -78,6 +80,23 @@ int cmr_set_bios_attribute_value(cmr_bios_attribute_value* requests, int count);
 #ifdef __cplusplus
 }
 
+#define CMR_AT(member, offset) \
+  static_assert(sizeof(void*) != 4 || offsetof(cmr_bios_attribute, member) == (offset))
+CMR_AT(GroupID, 28);
+CMR_AT(GroupSuppressIf, 40);
+CMR_AT(SettingName, 48);
+CMR_AT(Bus, 56);
+CMR_AT(Mriname, 68);
+CMR_AT(ShortDesc, 76);
+CMR_AT(Type, 84);
+CMR_AT(Maxinstances, 96);
+CMR_AT(Defvalue, 100);
+CMR_AT(Minim, 116);
+CMR_AT(Mins, 128);
+CMR_AT(Pattern, 136);
+CMR_AT(Numchoices, 140);
+CMR_AT(Choices, 144);
+#undef CMR_AT
 static_assert(sizeof(void*) != 4 ||
               (sizeof(cmr_bios_attribute) == 152 && sizeof(cmr_bios_attribute_value) == 276));
 static_assert(sizeof(void*) != 8 ||

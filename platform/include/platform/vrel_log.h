@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The controller's log: one line per message, level first, to syslog; VREL_LOG=stderr or VREL_LOG=FILE
-// redirects, VREL_LOG_LEVEL=debug|info|warning|error filters. A trailing line end of a message is dropped,
-// never doubled.
+// redirects, VREL_LOG_LEVEL=debug|info|warning|error filters (default info). Messages are cut at 9 KB; a file
+// that cannot be written falls back to syslog. A trailing line end of a message is dropped, never doubled.
 #ifndef PLATFORM_VREL_LOG_H
 #define PLATFORM_VREL_LOG_H
 

@@ -18,6 +18,7 @@
 #define PLATFORM_ZEL_DB_H
 
 #include <stdalign.h>
+#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -36,6 +37,11 @@ typedef struct _zel_db_param_t {
   uint32_t Count;    /* 1 */
   alignas(8) uint64_t Value;
 } _zel_db_param_t;
+#ifdef __cplusplus
+static_assert(sizeof(_zel_db_param_t) == 24 && offsetof(_zel_db_param_t, Value) == 16);
+#else
+_Static_assert(sizeof(_zel_db_param_t) == 24, "another size");
+#endif
 // NOLINTEND(bugprone-reserved-identifier,modernize-use-using)
 
 /* The process-wide handle of the inventory database, never to be closed; null when it cannot be reached.
