@@ -2,6 +2,7 @@
 #include "tests/support/database.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -45,6 +46,10 @@ class Connection {
   _zel_db_handle_t* handle_;
 };
 
+void skip(const char* reason) {
+  GTEST_SKIP() << reason;
+}
+
 std::string temporary_folder() {
   std::string path = (std::filesystem::temp_directory_path() / "zeldb-test.XXXXXX").string();
   if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");
@@ -54,7 +59,7 @@ std::string temporary_folder() {
 }  // namespace
 
 std::vector<Engine> engines() {
-  return {Engine::Sqlite};
+  return {Engine::Sqlite, Engine::MariaDb};
 }
 
 std::string name_of(Engine engine) {
@@ -63,12 +68,29 @@ std::string name_of(Engine engine) {
 
 Database::Database(Engine engine)
     : engine_(engine), folder_(temporary_folder()), url_("sqlite://" + folder_) {
+  if (engine == Engine::MariaDb) {
+    static int number = 0;
+    const char* server = std::getenv("ZELDB_TEST_MARIADB");
+    is_there_ = server != nullptr;
+    prefix_ = "t" + std::to_string(getpid()) + "_" + std::to_string(++number) + "_";
+    url_ =
+        std::string(is_there_ ? server : "mariadb://localhost/?socket=/nonexistent") + "&prefix=" + prefix_;
+  }
   setenv("ZEL_DB_URL", url_.c_str(), 1);
+  if (!is_there_) skip("no MariaDB server: run the tests under with_mariadb");
   char error[512] = "";
-  if (zel_db_create(nullptr, error, sizeof(error)) != 0) throw std::runtime_error(error);
+  if (is_there_ && zel_db_create(nullptr, error, sizeof(error)) != 0) throw std::runtime_error(error);
 }
 
 Database::~Database() {
+  if (is_there_ && engine_ == Engine::MariaDb) {
+    setenv("ZEL_DB_URL", url_.c_str(), 1);
+    try {
+      run_all({"DROP DATABASE " + prefix_ + "propertiesdb", "DROP DATABASE " + prefix_ + "dmdb"}, "dmdb");
+    } catch (const std::exception& failure) {
+      ADD_FAILURE() << failure.what();
+    }
+  }
   unsetenv("ZEL_DB_URL");
   std::filesystem::remove_all(folder_);
 }
@@ -78,6 +100,7 @@ void Database::run(const std::string& sql, const std::string& database) const {
 }
 
 void Database::run_all(const std::vector<std::string>& statements, const std::string& database) const {
+  if (!is_there_) return;
   const Connection connection(database);
   for (const std::string& statement : statements) {
     zel_db_result_t* const result = connection.query(statement);
@@ -86,9 +109,10 @@ void Database::run_all(const std::vector<std::string>& statements, const std::st
 }
 
 Rows Database::rows(const std::string& select, const std::string& database) const {
+  Rows rows;
+  if (!is_there_) return rows;
   const Connection connection(database);
   zel_db_result_t* const result = connection.query(select);
-  Rows rows;
   std::string text(16384, '\0');
   while (ZELDB_REAL(zel_db_result_step)(result) == 9) {
     std::vector<Cell>& row = rows.emplace_back();

@@ -14,9 +14,12 @@ namespace zeldb_test {
 
 enum class Engine { Sqlite, MariaDb };
 
-// Those that this run can reach.
+// All of them: a test of one that this run cannot reach is skipped.
 std::vector<Engine> engines();
 std::string name_of(Engine engine);
+inline void PrintTo(Engine engine, std::ostream* out) {
+  *out << name_of(engine);
+}
 
 using Cell = std::optional<std::string>;
 using Rows = std::vector<std::vector<Cell>>;
@@ -32,7 +35,7 @@ class Database {
   Engine kind() const { return engine_; }
   std::string engine() const { return name_of(engine_); }
   const std::string& url() const { return url_; }
-  // SQLite: where the two files are.
+  // The test's own; with SQLite also that of the two files.
   const std::string& folder() const { return folder_; }
 
   // One statement, or several at once; the test fails when one does.
@@ -46,6 +49,8 @@ class Database {
   Engine engine_;
   std::string folder_;
   std::string url_;
+  std::string prefix_;
+  bool is_there_ = true;
 };
 
 // Runs on each engine: INSTANTIATE with ZELDB_ON_EVERY_ENGINE(Suite).

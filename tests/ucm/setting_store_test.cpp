@@ -117,12 +117,26 @@ ZELDB_ON_EVERY_ENGINE(Merge);
 TEST_P(Merge, SaysWhatItAsksForAndWrites) {
   database.run("INSERT INTO PCIAdapter (PCIFuncKey, PCIKey) VALUES (8, 65539)");
   ASSERT_EQ(zeldb_merge_aim_ucm_pfa(), 0);
-  EXPECT_EQ(
-      shim().texts(),
-      (Texts{"get_dmdb_handle|0 null 0|0", "get_content_values|0",
-             "update|PCIAdapter|AIMSupported|AIMSupported=3 AND PCIFuncKey NOT IN ( SELECT PfaKey FROM "
-             "PCISetting) AND PCIFuncKey IN (SELECT FunKey FROM PCIs)||0",
-             "delete|PCIAdapter|AIMSupported=3 AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting)||0"}));
+  const std::string position =
+      "query|PCIs|NodeIndex,SlotNo,SegNo,BusNo,DeviceNo,FunctionNo,Location,DevKey,FunKey|FunKey=";
+  const std::string card = "query|PCIAdapter|CardName,ConnectorType|PCIKey=65539||(null)|0";
+  const std::string support = "query|PCIAdapter|AIMSupported,OOBSrc|PCIFuncKey=?|3:";
+  EXPECT_EQ(shim().texts("query"),
+            (Texts{"query|PCISetting|PfaKey|1 GROUP BY PfaKey||(null)|0", support + "8|(null)|0",
+                   position + "8||(null)|0", card, support + "9|(null)|0", position + "9||(null)|0", card}));
+  const std::vector<Call> updates = shim().calls("update");
+  EXPECT_EQ(updates[0].where,
+            "AIMSupported=3 AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting) AND PCIFuncKey IN (SELECT "
+            "FunKey "
+            "FROM PCIs)");
+  EXPECT_EQ(updates[0].puts, Texts{"uchar AIMSupported=0"});
+  EXPECT_EQ(shim().calls("delete")[0].where,
+            "AIMSupported=3 AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting)");
+  EXPECT_EQ(updates[1].where, "PCIFuncKey=8");
+  EXPECT_EQ(shim().calls("insert")[0].puts,
+            (Texts{"uint SegNo=4", "uint BusNo=59", "uint DeviceNo=0", "uint FunctionNo=1", "uint NodeNo=2",
+                   "uint SlotNo=3", "text CardName=Adapter 3B:00:01", "text ConnectorType=1234567",
+                   "uint AIMSupported=3", "uint PCIKey=65539", "uint PCIFuncKey=9", "uint Location=1"}));
 }
 
 TEST_P(Merge, EndsWithWhatStoppedIt) {

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/cmr.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kBios = R"({"zeta":1,"collections":[{"name":"A-1","attributes":[
+  {"AttributeName":"x","Minim":-1,"Numchoices":4294967295,"ShortDesc":"cut\u0000off",
+   "current":"now","pending":"then"},
+  {"pending":""}]},{"name":null,"attributes":[]}],"alpha":1.5})";
+
+void write(const char* file, const std::string& text) {
+  std::ofstream(file) << text;
+}
+
+std::string read(const char* file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+int set(const char* id, const std::string& value) {
+  cmr_bios_attribute_value request{0, CMR_OPERATION_SET, id, value.c_str(), {}};
+  return cmr_set_bios_attribute_value(&request, 1);
+}
+
+// For each id and selector the value between "<" and ">", or "-" when the call failed.
+std::string get(std::initializer_list<std::pair<const char*, int>> wanted) {
+  std::string values;
+  for (const auto& [id, selector] : wanted) {
+    cmr_bios_attribute_value request{0, CMR_OPERATION_GET, id, "", {}};
+    memset(request.ValueBuffer, '?', sizeof request.ValueBuffer);
+    const bool good = cmr_get_bios_attribute_value(&request, 1, selector) == 0;
+    values += good ? "<" + std::string(request.ValueBuffer, strnlen(request.ValueBuffer, 260)) + ">" : "-";
+  }
+  return values;
+}
+
+class Cmr : public testing::Test {
+ protected:
+  void SetUp() override {
+    fs::current_path(mkdtemp(folder_));
+    setenv("ZEL_PLATFORM_DIR", ".", 1);
+    setenv("VREL_LOG", "log", 1);
+    write("bios.json", kBios);
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  char folder_[32] = "/tmp/cmr_test.XXXXXX";
+  char** names_ = nullptr;
+  cmr_bios_attribute* array_ = nullptr;
+  uint32_t count_ = 0;
+};
+
+TEST_F(Cmr, RecordsAndSessions) {
+  EXPECT_NE(cmr_get_bios_collections(&names_, &count_), 0);
+  EXPECT_EQ(get({{"A-1.x", 0}}), "-");
+  EXPECT_NE(set("A-1.x", "v"), 0);
+  ASSERT_EQ(cmr_api_initialize(), 0);
+  ASSERT_EQ(cmr_get_bios_collections(&names_, &count_), 0);
+  EXPECT_TRUE(count_ == 2 && names_[1] == nullptr) << count_;
+  for (auto* retrieve : {cmr_get_bios_attributes, cmr_get_bios_attributes_lite}) {
+    EXPECT_NE(retrieve(nullptr, &array_, &count_), 0);
+    EXPECT_NE(retrieve("A", &array_, &count_), 0);
+    ASSERT_EQ(retrieve("A-1", &array_, &count_), 0);  // the first array is left to cmr_api_uninitialize
+    ASSERT_EQ(count_, 2U);
+  }
+  EXPECT_EQ(cmr_api_initialize() + cmr_api_uninitialize(), 0);  // a second user leaves the session alone
+  EXPECT_STREQ(array_[0].ShortDesc, "cut");
+  EXPECT_EQ(array_[0].Minim, 0xFFFFFFFFU);
+  EXPECT_EQ(array_[0].Numchoices, -1);
+  EXPECT_EQ(cmr_free_bios_attributes("A-1", array_, 0), 0);
+  EXPECT_NE(cmr_free_bios_attributes("A-1", array_, 0), 0);
+  EXPECT_EQ(cmr_free_bios_attributes("A-1", nullptr, 0), 0);
+  EXPECT_EQ(cmr_api_uninitialize(), 0);
+  EXPECT_NE(cmr_api_uninitialize(), 0);
+}
+
+TEST_F(Cmr, BrokenFilesAreOneLine) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"{\n\"a\": tru}", "byte 11: parse error at line 2, column 9: "},
+      {R"({"collections":[{}]})", "collections[0]: attributes: not an array"},
+      {R"({"collections":[{"attributes":[{},7]}]})", "attributes[1]: not an object"},
+      {R"({"collections":[{"attributes":[{"Bus":4294967296}]}]})", "Bus: not a 32-bit number"},
+      {R"({"collections":[{"attributes":[{"Step":-2147483649}]}]})", "Step: not a 32-bit number"},
+      {R"({"collections":[{"attributes":[{"current":5}]}]})", "current: not a text"},
+      {R"({"a":)" + std::string(100000, '['), "nested deeper than 64 levels"},
+      {"missing", "No such file or directory"}};
+  for (const auto& [text, reason] : cases) {
+    write("bios.json", text);
+    if (text == "missing") fs::remove("bios.json");
+    fs::remove("log");
+    EXPECT_NE(cmr_api_initialize(), 0) << reason;
+    const std::string log = read("log");
+    EXPECT_TRUE(log.find("error: ./bios.json: ") == 0 && log.find(reason) < log.size()) << reason << "\n"
+                                                                                        << log;
+    EXPECT_EQ(log.find('\n'), log.size() - 1) << log;
+  }
+}
+
+TEST_F(Cmr, Values) {
+  ASSERT_EQ(cmr_api_initialize(), 0);
+  EXPECT_EQ(
+      get({{"A-1.x", 0}, {"A-1.x", 1}, {"A-1.x", 2}, {"A-1.", 0}, {"A-1.", 1}, {"A-1.y", 0}, {nullptr, 0}}),
+      "<then><now>-<>---");
+  constexpr uint32_t kSet = CMR_OPERATION_SET;
+  const cmr_bios_attribute_value bad_requests[] = {{0, kSet, "A-1.y", "v", {}},
+                                                   {0, kSet, nullptr, "v", {}},
+                                                   {0, kSet, "A-1.x", nullptr, {}},
+                                                   {0, CMR_OPERATION_GET, "A-1.", "v", {}},
+                                                   {0, kSet, "A-1.", "no UTF-8: \xff", {}}};
+  for (const cmr_bios_attribute_value& bad : bad_requests) {
+    cmr_bios_attribute_value requests[] = {{0, kSet, "A-1.x", "new", {}}, bad};
+    EXPECT_NE(cmr_set_bios_attribute_value(requests, 2), 0);
+    EXPECT_EQ(get({{"A-1.x", 0}}), "<then>");
+  }
+  EXPECT_EQ(cmr_set_bios_attribute_value(nullptr, 0), 0);
+  EXPECT_EQ(read("bios.json"), kBios);
+  for (const size_t size : {259U, 260U, 300U}) {
+    ASSERT_EQ(set("A-1.x", std::string(size, 'v')), 0);
+    EXPECT_EQ(get({{"A-1.x", 0}}), "<" + std::string(std::min<size_t>(size, 260), 'v') + ">");
+  }
+}
+
+TEST_F(Cmr, SetKeepsTheRestOfTheFile) {
+  fs::rename("bios.json", "real.json");
+  fs::create_symlink("real.json", "bios.json");
+  fs::permissions("bios.json", fs::perms{0640});
+  write("real.json.new", "left behind by a killed process");
+  ASSERT_EQ(cmr_api_initialize(), 0);
+  ASSERT_EQ(set("A-1.x", "later"), 0);
+  std::string expected = kBios;
+  expected.replace(expected.find("then"), 4, "later");
+  std::string stored = read("bios.json");
+  for (std::string* text : {&expected, &stored}) std::erase_if(*text, isspace);
+  EXPECT_EQ(stored, expected);
+  EXPECT_TRUE(fs::is_symlink("bios.json") && !fs::exists("real.json.new"));
+  EXPECT_EQ(fs::status("bios.json").permissions(), fs::perms{0640});
+  write("bios.json", "{");
+  EXPECT_NE(set("A-1.x", "lost"), 0);
+  EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.x", 1}}) + read("bios.json"), "<later><now>{");
+}
+
+TEST_F(Cmr, ProcessesDoNotLoseEachOthersValues) {
+  const pid_t child = fork();
+  bool good = cmr_api_initialize() == 0;
+  for (int i = 1; i <= 30; ++i) good = set(child == 0 ? "A-1." : "A-1.x", std::to_string(i)) == 0 && good;
+  if (child == 0) _exit(good ? 0 : 1);
+  int status = -1;
+  EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0 && good);
+  ASSERT_EQ(cmr_api_uninitialize() + cmr_api_initialize(), 0);
+  EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.", 0}}), "<30><30>");
+}
+
+TEST_F(Cmr, CallLogAndInjectedFailures) {
+  write("platform.json", R"({"fail":[{"function":"cmr_api_initialize","call":1}]})");
+  EXPECT_EQ(cmr_api_initialize() + cmr_api_uninitialize(), 0);
+  EXPECT_EQ(read("log"), "error: ./platform.json: fail[0]: needs function, call and rc\n");
+  write("platform.json", R"({"fail":[{"function":"cmr_api_initialize","call":2,"rc":-77}]})");
+  setenv("CMR_CALL_LOG", "calls", 1);
+  EXPECT_EQ(cmr_api_initialize() + cmr_api_initialize(), -77);
+  get({{"A-1.x", 1}, {"no", 0}});
+  set("A-1.x", "a\tb\\");
+  cmr_free_bios_attributes(nullptr, array_, 0);
+  EXPECT_EQ(read("calls"),
+            "cmr_api_initialize\t-\t-\t-\t-\t-\t-\t-\t-77\n"
+            "cmr_api_initialize\t-\t-\t-\t-\t-\t-\t-\t0\n"
+            "cmr_get_bios_attribute_value\t-\t1\t1\t0\t1\tA-1.x\tnow\t0\n"
+            "cmr_get_bios_attribute_value\t-\t1\t0\t0\t1\tno\t-\t3\n"
+            "cmr_set_bios_attribute_value\t-\t1\t-\t0\t2\tA-1.x\ta\\tb\\\\\t0\n"
+            "cmr_free_bios_attributes\t\\N\t-\t0\t-\t-\t-\t-\t0\n");
+}
+
+}  // namespace

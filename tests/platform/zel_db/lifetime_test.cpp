@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What lasts longer than a call: cached statements, handles, connections, processes.
+#include <sys/socket.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
+#include "tests/platform/zel_db/client.h"
+
+namespace zeldb_test {
+namespace {
+
+class Lifetime : public DatabaseTest {
+ protected:
+  static std::string insert(_zel_db_handle_t* handle, int slot) {
+    return raw(handle, "insert into PCIAdapter (SlotNo) values (" + std::to_string(slot) + ")");
+  }
+};
+ZELDB_ON_EVERY_ENGINE(Lifetime);
+
+TEST_P(Lifetime, CachedStatementsSeeWhatOthersDo) {
+  const Client reader;
+  const char* const cases[][2] = {
+      {"select 1", "|status 2|1"},
+      {"insert into PCIAdapter (SlotNo) values (1)", "1|status 2|1"},
+      {"alter table ZeldbSchema add column Note integer default 5", "1|status 2|1,5"},
+      {"alter table PCIAdapter add column More integer", "1|NULL|1,5"},
+      {"alter table PCIAdapter drop column More", "1|status 2|1,5"},
+      {"alter table PCIAdapter add column More integer default 9", "1|9|1,5"},
+  };
+  for (const auto& [change, expected] : cases) {
+    database.run(change);
+    EXPECT_EQ(query(reader, "PCIAdapter", "SlotNo", "SlotNo>0") + "|" +
+                  query(reader, "PCIAdapter", "More", "SlotNo>0") + "|" + query(reader, "ZeldbSchema", "*"),
+              expected)
+        << change;
+  }
+}
+
+TEST_P(Lifetime, MoreStatementsThanThereArePlaces) {
+  const Client client;
+  insert(client, 3);
+  for (int i = 0; i < 600; ++i) {
+    const std::string column = "SlotNo+" + std::to_string(i % 300);
+    EXPECT_EQ(query(client, "PCIAdapter", column.c_str(), "SlotNo=3"), std::to_string(3 + i % 300));
+    EXPECT_EQ(query(client, "PCIAdapter", "SlotNo", "SlotNo=3"), "3");
+  }
+}
+
+TEST_P(Lifetime, ThreadsShareAHandle) {
+  std::vector<std::thread> threads;
+  for (int first : {0, 50, 100, 150}) {
+    threads.emplace_back([first] {
+      const Client own;
+      for (int slot = first; slot < first + 50; ++slot) {
+        _zel_db_handle_t* shared = get_dmdb_handle(0, nullptr, 0);
+        EXPECT_EQ(insert(slot % 2 == 0 ? shared : own, slot), "");
+        EXPECT_EQ(query(shared, "PCIAdapter", "count(*)", "SlotNo=" + std::to_string(slot)), "1");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(database.text("select count(*), count(distinct SlotNo) from PCIAdapter"), "200,200");
+}
+
+// The child is killed: nothing that was acknowledged is lost.
+TEST_P(Lifetime, ProcessesShareADatabaseAndInheritedHandlesWork) {
+  const Client inherited;
+  _zel_db_handle_t* const inventory = get_dmdb_handle(0, nullptr, 0);
+  const auto work = [&](int first) {
+    bool good = get_dmdb_handle(0, nullptr, 0) == inventory;
+    for (int i = 0; i < 100; ++i)
+      good = insert(i % 2 == 0 ? inherited : inventory, first + i).empty() && good;
+    return good;
+  };
+  const pid_t child = fork();
+  if (child == 0) _exit(work(100) ? kill(getpid(), SIGKILL) : 1);
+  EXPECT_TRUE(work(200));
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(raw(inherited, "select count(distinct SlotNo) from PCIAdapter"), "200");
+}
+
+// The way of a daemon. Whoever closes the database last tidies it up, and must not do so under the child.
+TEST_P(Lifetime, AParentMayEndBeforeItsChild) {
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+  char mark = 0;
+  EXPECT_EQ(in_child([&] {
+              _zel_db_handle_t* handle = get_dmdb_handle(0, nullptr, 0);
+              insert(handle, 1);
+              if (fork() != 0) return true;
+              insert(handle, 2);
+              const bool told = write(ends[1], "x", 1) == 1 && read(ends[1], &mark, 1) == 1;
+              insert(handle, 3);
+              return told && write(ends[1], "x", 1) == 1;
+            }),
+            0);
+  EXPECT_EQ(read(ends[0], &mark, 1), 1);
+  EXPECT_EQ(zel_db_create(nullptr, nullptr, 0), 0);  // comes and goes
+  EXPECT_EQ(write(ends[0], "x", 1), 1);
+  EXPECT_EQ(read(ends[0], &mark, 1), 1);
+  EXPECT_EQ(database.text("select SlotNo from PCIAdapter"), "1;2;3");
+}
+
+TEST_P(Lifetime, TransactionsHoldOffWritersAndEndWithTheirHandle) {
+  const Client other;
+  for (const char* end : {"", "commit"}) {
+    const Client holder;
+    EXPECT_EQ(raw(holder, "begin"), "");
+    EXPECT_EQ(insert(holder, 1), "");
+    if (*end == '\0') continue;
+    EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "");  // readers do not wait
+    EXPECT_EQ(raw(other, "update PCIAdapter set SlotNo=3"), "status 5");
+    EXPECT_EQ(raw(holder, end), "");
+  }
+  EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1");
+}
+
+TEST_P(Lifetime, TraceHasTheCallersWords) {
+  const std::filesystem::path file =
+      std::filesystem::temp_directory_path() / ("trace." + std::to_string(getpid()));
+  setenv("ZEL_DB_TRACE", file.c_str(), 1);
+  const Client client;
+  unsetenv("ZEL_DB_TRACE");
+  zel_db_content_values_t* values = zel_db_get_content_values(client);
+  zel_db_content_put_text(values, "CardName", "x");
+  zel_db_content_put_int(values, "SlotNo", 1);
+  zel_db_update(client, "PCIAdapter", values, "CardName=\"a\nb\"", nullptr, 0, nullptr);
+  zel_db_free_content_values(values);
+  query(client, "PCIAdapter", "_id,SlotNo", "SlotNo=? OR _id!=?", {{2, 0, 1, 0xFFFFFFFF}, {3, 0, 1, 5}},
+        "_id");
+  raw(client, "select nonsense from PCIs;");
+  EXPECT_EQ(content_of(file),
+            "update|PCIAdapter|CardName,SlotNo|CardName=\"a b\"|||0\n"
+            "query|PCIAdapter|_id,SlotNo|SlotNo=? OR _id!=?|-1,5|_id|0\n"
+            "raw|||select nonsense from PCIs;|||2\n");
+  std::filesystem::remove(file);
+}
+
+}  // namespace
+}  // namespace zeldb_test
