@@ -199,7 +199,7 @@ int zeldb_get_pci_adapter_list(_ZELDB_PCI_Adapter_List* list) {
   const Filter<128> grouped("1 GROUP BY %s", "PCIKey");
   Result result;
   const int status = query(handle, {.table = kAdapters, .columns = kGrouped, .where = grouped}, result);
-  if (status != ZELDB_OK || !result || result.row_count() == 0) return status;
+  if (status != ZELDB_OK || !result) return status;
   const NcsiIds ncsi;
   return collect(result, list,
                  [&](const Row& row, R& adapter) { return take_adapter(handle, ncsi, row, adapter); });

@@ -19,7 +19,7 @@ constexpr FieldTable kFields{ZELDB_FIELD(R, FoDUid),
                              ZELDB_FIELD(R, OtherPackageType),
                              ZELDB_FIELD(R, AIMSpecVersion)};
 
-// Package types of the SNIA physical package, as the CIM schema numbers them.
+// Package types as CIM_PhysicalPackage numbers them.
 constexpr CodeText kPackageTypes[] = {
     {1, "Other"},
     {2, "Rack"},

@@ -42,8 +42,15 @@ constexpr FieldTable kFields{ZELDB_FIELD(R, Flags),         ZELDB_FIELD(R, Group
                              ZELDB_FIELD(R, Maxs),          ZELDB_FIELD(R, Pattern),
                              ZELDB_FIELD(R, Numchoices),    ZELDB_FIELD(R, Choices)};
 
-bool parse_in_progress() {
-  return fileexist(kParseMarker);
+// The status that a reader answers at once, or ZELDB_OK and the handle.
+int begin_reading(_zel_db_handle_t*& handle) {
+  handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  try {
+    return fileexist(kParseMarker) ? ZELDB_PARSE_IN_PROGRESS : ZELDB_OK;
+  } catch (const std::bad_alloc&) {
+    return ZEL_DB_STATUS_NO_MEMORY;
+  }
 }
 
 Filter<128> setting_filter(int funkey, const char* prefix) {
@@ -65,9 +72,8 @@ bool fileexist(const std::string& path) {
 }
 
 int zeldb_get_pci_configID(int funkey, char* out) {
-  _zel_db_handle_t* const handle = inventory();
-  if (handle == nullptr) return ZELDB_NO_HANDLE;
-  if (parse_in_progress()) return ZELDB_PARSE_IN_PROGRESS;
+  _zel_db_handle_t* handle = nullptr;
+  if (const int refused = begin_reading(handle); refused != ZELDB_OK) return refused;
   if (out == nullptr) return ZELDB_INVALID_ARGUMENT;
   const Filter<128> filter = setting_filter(funkey, nullptr);
   Result result;
@@ -89,9 +95,8 @@ int zeldb_get_pci_configID(int funkey, char* out) {
 }
 
 int zeldb_get_pci_configSet_count(int funkey, char* prefix, unsigned short* count) {
-  _zel_db_handle_t* const handle = inventory();
-  if (handle == nullptr) return ZELDB_NO_HANDLE;
-  if (parse_in_progress()) return ZELDB_PARSE_IN_PROGRESS;
+  _zel_db_handle_t* handle = nullptr;
+  if (const int refused = begin_reading(handle); refused != ZELDB_OK) return refused;
   if (count == nullptr) return ZELDB_INVALID_ARGUMENT;
   _ZELDB_PCI_Generic_Info info = {};
   int status = zeldb_get_pci_generic_info(static_cast<unsigned>(funkey), &info);
@@ -109,9 +114,8 @@ int zeldb_get_pci_configSet_count(int funkey, char* prefix, unsigned short* coun
 
 int zeldb_get_pci_configSet_list(int funkey, unsigned char* prefix, int announced, PCISetting_info* records,
                                  unsigned short onlyFlagged, unsigned short* stored) {
-  _zel_db_handle_t* const handle = inventory();
-  if (handle == nullptr) return ZELDB_NO_HANDLE;
-  if (parse_in_progress()) return ZELDB_PARSE_IN_PROGRESS;
+  _zel_db_handle_t* handle = nullptr;
+  if (const int refused = begin_reading(handle); refused != ZELDB_OK) return refused;
   if (announced < 0 || stored == nullptr || (records == nullptr && announced > 0))
     return ZELDB_INVALID_ARGUMENT;
   const Filter<128> filter = setting_filter(funkey, reinterpret_cast<const char*>(prefix));

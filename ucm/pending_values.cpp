@@ -36,40 +36,55 @@ bool exists(_zel_db_handle_t* handle, const Entry& entry) {
   return false;
 }
 
+std::string change_filter(const Entry& entry) {
+  return id_filter(entry) + " AND  " + kPending + "!='" + entry.PendingValue + "'";
+}
+
 int store_pending(_zel_db_handle_t* handle, ContentValues& values, const Entry& entry) {
   values.clear();
   zel_db_content_put_text(values.get(), kPending, entry.PendingValue);
-  const std::string filter = id_filter(entry) + " AND  " + kPending + "!='" + entry.PendingValue + "'";
-  const int status = zel_db_update(handle, kSettings, values.get(), filter.c_str(), nullptr, 0, nullptr);
-  if (status != ZELDB_OK) {
-    vrel_log::logErr("zeldb_update failed, filter: %s, value: %s(0x%s), rc: %d", filter.c_str(), kPending,
-                     entry.PendingValue, status);
+  return zel_db_update(handle, kSettings, values.get(), change_filter(entry).c_str(), nullptr, 0, nullptr);
+}
+
+struct Stored {
+  int status = ZELDB_OK;
+  const Entry* refused = nullptr;
+};
+
+Stored store_entries(_zel_db_handle_t* handle, std::span<const Entry> entries) {
+  ContentValues values(handle);
+  if (!values) return {no_memory("zeldb_save_pci_configSet_list")};
+  for (const Entry& entry : entries) {
+    if (const int status = store_pending(handle, values, entry); status != ZELDB_OK) return {status, &entry};
+  }
+  return {};
+}
+
+int store_all(_zel_db_handle_t* handle, std::span<const Entry> entries) {
+  const auto [status, refused] = store_entries(handle, entries);
+  if (refused != nullptr) {
+    vrel_log::logErr("zeldb_update failed, filter: %s, value: %s(0x%s), rc: %d",
+                     change_filter(*refused).c_str(), kPending, refused->PendingValue, status);
   }
   return status;
 }
 
-int store_all(_zel_db_handle_t* handle, std::span<const Entry> entries) {
-  ContentValues values(handle);
-  if (!values) return no_memory("zeldb_save_pci_configSet_list");
-  for (const Entry& entry : entries) {
-    if (const int status = store_pending(handle, values, entry); status != ZELDB_OK) return status;
-  }
-  return ZELDB_OK;
-}
-
 // All entries in one request, none included: the service is told that a save took place.
 int hand_over(std::span<const Entry> entries) {
-  MallocArray<cmr_bios_attribute_value> requests;
-  if (!requests.allocate(entries.size())) return ZEL_DB_STATUS_NO_MEMORY;
-  cmr_bios_attribute_value* request = requests.get();
-  for (const Entry& entry : entries) {
-    request->Operation = CMR_OPERATION_SET;
-    request->SettingID = entry.SettingID;
-    request->Value = entry.PendingValue;
-    ++request;
+  int status = 0;
+  {
+    MallocArray<cmr_bios_attribute_value> requests;
+    if (!requests.allocate(entries.size())) return ZEL_DB_STATUS_NO_MEMORY;
+    cmr_bios_attribute_value* request = requests.get();
+    for (const Entry& entry : entries) {
+      request->Operation = CMR_OPERATION_SET;
+      request->SettingID = entry.SettingID;
+      request->Value = entry.PendingValue;
+      ++request;
+    }
+    cmr_api_initialize();
+    status = cmr_set_bios_attribute_value(requests.get(), static_cast<int>(entries.size()));
   }
-  cmr_api_initialize();
-  const int status = cmr_set_bios_attribute_value(requests.get(), static_cast<int>(entries.size()));
   cmr_api_uninitialize();
   if (status == 0) return ZELDB_OK;
   vrel_log::logErr("cmr_set_bios_attribute_value failed, rc: %d", status);

@@ -328,9 +328,10 @@ ZELDB_API int zeldb_get_aic_drive_pci_info_list(_ZELDB_PCI_Generic_Info_List* li
  * location. */
 ZELDB_API int zeldb_get_pci_misc_info(unsigned int funKey, _ZELDB_PCI_Misc_Info* record);
 
-/* All adapters, in the order of their PCI keys, over a connection of its own: a null list is
+/* All adapters, over a connection of its own: a null list is
  * ZELDB_INVALID_ARGUMENT only when that could be opened. Adapters with a column that cannot be read are left
- * out, and so are those with PCI key 0 or "Hot Swap SSD" in the card name. */
+ * out (a connector type that is NULL counts as 0), and so are those with PCI key 0 or "Hot Swap SSD" in the
+ * card name. */
 ZELDB_API int zeldb_get_pci_adapter_list(_ZELDB_PCI_Adapter_List* list);
 
 /* The NC-SI package ids of all slots; rows with a column that cannot be read are left out. A failed query
@@ -353,13 +354,14 @@ ZELDB_API int zeldb_get_all_network_logical_port_list(unsigned int pciKey, _ZELD
 ZELDB_API int zeldb_get_network_physical_port_list(unsigned int funKey, _ZELDB_PhysicalPort_List* list);
 ZELDB_API int zeldb_get_all_network_physical_port_list(unsigned int pciKey, _ZELDB_PhysicalPort_List* list);
 
-/* The link state of a function's port by its index; -1 stands for the only port. ZELDB_NO_MATCH, which is
- * logged, when there is no such port, or with -1 not exactly one. */
+/* The link state of a function's port by its index; -1 stands for the only port. ZELDB_NO_MATCH when there is
+ * no such port, or with -1 not exactly one. Each port passed over is logged as an error, and so is -1 without
+ * exactly one port. */
 ZELDB_API int zeldb_get_network_physical_port_link_state(unsigned int funKey,
                                                          _ZELDB_PhysicalPort_LinkState* state, int portIndex);
 
 /* Writes the link state (its index aside) of a port that zeldb_get_network_physical_port_link_state finds;
- * otherwise returns its status and writes nothing. A failure is logged. */
+ * otherwise returns its status and writes nothing. A refused update is logged. */
 ZELDB_API int zeldb_set_network_physical_port_link_state(unsigned int funKey,
                                                          _ZELDB_PhysicalPort_LinkState* state, int portIndex);
 
@@ -412,7 +414,8 @@ ZELDB_API int zeldb_get_gpu_chip_list(unsigned int funKey, _ZELDB_GPU_Chip_List*
 
 /* The vital product data of a function. Texts that are missing or "N/A" are completed from the property
  * store, and what was completed is written back to every row of VPDs with that slot number.
- * ZELDB_INVALID_ARGUMENT when the function's hardware id cannot be found. */
+ * A write-back that the database refuses is logged and still a success. ZELDB_INVALID_ARGUMENT when the
+ * function's hardware id cannot be found. */
 ZELDB_API int zeldb_get_pci_vpd_info(unsigned int funKey, _ZELDB_PCIVpdInfo* record);
 
 ZELDB_END_DECLS

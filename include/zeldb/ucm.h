@@ -4,9 +4,9 @@
  * adapters that the settings name into PCIAdapter.
  *
  * Records belong to the caller. Functions return 0 for success, ZELDB_NO_HANDLE when the inventory database
- * cannot be reached, ZEL_DB_STATUS_NO_MEMORY when memory is short, or a status of the table-access library.
- * They may be called from several threads at once; nothing is transactional, rows written before a failure
- * stay.
+ * cannot be reached, ZELDB_INVALID_ARGUMENT for a null pointer or a negative count, ZEL_DB_STATUS_NO_MEMORY
+ * when memory is short, or a status of the table-access library. They may be called from several threads at
+ * once; nothing is transactional, rows written before a failure stay.
  */
 #ifndef ZELDB_UCM_H
 #define ZELDB_UCM_H
@@ -98,8 +98,9 @@ ZELDB_API int zeldb_merge_aim_ucm_pfa(void);
  * null for any; "_" and "%" in it are wildcards, and one of more than 86 to 96 characters, by the length of
  * the key's decimal text, fails. */
 
-/* Appends the names of a function's sets to out, which must hold a text, with ":" between them. out is not
- * bounded: 128 bytes for each setting of the function are room enough. */
+/* Appends the names of a function's sets to out, which must hold a text, with ":" between them; neighbouring
+ * settings of one set give its name once. out is not bounded: 128 bytes for each setting of the function are
+ * room enough. */
 ZELDB_API int zeldb_get_pci_configID(int funkey, char* out);
 
 /* The number of settings, modulo 65536; 0 for functions of vendor 0x1000. A function that PCIs does not know
@@ -108,15 +109,17 @@ ZELDB_API int zeldb_get_pci_configSet_count(int funkey, char* prefix, unsigned s
 
 /* The settings themselves, into announced records of the caller's. ZELDB_COUNT_MISMATCH, and nothing is
  * written, when there are not exactly that many. With onlyFlagged those without flag 2 are left out; so are
- * those whose flags cannot be read; stored tells how many records hold a setting. */
+ * those whose flags cannot be read; stored tells how many records hold a setting, modulo 65536. Rows read
+ * before a failure are a success. */
 ZELDB_API int zeldb_get_pci_configSet_list(int funkey, unsigned char* prefix, int announced,
                                            PCISetting_info* records, unsigned short onlyFlagged,
                                            unsigned short* stored);
 
 /* Stores new pending values, first in PCISetting, then with the BIOS-configuration service in one request; a
- * run in progress is not looked at. ZELDB_SETTING_ID_NOT_FOUND, and nothing is written, when one of the ids
- * does not exist; ZELDB_BIOS_WRITE_FAILED when the service refused, which leaves the table changed. A row
- * without a pending value keeps none. Failures are logged. */
+ * run in progress is not looked at. Ids and values are pasted between single quotes as they stand; an entry
+ * that is not terminated is ZELDB_INVALID_ARGUMENT. ZELDB_SETTING_ID_NOT_FOUND, and nothing is written, when
+ * one of the ids does not exist or cannot be looked up; ZELDB_BIOS_WRITE_FAILED when the service refused,
+ * which leaves the table changed. A row without a pending value keeps none. Failures are logged. */
 ZELDB_API int zeldb_save_pci_configSet_list(_ZELDB_PCI_ConfigSet_Entry* entries, int count);
 
 ZELDB_END_DECLS

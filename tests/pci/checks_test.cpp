@@ -98,18 +98,25 @@ TEST(Checks, StandInTheirOrder) {
   EXPECT_EQ(zeldb_get_pci_configSet_list(0, nullptr, -1, nullptr, 0, nullptr), 32);
 }
 
-// Statuses of a failing query, a missing result and missing memory, where a list is read.
+// What lists make of a failing query, a missing result, a failing step and a row that was not counted. Two
+// rows each.
 TEST(Checks, OfListsUnderFaults) {
   const Database database;
-  database.run("INSERT INTO PCIs (FunKey, FunType, Location) VALUES (1, 4, 1)");
-  database.run("INSERT INTO PCIAdapter (PCIFuncKey, PCIKey) VALUES (1, 1)");
-  database.run("INSERT INTO PCILogicalPort (PCIFuncKey, PermanentAddress) VALUES (1, '00:11:22:33')");
-  database.run("INSERT INTO NCSIPackageID (Location) VALUES (1)");
-  database.run("INSERT INTO PCIGPUChip (PCIFuncKey) VALUES (1)");
+  for (const char* key : {"1", "2"}) {
+    database.run_all(
+        {std::string("INSERT INTO PCIs (FunKey, FunType, Location) VALUES (") + key + ", 4, 1)",
+         std::string("INSERT INTO PCIAdapter (PCIFuncKey, PCIKey, NodeNo, SlotNo, SegNo, BusNo, DeviceNo, "
+                     "CardName, Location) VALUES (1, ") +
+             key + ", 0, 0, 0, 0, 0, 'x', 1)",
+         "INSERT INTO PCILogicalPort (PCIFuncKey, PermanentAddress) VALUES (1, '00:11:22:33:44')",
+         "INSERT INTO NCSIPackageID (Location, SlotNo, PackageID1, PackageID2) VALUES (1, 1, 1, 1)",
+         "INSERT INTO PCIGPUChip (PCIFuncKey) VALUES (1)"});
+  }
   struct AnyList {
-    uint64_t Count;
+    uint32_t Count;
     void* Items;
   };
+  using Generic = _ZELDB_PCI_Generic_Info_List;
   const struct {
     const char* name;
     std::function<int(AnyList*)> call;
@@ -118,10 +125,8 @@ TEST(Checks, OfListsUnderFaults) {
     bool untouched;  // by a failing query
   } cases[] = {
       {"generic",
-       [](auto* l) {
-         return zeldb_get_pci_generic_info_list(reinterpret_cast<_ZELDB_PCI_Generic_Info_List*>(l), nullptr);
-       },
-       0, 0, true},
+       [](auto* l) { return zeldb_get_pci_generic_info_list(reinterpret_cast<Generic*>(l), nullptr); }, 0, 0,
+       true},
       {"adapters",
        [](auto* l) { return zeldb_get_pci_adapter_list(reinterpret_cast<_ZELDB_PCI_Adapter_List*>(l)); }, 0,
        5, false},
@@ -141,21 +146,26 @@ TEST(Checks, OfListsUnderFaults) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     int stays = 0;
+    const auto called = [&c](const Rule& rule, AnyList& list) {
+      shim().reset();
+      shim().fail(rule);
+      return c.call(&list);
+    };
     AnyList list = {.Count = 7, .Items = &stays};
-    shim().reset();
-    shim().fail({.op = "query", .nth = 1, .status = 2, .with_result = true});
-    EXPECT_EQ(c.call(&list), 2);
+    EXPECT_EQ(called({.op = "query", .nth = 1, .status = 2, .with_result = true}, list), 2);
     EXPECT_EQ(list.Items, c.untouched ? &stays : nullptr);
     list = {};
-    shim().reset();
-    shim().fail({.op = "query", .nth = 1, .status = 0});
-    EXPECT_EQ(c.call(&list), c.no_result);
+    EXPECT_EQ(called({.op = "query", .nth = 1, .status = 0}, list), c.no_result);
     EXPECT_EQ(list.Items, nullptr);
-    shim().reset();
-    shim().fail({.op = "step", .nth = 1, .status = 5});
-    EXPECT_EQ(c.call(&list), c.step_error);
-    EXPECT_EQ(list.Count, 0U);
+    EXPECT_EQ(called({.op = "row_count", .nth = 1, .fewer = 1}, list), 0);
+    EXPECT_EQ(list.Count, 1U);
     std::free(list.Items);
+    for (const unsigned after : {0U, 1U, 2U}) {
+      list = {};
+      EXPECT_EQ(called({.op = "step", .nth = 1, .status = 5, .after = after}, list), c.step_error);
+      EXPECT_EQ(list.Count, c.step_error == 0 ? after : 0U);
+      std::free(list.Items);
+    }
   }
 }
 

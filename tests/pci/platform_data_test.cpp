@@ -57,6 +57,9 @@ TEST_P(PlatformData, SegmentBitsComeFromTheProcessorOrTheInventory) {
     int bits;
     unsigned sleeps;
   } cases[] = {
+      {R"({"peci": [{"ret": 0, "cc": 128, "data": [12]}, {"ret": 5, "cc": 64, "data": [12]},
+                    {"ret": 0, "cc": 64, "data": [4]}]})",
+       "(5)", 1, 2},
       {R"({"peci": [{"ret": 0, "cc": 64, "data": [12, 0, 0, 0]}]})", "(1)", 3, 0},
       {R"({"peci": [{"ret": 0, "cc": 64, "data": [52, 0, 0, 0]}]})", "(1)", 1, 0},
       {R"({"peci": [{"ret": 0, "cc": 64, "data": [0, 255, 0, 0]}]})", "(5)", 0, 0},
@@ -126,6 +129,10 @@ TEST_P(PlatformData, MissingVpdIsCompletedAndWrittenBack) {
   EXPECT_EQ((Texts{info.UUID, info.ProductName, info.Manufacture, info.SerialNo, info.PartNo, info.Model,
                    info.FRUNo}),
             (Texts{"u", "H100", model.substr(0, 32), "N/A", "p", "H100", "f"}));
+  const std::string slot = "propdb_get_string|/ac/ovrc/dm/planar/0/gpu_pci_slot/7/";
+  Texts asked = traced("propdb_get_string");
+  for (std::string& line : asked) line = line.substr(0, line.find('|', slot.size()));
+  EXPECT_EQ(asked, (Texts{slot + "model", slot + "mfgr", slot + "sn", slot + "model"}));
   EXPECT_EQ(shim().calls("raw_query")[0].text, "update VPDs set Manufacture='" + model.substr(0, 32) +
                                                    "', Model='H100', ProductName='H100' where SlotNo=7");
   EXPECT_EQ(database.text("SELECT ProductName FROM VPDs WHERE SlotNo=7"), "H100;H100");

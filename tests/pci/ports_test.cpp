@@ -97,6 +97,9 @@ TEST_P(Ports, Physical) {
       "INSERT INTO PCIPhysicalPort (PCIFuncKey, Idx, ConnectorLayout) VALUES (2, 8, '32772')",
       "INSERT INTO PCIPhysicalPortStat (PCIFuncKey, LinkStatus, LinkSpeed) VALUES (1, 11, 4294967295)",
       "INSERT INTO PCIPhysicalPortStat (PCIFuncKey, LinkStatus) VALUES (2, 21)",
+      "INSERT INTO PCINetwork (PCIFuncKey, NumberofPhysicalPorts) VALUES (6, 1)",
+      "INSERT INTO PCIPhysicalPortStat (PCIFuncKey, LinkStatus) VALUES (6, 61)",
+      "INSERT INTO PCIPhysicalPortStat (PCIFuncKey, LinkStatus) VALUES (6, 62)",
   });
   const auto told = [](int status, _ZELDB_PhysicalPort_List& list) {
     std::string text = std::to_string(status);
@@ -114,6 +117,8 @@ TEST_P(Ports, Physical) {
   EXPECT_EQ(shim().calls("query").size(), 1U + 2 * 2);
   status = zeldb_get_network_physical_port_list(2, &list);  // announces one port
   EXPECT_EQ(told(status, list), "0; 7 Unknown 21");
+  status = zeldb_get_network_physical_port_list(6, &list);  // more statistics than ports
+  EXPECT_EQ(told(status, list), "0");
   EXPECT_EQ(zeldb_get_all_network_physical_port_list(8, &list), 11);
   EXPECT_EQ(zeldb_get_network_physical_port_list(5, &list), 11);
   EXPECT_EQ(list.Items, nullptr);

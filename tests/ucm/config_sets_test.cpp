@@ -118,6 +118,13 @@ TEST_P(ConfigSets, PendingValuesReachTheService) {
   EXPECT_NE(content.find("\"pending\": \"b\""), std::string::npos) << content;
 
   // A row without a pending value keeps none, and the service does not know it.
+  std::ifstream calls(database.folder() + "/calls");
+  const std::string called((std::istreambuf_iterator<char>(calls)), {});
+  EXPECT_EQ(called,
+            "cmr_api_initialize\t-\t-\t-\t-\t-\t-\t-\t0\n"
+            "cmr_set_bios_attribute_value\t-\t2\t-\t0\t2\tS-1.Mode\tb\t0\n"
+            "cmr_set_bios_attribute_value\t-\t2\t-\t0\t2\tS-1.Size\t1\t0\n"
+            "cmr_api_uninitialize\t-\t-\t-\t-\t-\t-\t-\t0\n");
   Entry unset[] = {entry("T.x", "v")};
   EXPECT_EQ(zeldb_save_pci_configSet_list(unset, 1), 31);
   Entry unknown[] = {entry("S-1.Mode", "c"), entry("S-1.None", "c")};
