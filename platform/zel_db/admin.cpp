@@ -21,7 +21,9 @@ struct Failure : std::runtime_error {
   int status;
 };
 
-std::string url_or_environment(const char* url) { return url != nullptr ? std::string(url) : environment_url(); }
+std::string url_or_environment(const char* url) {
+  return url != nullptr ? std::string(url) : environment_url();
+}
 
 void run(Connection& connection, const std::string& sql, Result* rows = nullptr) {
   int status = kOk;

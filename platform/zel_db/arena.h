@@ -10,8 +10,8 @@
 
 namespace zel_db {
 
-// Memory that is released as a whole. The first block is part of the object, so that the result of a keyed read
-// costs one allocation.
+// Memory that is released as a whole. The first block is part of the object, so that the result of a keyed
+// read costs one allocation.
 class Arena {
  public:
   Arena() : next_(first_), end_(first_ + sizeof first_) {}

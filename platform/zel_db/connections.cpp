@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <list>
 #include <vector>
 
@@ -15,10 +16,10 @@ struct Parked {
   std::unique_ptr<Session> session;
 };
 
-// All connections of the process. None crosses a fork: SQLite's locks belong to the process that took them, while
-// what it remembers of them is copied, so that a child would trust locks that it does not hold, even with a
-// connection of its own; and two processes cannot talk to a server through one socket. So all are closed before the
-// fork, and parent and child connect again when they next need to.
+// All connections of the process. None crosses a fork: SQLite's locks belong to the process that took them,
+// while what it remembers of them is copied, so that a child would trust locks that it does not hold, even
+// with a connection of its own; and two processes cannot talk to a server through one socket. So all are
+// closed before the fork, and parent and child connect again when they next need to.
 class Registry {
  public:
   static Registry& instance() {
@@ -47,7 +48,9 @@ class Registry {
 };
 
 Registry::Registry() : inventory_({environment_url(), std::string(kDatabases[0]), "root", ""}) {
-  pthread_atfork([] { instance().before_fork(); }, [] { instance().after_fork(); }, [] { instance().after_fork(); });
+  pthread_atfork([] { instance().before_fork(); }, [] { instance().after_fork(); },
+                 [] { instance().after_fork(); });
+  std::atexit([] { instance().at_exit(); });
 }
 
 // Known to the registry before it connects: a fork must not miss it.
@@ -120,13 +123,6 @@ void Registry::at_exit() {
   for (const auto& handle : handles_) close_idle(*handle);
 }
 
-struct AtExit {
-  AtExit() = default;
-  AtExit(const AtExit&) = delete;
-  AtExit& operator=(const AtExit&) = delete;
-  ~AtExit() { Registry::instance().at_exit(); }
-} const at_exit;
-
 }  // namespace
 
 Handle* inventory_handle() {
@@ -134,8 +130,12 @@ Handle* inventory_handle() {
   return handle->is_ready_in_environment() ? handle : nullptr;
 }
 
-Handle* open_handle(Origin origin, std::string* error) { return Registry::instance().open(std::move(origin), error); }
+Handle* open_handle(Origin origin, std::string* error) {
+  return Registry::instance().open(std::move(origin), error);
+}
 
-bool close_handle(Handle* handle) { return Registry::instance().close(handle); }
+bool close_handle(Handle* handle) {
+  return Registry::instance().close(handle);
+}
 
 }  // namespace zel_db

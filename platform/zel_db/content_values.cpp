@@ -12,7 +12,8 @@ zel_db_content_values_t::Entry& zel_db_content_values_t::entry_of(std::string_vi
   const uint64_t bit = uint64_t{1} << (hash >> 58U);
   if ((seen_ & bit) != 0) {
     for (Entry& entry : entries_) {
-      if (entry.name_hash == hash && column == names_.view(entry.name_start).substr(0, entry.name_size)) return entry;
+      if (entry.name_hash == hash && column == names_.view(entry.name_start).substr(0, entry.name_size))
+        return entry;
     }
   }
   Entry entry{};
@@ -103,4 +104,6 @@ void zel_db_content_clear(zel_db_content_values_t* values) {
   if (values != nullptr) values->clear();
 }
 
-void zel_db_free_content_values(zel_db_content_values_t* values) { delete values; }
+void zel_db_free_content_values(zel_db_content_values_t* values) {
+  delete values;
+}

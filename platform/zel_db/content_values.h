@@ -9,8 +9,8 @@
 #include "zel_db/small_vector.h"
 #include "zel_db/value.h"
 
-// An ordered column-to-value set. Names and texts are kept together, so that a set of 30 columns is one allocation
-// and the names as a whole serve as the key of a cached statement.
+// An ordered column-to-value set. Names and texts are kept together, so that a set of 30 columns is one
+// allocation and the names as a whole serve as the key of a cached statement.
 struct zel_db_content_values_t {
  public:
   // A second put of a column replaces its value in place.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What a database engine is to the rest of the library. Above it stand lifting, parameters, statement cache,
-// pooling, reconnecting and trace; an engine prepares a statement, runs it with its values and fills the result.
-// Every call on a connection and its statements is made under the lock of the handle that has it.
+// pooling, reconnecting and trace; an engine prepares a statement, runs it with its values and fills the
+// result. Every call on a connection and its statements is made under the lock of the handle that has it.
 #ifndef ZEL_DB_ENGINE_H
 #define ZEL_DB_ENGINE_H
 
@@ -31,8 +31,9 @@ class Prepared {
   Prepared& operator=(const Prepared&) = delete;
   virtual ~Prepared() = default;
 
-  // Runs to the end and is ready for the next run when it returns, so that nothing of the database stays locked.
-  // rows and outcome may be null; rows receives all rows. values must be as many as the statement's placeholders: else kSqlError.
+  // Runs to the end and is ready for the next run when it returns, so that nothing of the database stays
+  // locked. rows and outcome may be null; rows receives all rows. values must be as many as the statement's
+  // placeholders: else kSqlError.
   virtual int run(std::span<const Value> values, Result* rows, Outcome* outcome) = 0;
 };
 
@@ -43,8 +44,7 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   virtual ~Connection() = default;
 
-  // Null and a status when sql is not exactly one statement that the database understands. keep: it will be used
-  // again.
+  // Null and a status when sql is not exactly one statement that the database understands. keep: for long.
   virtual std::unique_ptr<Prepared> prepare(std::string_view sql, bool keep, int* status) = 0;
   // Whether the database still answers, without asking it.
   virtual bool is_usable() = 0;

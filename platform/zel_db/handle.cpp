@@ -49,8 +49,9 @@ int _zel_db_handle_t::append_where(std::string_view where, Parameters parameters
   return append_template(where, parameters, true, ended);
 }
 
-int _zel_db_handle_t::query(std::string_view table, std::span<const char* const> columns, std::string_view where,
-                            Parameters parameters, std::string_view order, Result** out) {
+int _zel_db_handle_t::query(std::string_view table, std::span<const char* const> columns,
+                            std::string_view where, Parameters parameters, std::string_view order,
+                            Result** out) {
   const std::lock_guard lock(mutex_);
   begin_statement();
   sql_.append("SELECT ");

@@ -13,8 +13,8 @@
 #include "zel_db/session.h"
 #include "zel_db/trace.h"
 
-// A database as its callers hold it. It outlives its connection, which is dropped when the server goes away and
-// before the process forks, and made again by the next call. Calls of several threads are served one at a time.
+// A database as its callers hold it. It outlives its connection, which is dropped when the server goes away
+// and before the process forks, and made again by the next call. Threads are served one at a time.
 struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): prescribed name
  public:
   explicit _zel_db_handle_t(zel_db::Origin origin);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Literal lifting. Callers paste their values into the where text. One scan takes the literals out again and binds
-// them, which settles three things at once:
-//   - "..." is a text to the callers and to a server, but to SQLite it is first of all the column of that name, so
-//     that a value "Status" or "Rowid" would compare a column with itself, in silence;
-//   - backslashes and bytes above 0x7F reach the engine as they are, whatever its session thinks of them;
-//   - what remains, the template, is the same for every row, so that the statement is prepared once.
-// Lifted are quoted texts, and decimal numbers that follow =, < or > and are a token of their own; elsewhere a
-// number may be syntax (GROUP BY 1, LIMIT 5) or part of an expression whose meaning would change.
+// Literal lifting. Callers paste their values into the where text. One scan takes the literals out again and
+// binds them, which settles three things at once:
+// "..." is a text to the callers and to a server, but to SQLite it is first of all the column of that name: a
+// value "Status" or "Rowid" would compare a column with itself, in silence. Backslashes and bytes above 0x7F
+// reach the engine as they are, whatever its session thinks of them. And what remains, the template, is the
+// same for every row, so that the statement is prepared once.
+// Lifted are quoted texts, and decimal numbers that follow =, < or > and are a token of their own; elsewhere
+// a number may be syntax (GROUP BY 1, LIMIT 5) or part of an expression whose meaning would change.
 #ifndef ZEL_DB_LITERALS_H
 #define ZEL_DB_LITERALS_H
 
@@ -37,16 +37,17 @@ struct Values {
 
 struct LiftOutcome {
   int status = kOk;
-  const char* reason = "";    // of a failure, for the log
-  bool ended = false;  // the text ended its statement with ";"
+  const char* reason = "";  // of a failure, for the log
+  bool ended = false;       // the text ended its statement with ";"
 };
 
 using SqlText = SmallVector<char, 1024>;
 
-// Appends the template of text to sql and its values to values. A "?" takes the next of the caller's parameters. Of
-// a trailing ";" nothing remains. With lift false literals stay as they are: definitions take no placeholders.
-// One text per set of values: unquoted must not grow under the values of an earlier one.
-LiftOutcome lift_literals(std::string_view text, Parameters parameters, bool lift, SqlText& sql, Values& values);
+// Appends the template of text to sql and its values to values. A "?" takes the next of the caller's
+// parameters. Of a trailing ";" nothing remains. With lift false literals stay as they are: definitions take
+// no placeholders. One text per set of values: unquoted must not grow under the values of an earlier one.
+LiftOutcome lift_literals(std::string_view text, Parameters parameters, bool lift, SqlText& sql,
+                          Values& values);
 
 // Whether placeholders are allowed wherever this statement may have a literal.
 bool takes_placeholders(std::string_view statement);

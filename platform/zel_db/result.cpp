@@ -119,10 +119,17 @@ int zel_db_result_t::bytes(int column, Scratch& scratch, std::string_view* out) 
   const int status = locate(column, &cell, &type);
   if (status != kOk) return status;
   switch (type) {
-    case CellType::Integer: *out = decimal(cell->integer, scratch); break;
-    case CellType::Unsigned: *out = decimal(static_cast<uint64_t>(cell->integer), scratch); break;
-    case CellType::Real: *out = decimal(cell->real, scratch); break;
-    default: *out = view_of(*cell);
+    case CellType::Integer:
+      *out = decimal(cell->integer, scratch);
+      break;
+    case CellType::Unsigned:
+      *out = decimal(static_cast<uint64_t>(cell->integer), scratch);
+      break;
+    case CellType::Real:
+      *out = decimal(cell->real, scratch);
+      break;
+    default:
+      *out = view_of(*cell);
   }
   return kOk;
 }

@@ -7,8 +7,8 @@
 
 namespace zel_db {
 
-// The statements of a script, split at ";" outside quotes and comments, without blanks and comments before them.
-// What is only blanks and comments is no statement. Behind a quote or comment that is not closed all is one.
+// The statements of a script, split at ";" outside quotes and comments, without what is blank or comment
+// before them. Nothing else is no statement; behind a quote or comment that is not closed all is one.
 std::vector<std::string_view> split_statements(std::string_view script);
 
 }  // namespace zel_db

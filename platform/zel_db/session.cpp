@@ -71,7 +71,8 @@ std::unique_ptr<Location> locate(const Origin& origin, std::string* error) {
     *error = "cannot open " + origin.database + ": the engine for mariadb:// is not part of this build";
     return nullptr;
   }
-  return std::make_unique<Location>(Location{engine, {std::move(*url), origin.database, origin.user, origin.password}});
+  return std::make_unique<Location>(
+      Location{engine, {std::move(*url), origin.database, origin.user, origin.password}});
 }
 
 bool has_known_schema(Connection& connection, const std::string& database, std::string* error) {

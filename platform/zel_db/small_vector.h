@@ -46,14 +46,8 @@ class SmallVector {
     if (count != 0) std::memcpy(data_ + size_, values, count * sizeof(T));
     size_ += count;
   }
-  void append(std::string_view text)
-    requires std::is_same_v<T, char>
-  {
-    append(text.data(), text.size());
-  }
-  std::string_view view(size_t start = 0) const
-    requires std::is_same_v<T, char>
-  {
+  void append(std::string_view text) requires std::is_same_v<T, char> { append(text.data(), text.size()); }
+  std::string_view view(size_t start = 0) const requires std::is_same_v<T, char> {
     return {data_ + start, size_ - start};
   }
 

@@ -8,24 +8,27 @@
 
 namespace zel_db {
 
-inline bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
+inline bool is_blank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+inline bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
 // Bytes above 0x7F are letters to both engines.
 inline bool is_word(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || is_digit(c) || c == '_' || c == '$' ||
-         byte >= 0x80;
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || is_digit(c) || c == '_' ||
+         c == '$' || byte >= 0x80;
 }
 
-// Behind the quoted text whose opening quote stands at begin; null when it is not closed. A doubled quote does not
-// close it, a backslash means nothing.
+// Behind the quoted text whose opening quote stands at begin; null when it is not closed. A doubled quote
+// does not close it, a backslash means nothing.
 const char* skip_quoted(const char* begin, const char* end);
 
 // Behind the comment that starts at begin, begin itself when none starts there, null when it is not closed.
 const char* skip_comment(const char* begin, const char* end);
 
-// The first character that is neither blank nor in a comment, end when there is none. A comment that is not closed is
-// not skipped.
+// The first character that is neither blank nor in a closed comment, end when there is none.
 const char* skip_blanks(const char* begin, const char* end);
 
 // The word that a statement starts with, empty when it starts with none.

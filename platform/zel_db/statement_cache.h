@@ -12,8 +12,8 @@
 
 namespace zel_db {
 
-// What makes a statement the same one again. Inserts and updates are known by their parts, so that their text is
-// only put together when it has to be prepared.
+// What makes a statement the same one again. Inserts and updates are known by their parts, so that their text
+// is only put together when it has to be prepared.
 struct StatementKey {
   enum class Form : uint8_t { Text, Insert, Update };
 
@@ -24,9 +24,9 @@ struct StatementKey {
   uint64_t hash = 0;
 };
 
-// Prepared statements of one connection, the least recently used one dropped first. They are found through a small
-// index, which is made again when one is dropped: that happens only when another has to be prepared, which costs a
-// hundred times as much.
+// Prepared statements of one connection, the least recently used one dropped first. They are found through a
+// small index, which is made again when one is dropped: that happens only when another has to be prepared,
+// which costs a hundred times as much.
 class StatementCache {
  public:
   StatementCache() { index_.fill(kNoEntry); }

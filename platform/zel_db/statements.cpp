@@ -41,7 +41,8 @@ StatementKey insert_key(std::string_view table, std::string_view columns) {
 }
 
 StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where) {
-  return {StatementKey::Form::Update, table, columns, where, hash_of(where, hash_of(columns, hash_of(table)))};
+  return {StatementKey::Form::Update, table, columns, where,
+          hash_of(where, hash_of(columns, hash_of(table)))};
 }
 
 std::string_view statement_text(const StatementKey& key, const Dialect& dialect, std::string& scratch) {

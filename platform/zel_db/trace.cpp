@@ -33,7 +33,8 @@ const Trace* Trace::current() {
   if (path == nullptr || *path == '\0') return nullptr;
   static auto& traces = *new std::list<Trace>;  // handles keep pointers into it until the very end
   const std::lock_guard lock(process_mutex());
-  const auto known = std::find_if(traces.begin(), traces.end(), [&](const Trace& trace) { return trace.path_ == path; });
+  const auto known =
+      std::find_if(traces.begin(), traces.end(), [&](const Trace& trace) { return trace.path_ == path; });
   return known != traces.end() ? &*known : &traces.emplace_back(path);
 }
 
@@ -50,7 +51,8 @@ void Trace::write(const Call& call, int status) const {
                                                   call.where,     parameters, call.order};
   std::string line;
   for (const std::string_view field : fields) line.append(field).push_back('|');
-  std::replace_if(line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
   line.append(std::to_string(status)).push_back('\n');
   if (::write(fd_, line.data(), line.size()) < 0) {
     // A trace that cannot be written must not fail the call that it reports.

@@ -19,8 +19,8 @@ struct Call {
   std::string_view order;
 };
 
-// The file that ZEL_DB_TRACE names: one line per call, op|table|columns|where|parameters|order|status. Lines of
-// several threads and processes do not mix.
+// The file that ZEL_DB_TRACE names: one line per call, op|table|columns|where|parameters|order|status. Lines
+// of several threads and processes do not mix.
 class Trace {
  public:
   // Null when no trace is asked for. Looked up when a handle is opened; lives as long as the process.

@@ -13,7 +13,9 @@ using namespace zel_db;  // NOLINT(google-build-using-namespace): exported C fun
 
 namespace {
 
-std::string_view text_or_empty(const char* text) { return text != nullptr ? text : std::string_view(); }
+std::string_view text_or_empty(const char* text) {
+  return text != nullptr ? text : std::string_view();
+}
 
 bool are_complete(const char* const* columns, int count) {
   if (count < 0 || (columns == nullptr && count != 0)) return false;
@@ -27,7 +29,9 @@ bool are_complete(const _zel_db_param_t* parameters, int count) {
   return count == 0 || (count > 0 && parameters != nullptr);
 }
 
-bool is_named(const char* table) { return table != nullptr && *table != '\0'; }
+bool is_named(const char* table) {
+  return table != nullptr && *table != '\0';
+}
 
 std::string joined(const char* const* columns, int count) {
   std::string names;
@@ -61,14 +65,15 @@ _zel_db_handle_t* get_dmdb_handle(int /*argc*/, char** /*argv*/, int /*flags*/) 
   return handle;
 }
 
-_zel_db_handle_t* zel_db_open(const char* /*host*/, const char* user, const char* password, const char* database,
-                              unsigned /*flags*/) {
+_zel_db_handle_t* zel_db_open(const char* /*host*/, const char* user, const char* password,
+                              const char* database, unsigned /*flags*/) {
   if (database == nullptr) return nullptr;
   Handle* handle = nullptr;
   guarded([&] {
     std::string reason;  // it is in the log
-    handle = open_handle({environment_url(), database, std::string(text_or_empty(user)),
-                          std::string(text_or_empty(password))}, &reason);
+    handle = open_handle(
+        {environment_url(), database, std::string(text_or_empty(user)), std::string(text_or_empty(password))},
+        &reason);
     return static_cast<int>(kOk);
   });
   return handle;
@@ -83,12 +88,14 @@ int zel_db_query(_zel_db_handle_t* handle, const char* table, const char* const*
                  zel_db_result_t** out) {
   if (out == nullptr) return kInvalidArgument;
   *out = nullptr;
-  if (handle == nullptr || !is_named(table) || !are_complete(columns, ncolumns) || !are_complete(params, nparams)) {
+  if (handle == nullptr || !is_named(table) || !are_complete(columns, ncolumns) ||
+      !are_complete(params, nparams)) {
     return kInvalidArgument;
   }
   const Parameters parameters(params, static_cast<size_t>(nparams));
   const auto describe = [&] {
-    return Call{"query", table, joined(columns, ncolumns), text_or_empty(where), parameters, text_or_empty(order)};
+    return Call{
+        "query", table, joined(columns, ncolumns), text_or_empty(where), parameters, text_or_empty(order)};
   };
   return traced(handle, describe, [&] {
     return handle->query(table, {columns, static_cast<size_t>(ncolumns)}, text_or_empty(where), parameters,
@@ -125,8 +132,8 @@ int zel_db_update(_zel_db_handle_t* handle, const char* table, const zel_db_cont
                 [&] { return handle->update(table, *values, text_or_empty(where), parameters, updated); });
 }
 
-int zel_db_delete(_zel_db_handle_t* handle, const char* table, const char* where, const _zel_db_param_t* params,
-                  int nparams, int64_t* deleted) {
+int zel_db_delete(_zel_db_handle_t* handle, const char* table, const char* where,
+                  const _zel_db_param_t* params, int nparams, int64_t* deleted) {
   if (handle == nullptr || !is_named(table) || !are_complete(params, nparams)) return kInvalidArgument;
   const Parameters parameters(params, static_cast<size_t>(nparams));
   const auto describe = [&] { return Call{"delete", table, {}, text_or_empty(where), parameters, {}}; };
@@ -134,4 +141,6 @@ int zel_db_delete(_zel_db_handle_t* handle, const char* table, const char* where
                 [&] { return handle->remove(table, text_or_empty(where), parameters, deleted); });
 }
 
-const char* zel_db_get_error_str(int status) { return status_text(status); }
+const char* zel_db_get_error_str(int status) {
+  return status_text(status);
+}

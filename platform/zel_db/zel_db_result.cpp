@@ -54,7 +54,9 @@ int zel_db_result_step(zel_db_result_t* result) {
   return result != nullptr ? result->step() : static_cast<int>(kInvalidArgument);
 }
 
-unsigned zel_db_result_row_count(zel_db_result_t* result) { return result != nullptr ? result->row_count() : 0; }
+unsigned zel_db_result_row_count(zel_db_result_t* result) {
+  return result != nullptr ? result->row_count() : 0;
+}
 
 int zel_db_result_reset(zel_db_result_t* result) {
   if (result == nullptr) return kInvalidArgument;
@@ -104,7 +106,9 @@ int zel_db_result_column_is_null(zel_db_result_t* result, int column) {
   return static_cast<int>(result == nullptr || result->bytes(column, scratch, &bytes) != kOk);
 }
 
-void zel_db_free_result(zel_db_result_t* result) { delete result; }
+void zel_db_free_result(zel_db_result_t* result) {
+  delete result;
+}
 
 int extract_uint_column_from_result(zel_db_result_t* result, const char* column, uint32_t* out) {
   return read_number(result, index_of(result, column), out);
@@ -114,6 +118,7 @@ int extract_uint64_column_from_result(zel_db_result_t* result, const char* colum
   return read_number(result, index_of(result, column), out);
 }
 
-int extract_str_column_from_result(zel_db_result_t* result, const char* column, char* buffer, unsigned capacity) {
+int extract_str_column_from_result(zel_db_result_t* result, const char* column, char* buffer,
+                                   unsigned capacity) {
   return read_text(result, index_of(result, column), buffer, capacity);
 }

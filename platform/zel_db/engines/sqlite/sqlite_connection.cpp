@@ -11,14 +11,19 @@ namespace {
 
 int status_for(int code) {
   switch (code & 0xFF) {
-    case SQLITE_OK: return kOk;
+    case SQLITE_OK:
+      return kOk;
     case SQLITE_BUSY:
-    case SQLITE_LOCKED: return kBusy;
+    case SQLITE_LOCKED:
+      return kBusy;
     case SQLITE_CONSTRAINT:
     case SQLITE_MISMATCH:
-    case SQLITE_TOOBIG: return kConstraint;
-    case SQLITE_NOMEM: return kNoMemory;
-    default: return kSqlError;
+    case SQLITE_TOOBIG:
+      return kConstraint;
+    case SQLITE_NOMEM:
+      return kNoMemory;
+    default:
+      return kSqlError;
   }
 }
 
@@ -27,6 +32,10 @@ int64_t milliseconds() {
   clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
   return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
+
+struct ResetSqlite {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_reset(statement); }
+};
 
 class SqlitePrepared : public Prepared {
  public:
@@ -61,9 +70,13 @@ int SqlitePrepared::bind(std::span<const Value> values) {
       case Value::Kind::Text:
         code = sqlite3_bind_text(statement, place, value.text, static_cast<int>(value.size), SQLITE_STATIC);
         break;
-      case Value::Kind::Null: code = sqlite3_bind_null(statement, place); break;
+      case Value::Kind::Null:
+        code = sqlite3_bind_null(statement, place);
+        break;
       case Value::Kind::Integer:
-      case Value::Kind::Unsigned: code = sqlite3_bind_int64(statement, place, value.number); break;
+      case Value::Kind::Unsigned:
+        code = sqlite3_bind_int64(statement, place, value.number);
+        break;
     }
     if (code != SQLITE_OK) break;
   }
@@ -86,7 +99,7 @@ const ColumnNames& SqlitePrepared::columns() {
   return columns_;
 }
 
-// A value is looked up once per cell; that it is not protected against other threads is the handle's business.
+// A value is looked up once per cell. It is not protected against other threads: the handle is.
 void SqlitePrepared::append_row(Result& rows) {
   sqlite3_stmt* statement = statement_.get();
   rows.begin_row();
@@ -121,10 +134,7 @@ int SqlitePrepared::fetch(Result* rows) {
 }
 
 int SqlitePrepared::run(std::span<const Value> values, Result* rows, Outcome* outcome) {
-  struct Reset {
-    sqlite3_stmt* statement;
-    ~Reset() { sqlite3_reset(statement); }
-  } const reset{statement_.get()};
+  const std::unique_ptr<sqlite3_stmt, ResetSqlite> reset(statement_.get());
   if (placeholders_ != values.size()) {
     return connection_.refuse("placeholders of another kind than \"?\"");
   }
@@ -165,7 +175,8 @@ std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, bool k
     *status = fail(code);
     return nullptr;
   }
-  const bool more = std::any_of(tail, sql.data() + sql.size(), [](char c) { return !is_blank(c) && c != ';'; });
+  const bool more =
+      std::any_of(tail, sql.data() + sql.size(), [](char c) { return !is_blank(c) && c != ';'; });
   if (statement == nullptr || more) {
     *status = refuse(more ? "more than one statement" : "no statement");
     return nullptr;
@@ -173,8 +184,8 @@ std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, bool k
   return std::make_unique<SqlitePrepared>(*this, std::move(statement));
 }
 
-// An open file keeps its content when another takes its place, and what is written to it is lost. Looking at it for
-// each call would cost as much as a keyed read, so that it is done ten times a second.
+// An open file keeps its content when another takes its place, and what is written to it is lost. Looking at
+// it for each call would cost as much as a keyed read, so that it is done ten times a second.
 bool SqliteConnection::is_usable() {
   constexpr int64_t kMilliseconds = 100;
   const int64_t now = milliseconds();

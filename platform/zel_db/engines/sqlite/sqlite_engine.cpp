@@ -22,9 +22,12 @@ constexpr mode_t kFileMode = S_IRUSR | S_IWUSR;
 std::string type_of(const Column& column) {
   switch (column.kind) {
     case Kind::Integer:
-    case Kind::Unsigned64: return "INTEGER";
-    case Kind::Text: return "TEXT";
-    case Kind::Blob: break;
+    case Kind::Unsigned64:
+      return "INTEGER";
+    case Kind::Text:
+      return "TEXT";
+    case Kind::Blob:
+      break;
   }
   return "BLOB";
 }
@@ -40,7 +43,14 @@ constexpr Dialect kDialect = {
 
 constexpr const char* kSuffix = ".sqlite";
 
-std::string last_system_error() { return std::generic_category().message(errno); }
+std::string last_system_error() {
+  return std::generic_category().message(errno);
+}
+
+std::string failed_to_create(const std::string& path) {
+  std::string line = last_system_error();
+  return line.insert(0, "cannot create " + path + ": ");
+}
 
 // 0 where there is nothing.
 mode_t type_at(const std::string& path) {
@@ -56,7 +66,7 @@ std::string path_of(const Target& target) {
   return path + (path.ends_with('/') ? "" : "/") + target.database + kSuffix;
 }
 
-// Why there is nothing to open; SQLite would take an empty file for a database. Empty when there is no reason.
+// Why there is nothing to open, or empty. SQLite would take an empty file for a database.
 std::string unfit(const std::string& path) {
   struct stat found {};
   if (stat(path.c_str(), &found) != 0) return last_system_error();
@@ -64,20 +74,18 @@ std::string unfit(const std::string& path) {
   return found.st_size == 0 ? "it is empty" : "";
 }
 
-int execute(sqlite3* database, const std::string& sql) {
-  return sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
-}
-
 int configure(sqlite3* database) {
   const char* sync = std::getenv("ZEL_DB_SYNC");
   const bool full = sync != nullptr && std::strcmp(sync, "FULL") == 0;
   sqlite3_busy_timeout(database, kBusyMilliseconds);
-  int code = execute(database, "PRAGMA case_sensitive_like=ON");
-  if (code == SQLITE_OK) code = execute(database, std::string("PRAGMA synchronous=") + (full ? "FULL" : "NORMAL"));
-  if (code == SQLITE_OK) code = execute(database, "PRAGMA journal_mode=WAL");
-  // The pragmas may leave the file unread.
-  if (code == SQLITE_OK) code = execute(database, "SELECT 1 FROM sqlite_schema LIMIT 1");
-  return code;
+  // The last one because the pragmas may leave the file unread.
+  for (const char* sql : {"PRAGMA case_sensitive_like=ON", "PRAGMA journal_mode=WAL",
+                          full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL",
+                          "SELECT 1 FROM sqlite_schema LIMIT 1"}) {
+    const int code = sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) return code;
+  }
+  return SQLITE_OK;
 }
 
 std::unique_ptr<Connection> open_file(const std::string& path, std::string* error) {
@@ -102,24 +110,22 @@ bool make_directories(const std::string& path, std::string* error) {
     end = path.find('/', end + 1);
     const std::string directory = path.substr(0, end);
     if (mkdir(directory.c_str(), kDirectoryMode) != 0 && errno != EEXIST) {
-      const std::string reason = last_system_error();
-      *error = "cannot create " + directory + ": " + reason;
+      *error = failed_to_create(directory);
       return false;
     }
   }
   return true;
 }
 
-// Made here, not by SQLite, for the sake of its mode. An existing one is not opened: closing it would drop the locks
-// that SQLite has on it in this process.
+// Made here, not by SQLite, for the sake of its mode. An existing one is not opened: closing it would drop
+// the locks that SQLite has on it in this process.
 bool make_file(const std::string& path, std::string* error) {
   if (type_at(path) != 0) return true;
   const size_t slash = path.rfind('/');
   if (slash != 0 && !make_directories(path.substr(0, slash), error)) return false;
   const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
   if (fd < 0 && errno != EEXIST) {
-    const std::string reason = last_system_error();
-    *error = "cannot create " + path + ": " + reason;
+    *error = failed_to_create(path);
     return false;
   }
   if (fd >= 0) close(fd);

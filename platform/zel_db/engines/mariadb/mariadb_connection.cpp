@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/engines/mariadb/mariadb_connection.h"
+
+#include <errmsg.h>
+#include <mysqld_error.h>
+#include <poll.h>
+
+#include "platform/vrel_log.h"
+#include "zel_db/engines/mariadb/mariadb_statement.h"
+
+namespace zel_db {
+namespace {
+
+int status_for(unsigned code) {
+  switch (code) {
+    case CR_SERVER_GONE_ERROR:
+    case CR_SERVER_LOST:
+    case CR_SERVER_LOST_EXTENDED:
+    case CR_MALFORMED_PACKET:
+    case CR_COMMANDS_OUT_OF_SYNC:
+    case ER_SERVER_SHUTDOWN:
+    case ER_CONNECTION_KILLED:
+      return kConnectionLost;
+    case ER_LOCK_WAIT_TIMEOUT:
+    case ER_LOCK_DEADLOCK:
+      return kBusy;
+    case ER_DUP_ENTRY:
+    case ER_BAD_NULL_ERROR:
+    case ER_NO_DEFAULT_FOR_FIELD:
+    case ER_WARN_DATA_OUT_OF_RANGE:
+    case ER_DATA_TOO_LONG:
+    case ER_TRUNCATED_WRONG_VALUE_FOR_FIELD:
+    case WARN_DATA_TRUNCATED:
+    case ER_CONSTRAINT_FAILED:
+      return kConstraint;
+    case CR_OUT_OF_MEMORY:
+    case ER_OUTOFMEMORY:
+    case ER_OUT_OF_RESOURCES:
+      return kNoMemory;
+    default:
+      return kSqlError;
+  }
+}
+
+}  // namespace
+
+MariadbConnection::MariadbConnection(MariadbClient client, std::string place)
+    : client_(std::move(client)), place_(std::move(place)) {}
+
+int MariadbConnection::refuse(const char* message) {
+  message_ = message;
+  return kSqlError;
+}
+
+int MariadbConnection::fail(unsigned code, const char* message) {
+  message_ = message;
+  const int status = status_for(code);
+  if (status == kConnectionLost) report_loss(message);
+  return status;
+}
+
+void MariadbConnection::report_loss(const char* reason) {
+  if (!lost_) vrel_log::logWarn("zel_db: lost the connection to %s: %s", place_.c_str(), reason);
+  lost_ = true;
+}
+
+std::unique_ptr<Prepared> MariadbConnection::prepare(std::string_view sql, bool /*keep*/, int* status) {
+  auto statement = std::make_unique<MariadbStatement>(*this, sql);
+  *status = statement->prepare();
+  if (*status != kOk) return nullptr;
+  return statement;
+}
+
+bool MariadbConnection::release_oldest(const MariadbStatement* other_than) {
+  MariadbStatement* oldest = nullptr;
+  for (MariadbStatement* statement : statements_) {
+    if (statement == other_than || !statement->is_prepared()) continue;
+    if (oldest == nullptr || statement->last_use() < oldest->last_use()) oldest = statement;
+  }
+  if (oldest != nullptr) oldest->release();
+  return oldest != nullptr;
+}
+
+// A server says nothing unasked, unless it takes its leave.
+bool MariadbConnection::is_usable() {
+  if (lost_) return false;
+  pollfd socket{mysql_get_socket(client()), POLLIN, 0};
+  if (socket.fd >= 0 && poll(&socket, 1, 0) == 0) return true;
+  report_loss("the server has closed it");
+  return false;
+}
+
+bool MariadbConnection::in_transaction() {
+  unsigned status = 0;
+  mariadb_get_infov(client(), MARIADB_CONNECTION_SERVER_STATUS, &status);
+  return (status & SERVER_STATUS_IN_TRANS) != 0;
+}
+
+}  // namespace zel_db

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZEL_DB_MARIADB_CONNECTION_H
+#define ZEL_DB_MARIADB_CONNECTION_H
+
+#include <mysql.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zel_db/engine.h"
+
+namespace zel_db {
+
+struct CloseMariadb {
+  void operator()(MYSQL* client) const { mysql_close(client); }
+};
+using MariadbClient = std::unique_ptr<MYSQL, CloseMariadb>;
+
+class MariadbStatement;
+
+class MariadbConnection : public Connection {
+ public:
+  // place: which server, for the log.
+  MariadbConnection(MariadbClient client, std::string place);
+
+  std::unique_ptr<Prepared> prepare(std::string_view sql, bool keep, int* status) override;
+  bool is_usable() override;
+  bool in_transaction() override;
+  const std::string& message() const override { return message_; }
+
+  MYSQL* client() const { return client_.get(); }
+  // The status for an error of the server or the client library. A lost connection is also said in the log.
+  int fail(unsigned code, const char* message);
+  int refuse(const char* message);
+
+  // Statements of this connection, so that one may give up its place on the server for another.
+  void add(MariadbStatement* statement) { statements_.push_back(statement); }
+  void remove(MariadbStatement* statement) { std::erase(statements_, statement); }
+  bool release_oldest(const MariadbStatement* other_than);
+  uint64_t tick() { return ++clock_; }
+
+ private:
+  void report_loss(const char* reason);
+
+  MariadbClient client_;
+  std::string place_;
+  std::string message_;
+  std::vector<MariadbStatement*> statements_;
+  uint64_t clock_ = 0;
+  bool lost_ = false;
+};
+
+}  // namespace zel_db
+
+#endif

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/engines/mariadb/mariadb_engine.h"
+
+#include <mutex>
+
+#include "zel_db/engines/mariadb/mariadb_connection.h"
+
+namespace zel_db {
+namespace {
+
+constexpr unsigned kConnectSeconds = 3;
+// Longer than any lock is waited for.
+constexpr unsigned kAnswerSeconds = 60;
+
+// Texts are bytes, "..." is one, a backslash means nothing; what does not fit is refused. Locks are waited
+// for as long as on the other engine.
+constexpr const char* kSessionSettings =
+    "SET NAMES latin1 COLLATE latin1_nopad_bin, autocommit=1, innodb_lock_wait_timeout=5, "
+    "lock_wait_timeout=5, "
+    "sql_mode='STRICT_TRANS_TABLES,NO_ENGINE_SUBSTITUTION,NO_BACKSLASH_ESCAPES,NO_AUTO_VALUE_ON_ZERO'";
+
+constexpr const char* kCharacters = " CHARACTER SET latin1 COLLATE latin1_nopad_bin";
+
+std::string type_of(const Column& column) {
+  switch (column.kind) {
+    case Kind::Integer:
+      return "BIGINT";
+    case Kind::Unsigned64:
+      return "BIGINT UNSIGNED";
+    case Kind::Text:
+      return "VARCHAR(" + std::to_string(column.size) + ")" + kCharacters;
+    case Kind::Blob:
+      break;
+  }
+  return "VARBINARY(" + std::to_string(column.size) + ")";
+}
+
+constexpr Dialect kDialect = {
+    .insert_without_values = " () VALUES ()",
+    .row_id = "BIGINT NOT NULL AUTO_INCREMENT PRIMARY KEY",
+    .type = type_of,
+    .table_options = " ENGINE=InnoDB DEFAULT CHARACTER SET latin1 COLLATE latin1_nopad_bin",
+    .begin_definitions = nullptr,
+    .commit_definitions = nullptr,
+};
+
+std::string database_of(const Target& target) {
+  return target.url.prefix + target.database;
+}
+
+// "localhost" without a port means the server's socket, as for every client of such a server.
+bool is_local(const DatabaseUrl::Host& host) {
+  return host.name == "localhost" && host.port == 0;
+}
+
+std::string place_of(const Target& target, const DatabaseUrl::Host& host) {
+  std::string place = database_of(target) + " at " + host.name;
+  if (host.port != 0) place.append(":").append(std::to_string(host.port));
+  if (is_local(host) && !target.url.socket.empty()) place.append(" (").append(target.url.socket).append(")");
+  return place;
+}
+
+MariadbClient new_client(bool local) {
+  static std::once_flag once;
+  std::call_once(once, [] { mysql_library_init(0, nullptr, nullptr); });
+  MariadbClient client(mysql_init(nullptr));
+  if (client == nullptr) throw std::bad_alloc();
+  const unsigned protocol = local ? MYSQL_PROTOCOL_SOCKET : MYSQL_PROTOCOL_TCP;
+  const unsigned local_infile = 0;
+  mysql_optionsv(client.get(), MYSQL_OPT_PROTOCOL, &protocol);
+  mysql_optionsv(client.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectSeconds);
+  mysql_optionsv(client.get(), MYSQL_OPT_READ_TIMEOUT, &kAnswerSeconds);
+  mysql_optionsv(client.get(), MYSQL_OPT_WRITE_TIMEOUT, &kAnswerSeconds);
+  mysql_optionsv(client.get(), MYSQL_OPT_LOCAL_INFILE, &local_infile);
+  mysql_optionsv(client.get(), MYSQL_SET_CHARSET_NAME, "latin1");
+  return client;
+}
+
+bool run(MYSQL* client, const std::string& sql) {
+  return mysql_real_query(client, sql.data(), static_cast<unsigned long>(sql.size())) == 0;
+}
+
+bool make_database(MYSQL* client, const std::string& name) {
+  return run(client, "CREATE DATABASE IF NOT EXISTS `" + name + "`" + kCharacters) &&
+         mysql_select_db(client, name.c_str()) == 0;
+}
+
+// Null and the reason.
+std::unique_ptr<Connection> connect(const Target& target, const DatabaseUrl::Host& host, bool make,
+                                    std::string* error) {
+  const DatabaseUrl& url = target.url;
+  const bool local = is_local(host);
+  const std::string database = database_of(target);
+  MariadbClient client = new_client(local);
+  const bool connected =
+      mysql_real_connect(client.get(), host.name.c_str(), url.user.value_or(target.user).c_str(),
+                         url.password.value_or(target.password).c_str(), make ? nullptr : database.c_str(),
+                         host.port, local && !url.socket.empty() ? url.socket.c_str() : nullptr,
+                         CLIENT_FOUND_ROWS) != nullptr;
+  if (connected && run(client.get(), kSessionSettings) && (!make || make_database(client.get(), database))) {
+    return std::make_unique<MariadbConnection>(std::move(client), place_of(target, host));
+  }
+  *error = mysql_error(client.get());
+  return nullptr;
+}
+
+std::unique_ptr<Connection> connect_to_any(const Target& target, bool make, std::string* error) {
+  std::string reasons;
+  for (const DatabaseUrl::Host& host : target.url.hosts) {
+    std::string reason;
+    std::unique_ptr<Connection> connection = connect(target, host, make, &reason);
+    if (connection != nullptr) return connection;
+    reasons.append(reasons.empty() ? "cannot open " : "; nor ").append(place_of(target, host));
+    reasons.append(": ").append(reason);
+  }
+  *error = reasons;
+  return nullptr;
+}
+
+class MariadbEngine : public Engine {
+ public:
+  std::unique_ptr<Connection> open(const Target& target, std::string* error) const override {
+    return connect_to_any(target, false, error);
+  }
+  std::unique_ptr<Connection> create(const Target& target, std::string* error) const override {
+    return connect_to_any(target, true, error);
+  }
+  const Dialect& dialect() const override { return kDialect; }
+};
+
+}  // namespace
+
+const Engine& mariadb_engine() {
+  static const MariadbEngine engine;
+  return engine;
+}
+
+}  // namespace zel_db

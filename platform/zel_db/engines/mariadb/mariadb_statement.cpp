@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/engines/mariadb/mariadb_statement.h"
+
+#include <errmsg.h>
+#include <mysqld_error.h>
+
+#include <algorithm>
+#include <charconv>
+
+namespace zel_db {
+namespace {
+
+constexpr unsigned kBinary = 63;  // the character set of what is no text
+
+CellType type_of(const MYSQL_FIELD& field) {
+  switch (field.type) {
+    case MYSQL_TYPE_NULL:
+      return CellType::Null;
+    case MYSQL_TYPE_TINY:
+    case MYSQL_TYPE_SHORT:
+    case MYSQL_TYPE_INT24:
+    case MYSQL_TYPE_LONG:
+    case MYSQL_TYPE_LONGLONG:
+    case MYSQL_TYPE_YEAR:
+      return (field.flags & UNSIGNED_FLAG) != 0 ? CellType::Unsigned : CellType::Integer;
+    case MYSQL_TYPE_FLOAT:
+    case MYSQL_TYPE_DOUBLE:
+      return CellType::Real;
+    case MYSQL_TYPE_BIT:
+    case MYSQL_TYPE_GEOMETRY:
+    case MYSQL_TYPE_VARCHAR:
+    case MYSQL_TYPE_VAR_STRING:
+    case MYSQL_TYPE_STRING:
+    case MYSQL_TYPE_TINY_BLOB:
+    case MYSQL_TYPE_BLOB:
+    case MYSQL_TYPE_MEDIUM_BLOB:
+    case MYSQL_TYPE_LONG_BLOB:
+      return field.charsetnr == kBinary ? CellType::Blob : CellType::Text;
+    default:
+      return CellType::Text;  // decimals, dates and times in their written form
+  }
+}
+
+// The server asks for the statement once more, or the client library cannot follow its new columns.
+bool is_outdated(unsigned code) {
+  return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
+}
+
+}  // namespace
+
+int MariadbStatement::fail() {
+  return connection_.fail(mysql_stmt_errno(statement_.get()), mysql_stmt_error(statement_.get()));
+}
+
+// A server has places for so many statements of all its clients. When all are taken, one of our own makes
+// room.
+int MariadbStatement::prepare() {
+  int status = kOk;
+  unsigned code = 0;
+  do {
+    statement_.reset(mysql_stmt_init(connection_.client()));
+    if (statement_ == nullptr) return kNoMemory;
+    if (mysql_stmt_prepare(statement_.get(), sql_.data(), sql_.size()) == 0) {
+      parameters_.assign(mysql_stmt_param_count(statement_.get()), MYSQL_BIND{});
+      digits_.resize(parameters_.size());
+      return kOk;
+    }
+    code = mysql_stmt_errno(statement_.get());
+    status = fail();
+    statement_.reset();
+  } while (code == ER_MAX_PREPARED_STMT_COUNT_REACHED && connection_.release_oldest(this));
+  return status;
+}
+
+// Numbers go as texts. With a column of numbers the server compares them as numbers all the same; in a column
+// of texts it would take "five" for 0 if it got a number, and read the whole table instead of an index.
+bool MariadbStatement::bind(std::span<const Value> values) {
+  for (size_t i = 0; i < values.size(); ++i) {
+    const Value& value = values[i];
+    MYSQL_BIND& parameter = parameters_[i];
+    parameter.buffer_type = value.kind == Value::Kind::Null ? MYSQL_TYPE_NULL : MYSQL_TYPE_STRING;
+    if (value.kind == Value::Kind::Text) {
+      parameter.buffer = const_cast<char*>(value.text);
+      parameter.buffer_length = static_cast<unsigned long>(value.size);
+    } else {
+      char* const first = digits_[i].data();
+      char* const end = first + sizeof(Digits);
+      const char* const behind = value.kind == Value::Kind::Unsigned
+                                     ? std::to_chars(first, end, static_cast<uint64_t>(value.number)).ptr
+                                     : std::to_chars(first, end, value.number).ptr;
+      parameter.buffer = first;
+      parameter.buffer_length = static_cast<unsigned long>(behind - first);
+    }
+  }
+  return values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
+}
+
+int MariadbStatement::execute(std::span<const Value> values) {
+  for (bool again = false;; again = true) {
+    if (statement_ == nullptr) {
+      const int status = prepare();
+      if (status != kOk) return status;
+    }
+    if (parameters_.size() != values.size())
+      return connection_.refuse("placeholders of another kind than \"?\"");
+    if (bind(values) && mysql_stmt_execute(statement_.get()) == 0) return kOk;
+    const int status = fail();
+    if (again || !is_outdated(mysql_stmt_errno(statement_.get()))) return status;
+    release();
+  }
+}
+
+// A column may have another type than last time: when its table was altered, or because it is a parameter.
+bool MariadbStatement::bind_columns() {
+  const std::span fields(mariadb_stmt_fetch_fields(statement_.get()),
+                         mysql_stmt_field_count(statement_.get()));
+  const auto fits = [](const Place& place, const MYSQL_FIELD& field) { return place.type == type_of(field); };
+  if (std::equal(places_.begin(), places_.end(), fields.begin(), fields.end(), fits)) return true;
+
+  auto names = std::make_shared<std::vector<std::string>>();
+  std::vector<MYSQL_BIND> cells(fields.size());
+  places_.assign(fields.size(), {});
+  for (size_t i = 0; i < fields.size(); ++i) {
+    Place& place = places_[i];
+    MYSQL_BIND& cell = cells[i];
+    names->emplace_back(fields[i].name, fields[i].name_length);
+    place.type = type_of(fields[i]);
+    cell.is_null = &place.is_null;
+    cell.error = &place.is_cut;
+    cell.length = &place.size;
+    cell.buffer_type = MYSQL_TYPE_STRING;
+    if (place.type == CellType::Integer || place.type == CellType::Unsigned) {
+      cell.buffer_type = MYSQL_TYPE_LONGLONG;
+      cell.buffer = &place.integer;
+      cell.is_unsigned = place.type == CellType::Unsigned ? 1 : 0;
+    } else if (place.type == CellType::Real) {
+      cell.buffer_type = MYSQL_TYPE_DOUBLE;
+      cell.buffer = &place.real;
+    }
+  }
+  columns_ = std::move(names);
+  return mysql_stmt_bind_result(statement_.get(), cells.data()) == 0;
+}
+
+// Texts are copied from the packet of the row into the result, without a buffer between them.
+void MariadbStatement::append_row(Result& rows) {
+  rows.begin_row();
+  for (size_t i = 0; i < places_.size(); ++i) {
+    const Place& place = places_[i];
+    if (place.is_null != 0) {
+      rows.put_null(i);
+      continue;
+    }
+    switch (place.type) {
+      case CellType::Null:
+        rows.put_null(i);
+        break;
+      case CellType::Integer:
+        rows.put_integer(i, place.integer);
+        break;
+      case CellType::Unsigned:
+        rows.put_unsigned(i, static_cast<uint64_t>(place.integer));
+        break;
+      case CellType::Real:
+        rows.put_real(i, place.real);
+        break;
+      case CellType::Text:
+      case CellType::Blob: {
+        MYSQL_BIND cell{};
+        cell.buffer_type = MYSQL_TYPE_STRING;
+        cell.buffer = rows.put_bytes(i, place.type, place.size);
+        cell.buffer_length = place.size;
+        if (place.size != 0) mysql_stmt_fetch_column(statement_.get(), &cell, static_cast<unsigned>(i), 0);
+      }
+    }
+  }
+}
+
+int MariadbStatement::fetch(Result* rows) {
+  struct Release {
+    MYSQL_STMT* statement;
+    ~Release() { mysql_stmt_free_result(statement); }
+  } const release{statement_.get()};
+  if (rows == nullptr) return kOk;
+  if (!bind_columns()) return fail();
+  rows->set_columns(columns_);
+  int code = mysql_stmt_fetch(statement_.get());
+  while (code == 0 || code == MYSQL_DATA_TRUNCATED) {
+    append_row(*rows);
+    code = mysql_stmt_fetch(statement_.get());
+  }
+  return code == MYSQL_NO_DATA ? static_cast<int>(kOk) : fail();
+}
+
+int MariadbStatement::run(std::span<const Value> values, Result* rows, Outcome* outcome) {
+  last_use_ = connection_.tick();
+  const int status = execute(values);
+  if (status != kOk) return status;
+  if (mysql_stmt_field_count(statement_.get()) != 0) return fetch(rows);
+  if (outcome != nullptr) {
+    outcome->row_id = static_cast<int64_t>(mysql_stmt_insert_id(statement_.get()));
+    outcome->changed = static_cast<int64_t>(mysql_stmt_affected_rows(statement_.get()));
+  }
+  return kOk;
+}
+
+void MariadbStatement::release() {
+  statement_.reset();
+  places_.clear();
+}
+
+}  // namespace zel_db
