@@ -6,6 +6,7 @@
 #include <cstring>
 #include <unordered_map>
 
+#include "bench/hand_sql.h"
 #include "bench/setting_columns.h"
 #include "bench/works.h"
 
@@ -40,43 +41,6 @@ class Statement {
   sqlite3* database_;
   sqlite3_stmt* statement_ = nullptr;
 };
-
-std::string insert_sql() {
-  std::string names;
-  std::string places;
-  for (const Column& column : kStored) {
-    names += (names.empty() ? "" : ",") + std::string(column.name);
-    places += places.empty() ? "?" : ",?";
-  }
-  return "INSERT INTO PCISetting (" + names + ") VALUES (" + places + ")";
-}
-
-std::string update_sql(const PCISetting_info& record) {
-  std::string sets;
-  for (const Column& column : kStored) sets += (sets.empty() ? "" : ",") + std::string(column.name) + "=?";
-  std::string terms;
-  for (const Column& column : kCompared) {
-    if (!terms.empty()) terms += " OR ";
-    const std::string name = column.name;
-    if (!column.text) {
-      terms += name + "!=?";
-    } else if (*text_at(record, column) == '\0') {
-      terms += name + " IS NOT NULL";
-    } else {
-      terms += "(" + name + " IS NULL OR " + name + "!=?)";
-    }
-  }
-  return "UPDATE PCISetting SET " + sets + " WHERE _id=? AND (" + terms + ")";
-}
-
-// Which of the compared texts are empty: one statement for each.
-uint32_t shape_of(const PCISetting_info& record) {
-  uint32_t shape = 0;
-  for (const Column& column : kCompared) {
-    shape = shape << 1 | (column.text && *text_at(record, column) == '\0' ? 1U : 0U);
-  }
-  return shape;
-}
 
 class HandSqlite : public Works {
  public:
@@ -133,14 +97,10 @@ class HandSqlite : public Works {
   }
 
   sqlite3* database_;
-  std::unique_ptr<Statement> find_ = prepared("SELECT _id FROM PCISetting WHERE SettingID=?");
+  std::unique_ptr<Statement> find_ = prepared(kFindSql);
   std::unique_ptr<Statement> insert_ = prepared(insert_sql());
-  std::unique_ptr<Statement> key_ = prepared("SELECT AIMSupported,OOBSrc FROM PCIAdapter WHERE PCIFuncKey=?");
-  std::unique_ptr<Statement> list_ = prepared(
-      "SELECT "
-      "SettingID,SettingName,PendingValue,CurrentValue,PfaKey,GroupID,GroupName,Mriname,ShortDesc,FullDesc,"
-      "Defvalue,RecordId,Type,Flags,Minim,Maxim,Step,Numchoices,Choices,Mininstances,Maxinstances FROM "
-      "PCISetting");
+  std::unique_ptr<Statement> key_ = prepared(kKeySql);
+  std::unique_ptr<Statement> list_ = prepared(kListSql);
   std::unordered_map<uint32_t, std::unique_ptr<Statement>> updates_;
 };
 

@@ -57,6 +57,7 @@ class Works {
 
 std::unique_ptr<Works> library();
 std::unique_ptr<Works> hand_sqlite(const std::string& path);
+std::unique_ptr<Works> hand_mariadb(const std::string& socket);
 
 PCISetting_info setting(unsigned number);
 uint32_t function_key(unsigned number);
