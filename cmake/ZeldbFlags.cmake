@@ -4,6 +4,8 @@ target_compile_features(zeldb_flags INTERFACE cxx_std_20 c_std_17)
 target_compile_options(
   zeldb_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror
                         -fstack-protector-strong -fno-plt)
+# Files of 2 GiB and more, where off_t would have 32 bits.
+target_compile_definitions(zeldb_flags INTERFACE _FILE_OFFSET_BITS=64)
 target_link_options(zeldb_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
 if(ZELDB_SANITIZE)
