@@ -6,14 +6,9 @@
 
 #include <cstdint>
 
-// The build sets it; no device has this one.
-#ifndef ZELDB_MAKER_SUBVENDOR_ID
-#define ZELDB_MAKER_SUBVENDOR_ID 0xFFFF
-#endif
-
 namespace zeldb {
 
-// The PCI subsystem vendor id of controllers on the maker's own boards.
+// The PCI subsystem vendor id of the maker's own controllers; no device has the default, 0xFFFF.
 inline constexpr uint16_t kMakerSubVendorId = ZELDB_MAKER_SUBVENDOR_ID;
 
 }  // namespace zeldb

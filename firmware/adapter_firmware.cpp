@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "db/field.h"
+#include "db/filter.h"
+#include "db/read.h"
+#include "db/syslog_info.h"
+#include "db/values.h"
+#include "firmware/doubled.h"
+#include "platform/vrel_log.h"
+#include "zeldb/db.h"
+#include "zeldb/firmware.h"
+#include "zeldb/pci.h"
+
+using namespace zeldb;
+using vrel_log::logDbg;
+using vrel_log::logErr;
+using vrel_log::logInfo;
+
+namespace {
+
+using R = _ZELDB_AdapterFirmware;
+
+constexpr const char* kImages = "Firmwares";
+constexpr const char* kListFunction = "zeldb_update_adapter_firmware_list";
+constexpr uint32_t kPciFunction = 3;
+constexpr uint8_t kNoHardwareType = 255;
+
+constexpr Field as_signed(Field field) {
+  field.kind = Kind::Signed;
+  return field;
+}
+
+constexpr FieldTable kRefreshed{ZELDB_FIELD(R, ReleaseDate), ZELDB_FIELD(R, VersionString)};
+constexpr FieldTable kInserted{ZELDB_FIELD(R, FirmwareName),
+                               ZELDB_FIELD(R, Manufacture),
+                               ZELDB_FIELD(R, ReleaseDate),
+                               ZELDB_FIELD(R, Description),
+                               as_signed(ZELDB_FIELD(R, Classification)),
+                               ZELDB_FIELD(R, VersionString),
+                               ZELDB_FIELD(R, SoftwareID)};
+constexpr FieldTable kStored{ZELDB_FIELD(R, FirmwareName),   ZELDB_FIELD(R, VersionString),
+                             ZELDB_FIELD(R, Description),    ZELDB_FIELD(R, ReleaseDate),
+                             ZELDB_FIELD(R, Classification), ZELDB_FIELD(R, Manufacture),
+                             ZELDB_FIELD(R, SoftwareID)};
+
+struct Hardware {
+  int id;
+  int type;
+};
+
+Filter<128> image_filter(const R& image, const Hardware& hardware) {
+  return Filter<128>("%s=%d AND %s=%d AND %s=\"%s\" AND %s=%d", "HardwareTypeId", hardware.type, "HardwareId",
+                     hardware.id, "SoftwareID", doubled(image.SoftwareID, '"').text(), "Classification",
+                     image.Classification);
+}
+
+int refresh(_zel_db_handle_t* handle, ContentValues& values, const R& image, const char* filter) {
+  values.put(kRefreshed.fields, &image, EmptyText::AsText);
+  const int status = zel_db_update(handle, kImages, values.get(), filter, nullptr, 0, nullptr);
+  if (status != ZELDB_OK) {
+    logDbg("%s  zel_db_update failed, update SQL: UPDATE %s SET %s = %s, %s = %s WHERE %s", kListFunction,
+           kImages, "ReleaseDate", image.ReleaseDate, "VersionString", image.VersionString, filter);
+  }
+  return status;
+}
+
+int insert(_zel_db_handle_t* handle, ContentValues& values, const R& image, const Hardware& hardware) {
+  values.put(kInserted.fields, &image, EmptyText::AsText);
+  zel_db_content_put_int(values.get(), "HardwareTypeId", hardware.type);
+  zel_db_content_put_int(values.get(), "HardwareId", hardware.id);
+  logInfo("%s: insert new firmware row, softerwareID %s classfication %x hwtype %x hwid %x", kListFunction,
+          image.SoftwareID, image.Classification, static_cast<unsigned>(hardware.type),
+          static_cast<unsigned>(hardware.id));
+  int64_t row = 0;
+  const int status = zel_db_insert(handle, kImages, values.get(), 0, &row);
+  if (status != ZELDB_OK) {
+    logDbg(
+        "%s  zel_db_insert failed, insert SQL: INSERT INTO %s (%s, %s, %s, %s, %s, %s, %s, %s, %s) VALUES "
+        "(%s, %s, %s, %s, %d, %s, %s, %d, %d)",
+        kListFunction, kImages, "FirmwareName", "Manufacture", "ReleaseDate", "Description", "Classification",
+        "VersionString", "SoftwareID", "HardwareTypeId", "HardwareId", image.FirmwareName, image.Manufacture,
+        image.ReleaseDate, image.Description, image.Classification, image.VersionString, image.SoftwareID,
+        hardware.type, hardware.id);
+  }
+  return status;
+}
+
+int store_image(_zel_db_handle_t* handle, ContentValues& values, R& image, const Hardware& hardware,
+                int onlyUpdate) {
+  values.clear();
+  terminate_texts(kInserted.fields, &image);
+  const Filter<128> filter = image_filter(image, hardware);
+  const int64_t row = find_db_record(handle, kImages, filter);
+  logDbg("%s  find SQL: SELECT _id FROM %s WHERE %s    rowId: %x", kListFunction, kImages,
+         static_cast<const char*>(filter), static_cast<unsigned>(row));
+  if (row >= 1) return refresh(handle, values, image, filter);
+  if (row == 0 && onlyUpdate == 0) return insert(handle, values, image, hardware);
+  logErr(
+      "%s: query firmwares table failed, softerwareID %s classfication %x hwtype %x hwid %x, onlyUpdate %d",
+      kListFunction, image.SoftwareID, image.Classification, static_cast<unsigned>(hardware.type),
+      static_cast<unsigned>(hardware.id), onlyUpdate);
+  return ZELDB_OK;
+}
+
+// The status of the lookup.
+int find_hardware(uint32_t function_key, Hardware& hardware) {
+  unsigned int id = function_key;
+  unsigned char type = kNoHardwareType;
+  const int status = zeldb_get_pci_hardwareidtype_by_funkey(function_key, &id, &type);
+  hardware = {static_cast<int>(id), type};
+  if (status != ZELDB_OK) {
+    // Log readers know the lookup by this name.
+    logDbg("%s: zeldb_get_pci_funkey_list failed, funKey: %d", kListFunction, static_cast<int>(function_key));
+  }
+  return status;
+}
+
+}  // namespace
+
+int zeldb_update_adapter_firmware_list(int adapterKey, _ZELDB_AdapterFirmware_List* list, int onlyUpdate) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (list == nullptr || (list->Items == nullptr && list->Count > 0)) return ZELDB_INVALID_ARGUMENT;
+  ContentValues values(handle);
+  if (!values) return no_memory(__func__);
+  LocalList<_ZELDB_PCI_FunKey_List> functions;
+  int status = zeldb_get_pci_funkey_list(adapterKey, functions.out());
+  if (status != ZELDB_OK) return status;
+  for (const uint32_t function_key : functions.items()) {
+    Hardware hardware = {};
+    status = find_hardware(function_key, hardware);
+    if (status != ZELDB_OK) continue;  // it is the result if no other function follows
+    for (R& image : std::span(list->Items, list->Count)) {
+      status = store_image(handle, values, image, hardware, onlyUpdate);
+      if (status != ZELDB_OK) return status;
+    }
+  }
+  return status;
+}
+
+int zeldb_insert_or_update_firmware_info(uint32_t functionKey, const _ZELDB_AdapterFirmware* image) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (image == nullptr) return ZELDB_INVALID_ARGUMENT;
+  ContentValues values(handle);
+  if (!values) return no_memory(__func__);
+  R stored = *image;
+  terminate_texts(kStored.fields, &stored);
+  values.put(kStored.fields, &stored, EmptyText::AsText);
+  zel_db_content_put_uint(values.get(), "HardwareId", functionKey);
+  zel_db_content_put_uint(values.get(), "HardwareTypeId", kPciFunction);
+  // Neither type nor software id: another image of this class and number is taken over.
+  const Filter<64> selector("%s=%u and %s=%u", "HardwareId", functionKey, "Classification",
+                            unsigned{stored.Classification});
+  if (insert_or_update_db_record(handle, kImages, selector, values.get(), nullptr) >= 1) return ZELDB_OK;
+  syslog_info("%s: Failed to insert/update PCI FW info, where:%s\n\n", __func__,
+              static_cast<const char*>(selector));
+  return ZELDB_FAILED;
+}

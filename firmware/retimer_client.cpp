@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "firmware/retimer_client.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstring>
+
+#include "db/syslog_info.h"
+
+namespace zeldb {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr const char* kUpdate = "retimer_update_fw";
+constexpr const char* kProgress = "retimer_get_fw_update_progress";
+constexpr const char* kExchange = "retimer_hal_proxy";  // the name that log readers know
+
+constexpr size_t kHeaderSize = 19;  // of both directions: the payload's length comes first
+constexpr size_t kResultOffset = 7;
+constexpr size_t kPiece = 512;
+using Message = std::array<unsigned char, kHeaderSize + sizeof(retimer_fw_req_t)>;
+static_assert(sizeof(Message) == 160);
+
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+
+  bool is_open() const { return descriptor_ >= 0; }
+  int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+// A call that a signal of the host program interrupts before it has done anything is made again.
+template <typename Call>
+auto uninterrupted(Call call) {
+  decltype(call()) result = 0;
+  do {
+    result = call();
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
+
+ssize_t read_some(const Descriptor& from, void* buffer, size_t size) {
+  return uninterrupted([&] { return read(from.get(), buffer, size); });
+}
+
+uint32_t little_endian(const unsigned char* bytes, size_t size) {
+  uint32_t value = 0;
+  for (size_t i = size; i > 0; --i) value = value << 8 | bytes[i - 1];
+  return value;
+}
+
+Message message_of(const retimer_fw_req_t& request) {
+  Message message = {};
+  message[0] = sizeof(request);
+  std::memcpy(&message[kHeaderSize], &request, sizeof(request));
+  message.back() = 0;
+  return message;
+}
+
+// Of the two strerror_r one reports by its result.
+[[maybe_unused]] const char* error_text(const char* text, const char* /*buffer*/) {
+  return text;
+}
+[[maybe_unused]] const char* error_text(int /*status*/, const char* buffer) {
+  return buffer;
+}
+
+bool connect_to(const Descriptor& client, const char* path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path, path, strnlen(path, sizeof(address.sun_path) - 1));
+  const int status = uninterrupted(
+      [&] { return connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)); });
+  if (status == 0) return true;
+  char text[128] = {};
+  syslog_info("%s, connect error, rc=%d(%s)\n\n", kExchange, status,
+              error_text(strerror_r(errno, text, sizeof(text)), text));
+  return false;
+}
+
+enum class Waited { Ready, Failed, TimedOut };
+
+// poll and not select, which takes no descriptors from 1024 on. Signals do not prolong the wait.
+Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
+  using std::chrono::steady_clock;
+  const auto deadline = steady_clock::now() + timeout;
+  pollfd wanted = {client.get(), POLLIN, 0};
+  int ready = 0;
+  do {
+    const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
+    ready = poll(&wanted, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
+  } while (ready < 0 && errno == EINTR);
+  if (ready == 0) return Waited::TimedOut;
+  return ready < 0 || (wanted.revents & POLLNVAL) != 0 ? Waited::Failed : Waited::Ready;
+}
+
+void bound_reads(const Descriptor& client, milliseconds timeout) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
+  timeval bound = {};
+  bound.tv_sec = static_cast<time_t>(seconds.count());
+  bound.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(timeout - seconds).count());
+  setsockopt(client.get(), SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof(bound));
+}
+
+bool skip(const Descriptor& client, size_t length) {
+  unsigned char piece[kPiece];
+  while (length > 0) {
+    const ssize_t count = read_some(client, piece, std::min(length, sizeof(piece)));
+    if (count <= 0) return false;
+    length -= static_cast<size_t>(count);
+  }
+  return true;
+}
+
+bool read_reply(const Descriptor& client, int32_t& result) {
+  unsigned char header[kHeaderSize];
+  // In one piece, or it is none.
+  if (read_some(client, header, sizeof(header)) != static_cast<ssize_t>(sizeof(header))) return false;
+  if (!skip(client, little_endian(header, 2))) return false;
+  result = static_cast<int32_t>(little_endian(header + kResultOffset, 4));
+  return true;
+}
+
+bool read_state(const Descriptor& file, const char* name, void* value, size_t size) {
+  if (read_some(file, value, size) == static_cast<ssize_t>(size)) return true;
+  syslog_info("%s, read %s from retimer update progress file failed\n\n", kProgress, name);
+  return false;
+}
+
+}  // namespace
+
+RetimerClient::Step RetimerClient::exchange(const retimer_fw_req_t& request, int32_t& result) const {
+  const Message message = message_of(request);
+  std::signal(SIGPIPE, SIG_IGN);  // a proxy that closes early must not end the host program
+  const Descriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!client.is_open()) return Step::Socket;
+  if (!connect_to(client, endpoint_.socket_path)) return Step::Connect;
+  const ssize_t written = uninterrupted([&] { return write(client.get(), message.data(), message.size()); });
+  if (written != static_cast<ssize_t>(message.size())) {
+    syslog_info("%s, write error\n\n", kExchange);
+    return Step::Write;
+  }
+  switch (wait_for_reply(client, endpoint_.reply_timeout)) {
+    case Waited::Failed:
+      return Step::Wait;
+    case Waited::TimedOut:
+      return Step::Timeout;
+    case Waited::Ready:
+      break;
+  }
+  bound_reads(client, endpoint_.receive_timeout);
+  return read_reply(client, result) ? Step::Done : Step::Reply;
+}
+
+int RetimerClient::update(const retimer_fw_req_t& request) const {
+  int32_t result = 0;
+  const Step step = exchange(request, result);
+  if (step == Step::Done) return result;
+  const int status = ~static_cast<int>(step);
+  syslog_info("%s, retimer_hal_proxy fails, rc = 0x%x\n\n", kUpdate, static_cast<unsigned>(status));
+  return status;
+}
+
+int RetimerClient::progress(uint32_t slot, retimer_fw_progress_t& progress) const {
+  const Descriptor file(uninterrupted([&] { return open(endpoint_.state_path, O_RDONLY | O_CLOEXEC); }));
+  if (!file.is_open()) {
+    // "raid" is what log readers look for.
+    syslog_info("%s, open raid update progress file failed\n\n", kProgress);
+    return -1;
+  }
+  uint16_t running_slot = 0;
+  uint8_t stage = 0;
+  uint8_t done = 0;
+  if (!read_state(file, "slot", &running_slot, sizeof(running_slot)) ||
+      !read_state(file, "stage", &stage, sizeof(stage)) ||
+      !read_state(file, "progress", &done, sizeof(done)) || running_slot != slot) {
+    return -1;
+  }
+  progress = {stage, done};
+  return 0;
+}
+
+}  // namespace zeldb

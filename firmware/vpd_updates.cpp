@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <span>
+
+#include "db/field.h"
+#include "db/filter.h"
+#include "db/read.h"
+#include "db/syslog_info.h"
+#include "db/values.h"
+#include "zeldb/db.h"
+#include "zeldb/firmware.h"
+
+using namespace zeldb;
+
+namespace {
+
+using R = _ZELDB_PCIVpdInfo;
+
+constexpr uint32_t kPciFunction = 3;
+
+constexpr FieldTable kCardName{ZELDB_FIELD_AS(R, ProductName, "CardName")};
+// The part number of a card is its FRU number.
+constexpr FieldTable kTexts{ZELDB_FIELD(R, UUID),        ZELDB_FIELD(R, ProductName),
+                            ZELDB_FIELD(R, Manufacture), ZELDB_FIELD(R, SerialNo),
+                            ZELDB_FIELD(R, FRUNo),       ZELDB_FIELD_AS(R, FRUNo, "PartNo"),
+                            ZELDB_FIELD(R, Model)};
+constexpr std::span<const Field> kUuid = std::span(kTexts.fields).first(1);
+constexpr std::span<const Field> kAlways = std::span(kTexts.fields).subspan(1, 5);
+constexpr std::span<const Field> kModel = std::span(kTexts.fields).last(1);
+
+void name_card(_zel_db_handle_t* handle, ContentValues& values, uint32_t function_key, const R& record) {
+  values.put(kCardName.fields, &record, EmptyText::AsText);
+  const Filter<64> selector("%s=%u", "PCIFuncKey", function_key);
+  if (update_db_record(handle, "PCIAdapter", selector, values.get(), nullptr) < 1) {
+    syslog_info("%s: Failed to update PCI Adapter name, where:%s\n\n", "zeldb_insert_or_update_vpd_info",
+                static_cast<const char*>(selector));
+  }
+}
+
+void put_vpd(ContentValues& values, uint32_t function_key, uint32_t pci_key, const R& record) {
+  values.put(kUuid, &record, EmptyText::LeftOut);
+  values.put(kAlways, &record, EmptyText::AsText);
+  zel_db_content_put_uint(values.get(), "HardwareId", function_key);
+  zel_db_content_put_uint(values.get(), "HardwareTypeId", kPciFunction);
+  zel_db_content_put_uint(values.get(), "SlotNo", pci_key % 0x10000);
+  zel_db_content_put_uint(values.get(), "Location", (pci_key >> 16) & 0xFF);
+  values.put(kModel, &record, EmptyText::LeftOut);
+}
+
+}  // namespace
+
+int zeldb_insert_or_update_vpd_info(uint32_t functionKey, uint32_t pciKey, const _ZELDB_PCIVpdInfo* record) {
+  _zel_db_handle_t* const handle = inventory();
+  if (handle == nullptr) return ZELDB_NO_HANDLE;
+  if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
+  ContentValues values(handle);
+  if (!values) return no_memory(__func__);
+  R vpd = *record;
+  terminate_texts(kTexts.fields, &vpd);
+  name_card(handle, values, functionKey, vpd);
+  values.clear();
+  put_vpd(values, functionKey, pciKey, vpd);
+  const Filter<64> selector("%s=%u", "HardwareId", functionKey);
+  if (insert_or_update_db_record(handle, "VPDs", selector, values.get(), nullptr) >= 1) return ZELDB_OK;
+  syslog_info("%s: Failed to insert/update PCI VPD info, where:%s\n\n", __func__,
+              static_cast<const char*>(selector));
+  return ZELDB_FAILED;
+}
