@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef STORAGE_CAPACITY_TEXT_H
+#define STORAGE_CAPACITY_TEXT_H
+
+#include <cstdint>
+
+namespace zeldb {
+
+// "960GB", "3.84TB": decimal units, whole gigabytes below 1001 of them.
+void format_capacity(char (&to)[17], uint64_t bytes);
+
+}  // namespace zeldb
+
+#endif

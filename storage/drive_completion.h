@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef STORAGE_DRIVE_COMPLETION_H
+#define STORAGE_DRIVE_COMPLETION_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "db/read.h"
+#include "zeldb/storage.h"
+
+namespace zeldb {
+
+struct OnboardController {
+  uint8_t slot;
+  uint32_t function_key;
+};
+
+// The storage controllers on the board. A status; those read before a failure stay.
+int read_onboard_controllers(_zel_db_handle_t* handle, std::vector<OnboardController>& controllers);
+
+// Completes the drives of one read with what their table does not hold. Health is read at once, the other
+// collections when a drive first needs them.
+class DriveCompletion {
+ public:
+  explicit DriveCompletion(_zel_db_handle_t* handle);
+
+  // LocationId, BayNo, SlotNo and PCIFuncKey are those of the drive's row.
+  void complete(aim_disk_info_t& disk, int drive_type);
+
+ private:
+  struct Sensor {
+    uint16_t key;
+    uint32_t form_factor;
+  };
+
+  bool is_edsff(const aim_disk_info_t& disk, int drive_type);
+  void find_controller(aim_disk_info_t& disk);
+  static Sensor sensor_of(const aim_disk_info_t& disk, int drive_type, bool edsff);
+
+  _zel_db_handle_t* handle_;
+  std::map<uint16_t, uint8_t> health_;
+  std::optional<std::vector<OnboardController>> controllers_;
+  std::optional<std::vector<uint8_t>> edsff_bays_;
+};
+
+}  // namespace zeldb
+
+#endif
