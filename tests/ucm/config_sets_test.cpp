@@ -88,7 +88,8 @@ TEST_P(ConfigSets, AreListed) {
   ASSERT_EQ(zeldb_get_pci_configSet_list(1, nullptr, 6, records.get(), 0, &stored), 0);
   ASSERT_EQ(stored, 5);  // one has no flags
   EXPECT_STREQ(reinterpret_cast<char*>(records[0].SettingID), "S-1.Mode");
-  EXPECT_EQ(records[0].Maxinstances, -1);
+  const int32_t most = records[0].Maxinstances;  // packed: not to be bound to a reference
+  EXPECT_EQ(most, -1);
   EXPECT_STREQ(reinterpret_cast<char*>(records[1].PendingValue), "it's");
   EXPECT_STREQ(reinterpret_cast<char*>(records[2].SettingID), "");
   ASSERT_EQ(zeldb_get_pci_configSet_list(1, nullptr, 6, records.get(), 1, &stored), 0);

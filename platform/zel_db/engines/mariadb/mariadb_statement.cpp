@@ -5,7 +5,6 @@
 #include <mysqld_error.h>
 
 #include <algorithm>
-#include <charconv>
 
 namespace zel_db {
 namespace {
@@ -61,8 +60,7 @@ int MariadbStatement::prepare() {
     statement_.reset(mysql_stmt_init(connection_.client()));
     if (statement_ == nullptr) return kNoMemory;
     if (mysql_stmt_prepare(statement_.get(), sql_.data(), sql_.size()) == 0) {
-      parameters_.assign(mysql_stmt_param_count(statement_.get()), MYSQL_BIND{});
-      digits_.resize(parameters_.size());
+      begin_binding(mysql_stmt_param_count(statement_.get()));
       return kOk;
     }
     code = mysql_stmt_errno(statement_.get());
@@ -72,27 +70,48 @@ int MariadbStatement::prepare() {
   return status;
 }
 
-// Numbers go as texts. With a column of numbers the server compares them as numbers all the same; in a column
-// of texts it would take "five" for 0 if it got a number, and read the whole table instead of an index.
+void MariadbStatement::begin_binding(size_t count) {
+  is_bound_ = false;
+  bound_.assign(count, {});
+  parameters_.assign(count, {});
+  for (size_t i = 0; i < count; ++i) {
+    bound_[i].bytes.resize(16);
+    parameters_[i].buffer_type = MYSQL_TYPE_STRING;
+    parameters_[i].buffer = bound_[i].bytes.data();
+    parameters_[i].length = &bound_[i].size;
+    parameters_[i].is_null = &bound_[i].is_null;
+  }
+}
+
+// The client library keeps where parameters are, and the server of which types they are: both are told again only when
+// that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
+  bool is_bound = is_bound_;
   for (size_t i = 0; i < values.size(); ++i) {
     const Value& value = values[i];
-    MYSQL_BIND& parameter = parameters_[i];
-    parameter.buffer_type = value.kind == Value::Kind::Null ? MYSQL_TYPE_NULL : MYSQL_TYPE_STRING;
-    if (value.kind == Value::Kind::Text) {
-      parameter.buffer = const_cast<char*>(value.text);
-      parameter.buffer_length = static_cast<unsigned long>(value.size);
-    } else {
-      char* const first = digits_[i].data();
-      char* const end = first + sizeof(Digits);
-      const char* const behind = value.kind == Value::Kind::Unsigned
-                                     ? std::to_chars(first, end, static_cast<uint64_t>(value.number)).ptr
-                                     : std::to_chars(first, end, value.number).ptr;
-      parameter.buffer = first;
-      parameter.buffer_length = static_cast<unsigned long>(behind - first);
+    MYSQL_BIND& bind = parameters_[i];
+    Parameter& parameter = bound_[i];
+    parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
+    if (parameter.is_null != 0) continue;
+    const bool is_text = value.text != nullptr;
+    const enum_field_types type = is_text ? MYSQL_TYPE_STRING : MYSQL_TYPE_LONGLONG;
+    const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
+    if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
+      bind.buffer_type = type;
+      bind.is_unsigned = is_unsigned;
+      is_bound = false;
     }
+    const void* from = is_text ? static_cast<const void*>(value.text) : &value.number;
+    parameter.size = static_cast<unsigned long>(is_text ? value.size : sizeof value.number);
+    if (parameter.size > parameter.bytes.size()) {
+      parameter.bytes.resize(2 * parameter.size);
+      bind.buffer = parameter.bytes.data();
+      is_bound = false;
+    }
+    if (parameter.size != 0) std::memcpy(bind.buffer, from, parameter.size);
   }
-  return values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
+  is_bound_ = is_bound || values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
+  return is_bound_;
 }
 
 int MariadbStatement::execute(std::span<const Value> values) {

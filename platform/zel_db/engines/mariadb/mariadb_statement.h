@@ -2,7 +2,6 @@
 #ifndef ZEL_DB_MARIADB_STATEMENT_H
 #define ZEL_DB_MARIADB_STATEMENT_H
 
-#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,7 +32,12 @@ class MariadbStatement : public Prepared {
   struct CloseStatement {
     void operator()(MYSQL_STMT* statement) const { mysql_stmt_close(statement); }
   };
-  using Digits = std::array<char, 24>;
+  // Where the client library finds a parameter.
+  struct Parameter {
+    std::vector<char> bytes;
+    unsigned long size = 0;
+    my_bool is_null = 0;
+  };
   // Where the client library puts a cell of the row that it fetches; of a text only the size.
   struct Place {
     CellType type;
@@ -45,6 +49,7 @@ class MariadbStatement : public Prepared {
   };
 
   int fail();
+  void begin_binding(size_t count);
   bool bind(std::span<const Value> values);
   int execute(std::span<const Value> values);
   int fetch(Result* rows);
@@ -56,7 +61,8 @@ class MariadbStatement : public Prepared {
   std::unique_ptr<MYSQL_STMT, CloseStatement> statement_;
   uint64_t last_use_ = 0;
   std::vector<MYSQL_BIND> parameters_;
-  std::vector<Digits> digits_;  // of the numbers among the parameters
+  std::vector<Parameter> bound_;
+  bool is_bound_ = false;
   ColumnNames columns_;
   std::vector<Place> places_;
 };
