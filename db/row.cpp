@@ -28,9 +28,7 @@ int Row::read_code(int column, uint32_t& code) const {
 void Row::fill(std::span<const Field> fields, void* record, int column) const {
   for (const Field& field : fields) {
     if (field.kind == Kind::Text) {
-      unsigned char* const bytes = bytes_of(field, record);
-      text(column, bytes, field.size);
-      bytes[field.size - 1] = 0;
+      text(column, bytes_of(field, record), field.size);
     } else if (field.kind == Kind::Code) {
       set_number(field, record, code(column, field.fallback));
     } else if (field.size == sizeof(uint64_t)) {

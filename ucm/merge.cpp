@@ -87,6 +87,7 @@ std::optional<int> look_up(_zel_db_handle_t* handle, By by, uint32_t key, const 
     return status;
   }
   result.row().fill(table.fields, &function);
+  terminate_texts(table.fields, &function);
   return std::nullopt;
 }
 

@@ -27,7 +27,7 @@
 #include "zeldb/pci.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): prescribed names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
 /* One PLDM component. */
 typedef struct _ZELDB_PldmFirmware {
   char DeviceName[129];

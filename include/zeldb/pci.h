@@ -22,7 +22,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): prescribed names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
 typedef struct _ZELDB_PCI_FunKey_List {
   uint32_t Count;
   uint32_t* Items;

@@ -23,7 +23,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): prescribed names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
 typedef struct _zel_db_handle_t _zel_db_handle_t;
 
 enum _AimDiskFormFactor {

@@ -15,7 +15,7 @@
 
 // A database as its callers hold it. It outlives its connection, which is dropped when the server goes away
 // and before the process forks, and made again by the next call. Threads are served one at a time.
-struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): prescribed name
+struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
  public:
   explicit _zel_db_handle_t(zel_db::Origin origin);
   ~_zel_db_handle_t() = default;
