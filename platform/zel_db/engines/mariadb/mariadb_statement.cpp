@@ -83,8 +83,8 @@ void MariadbStatement::begin_binding(size_t count) {
   }
 }
 
-// The client library keeps where parameters are, and the server of which types they are: both are told again only when
-// that changes, for it costs more than to copy the values there.
+// The client library keeps where parameters are, and the server of which types they are: both are told again
+// only when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
   bool is_bound = is_bound_;
   for (size_t i = 0; i < values.size(); ++i) {
