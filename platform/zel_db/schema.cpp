@@ -110,18 +110,12 @@ constexpr Column kPcis[] = {
 
 // Vital product data of functions and disks.
 constexpr Column kVpds[] = {
-    number("HardwareId", Index::Plain),
-    number("HardwareTypeId"),
-    number("Location"),
-    number("SlotNo", Index::Plain),
-    text("UUID"),
-    text("ProductName"),
-    text("Manufacture"),
-    text("SerialNo"),
-    text("PartNo"),
-    text("Model"),
-    text("FRUNo"),
-    text("L2PartNo"),
+    number("HardwareId"), number("HardwareTypeId"),
+    number("Location"),   number("SlotNo", Index::Plain),
+    text("UUID"),         text("ProductName"),
+    text("Manufacture"),  text("SerialNo"),
+    text("PartNo"),       text("Model"),
+    text("FRUNo"),        text("L2PartNo"),
     text("SupplierSN"),
 };
 
