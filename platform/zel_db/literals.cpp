@@ -136,7 +136,10 @@ const char* Lifter::comparison(const char* p) {
   if (!lift_ || behind == number) return number;
   if (behind < end_ && (is_word(*behind) || *behind == '.')) return number;
   int64_t value = 0;
-  if (std::from_chars(number, behind, value).ec == std::errc()) lift(number, behind, Value::integer(value));
+  if (std::from_chars(number, behind, value).ec == std::errc()) {
+    const char* const digits = std::find_if(number, behind - 1, [](char c) { return c != '0'; });
+    lift(number, behind, Value::literal({digits, static_cast<size_t>(behind - digits)}, value));
+  }
   return behind;
 }
 

@@ -29,6 +29,7 @@ struct Values {
   SmallVector<Value, 64> list;
   SmallVector<char, 64> unquoted;
 
+  std::span<const Value> all() const { return {list.begin(), list.size()}; }
   void clear() {
     list.clear();
     unquoted.clear();

@@ -7,7 +7,9 @@
 
 namespace zel_db {
 
-// What is bound to one placeholder. A text is not owned: it outlives the run of the statement.
+// What is bound to one placeholder. A text is not owned: it outlives the run of the statement. A number that
+// stood in a condition comes with its digits as the text, for engines that compare it with columns of both
+// kinds.
 struct Value {
   enum class Kind : uint8_t { Null, Integer, Unsigned, Text };
 
@@ -15,6 +17,9 @@ struct Value {
   static Value integer(int64_t number) { return {nullptr, 0, number, Kind::Integer}; }
   static Value unsigned64(uint64_t number) {
     return {nullptr, 0, static_cast<int64_t>(number), Kind::Unsigned};
+  }
+  static Value literal(std::string_view digits, int64_t number) {
+    return {digits.data(), digits.size(), number, Kind::Integer};
   }
   static Value text_of(std::string_view text) { return {text.data(), text.size(), 0, Kind::Text}; }
 

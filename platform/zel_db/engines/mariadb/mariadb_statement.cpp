@@ -5,6 +5,7 @@
 #include <mysqld_error.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace zel_db {
 namespace {
@@ -83,8 +84,10 @@ void MariadbStatement::begin_binding(size_t count) {
   }
 }
 
-// The client library keeps where parameters are, and the server of which types they are: both are told again
-// only when that changes, for it costs more than to copy the values there.
+// A number from a condition goes as its digits: the server compares a column of numbers with it as a number
+// all the same, but in a column of texts it would take "five" for 0 if it got a number, and read the whole
+// table to do so. The client library keeps where parameters are, the server of which types they are: both are
+// told again only when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
   bool is_bound = is_bound_;
   for (size_t i = 0; i < values.size(); ++i) {
@@ -93,7 +96,7 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     Parameter& parameter = bound_[i];
     parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
     if (parameter.is_null != 0) continue;
-    const bool is_text = value.text != nullptr;
+    const bool is_text = value.kind == Value::Kind::Text || value.text != nullptr;
     const enum_field_types type = is_text ? MYSQL_TYPE_STRING : MYSQL_TYPE_LONGLONG;
     const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
