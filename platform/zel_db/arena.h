@@ -21,10 +21,19 @@ class Arena {
 
   // Aligned for an int64_t.
   void* allocate(size_t size) {
-    const size_t rounded = (size + kAlignment - 1) & ~(kAlignment - 1);
-    if (rounded < size || rounded > static_cast<size_t>(end_ - next_)) grow(size);
+    const size_t skipped = -reinterpret_cast<uintptr_t>(next_) % kAlignment;
+    if (static_cast<size_t>(end_ - next_) < skipped || size > static_cast<size_t>(end_ - next_) - skipped) {
+      grow(size);  // to an aligned place
+    } else {
+      next_ += skipped;
+    }
+    return allocate_bytes(size);
+  }
+
+  char* allocate_bytes(size_t size) {
+    if (size > static_cast<size_t>(end_ - next_)) grow(size);
     char* place = next_;
-    next_ += (size + kAlignment - 1) & ~(kAlignment - 1);
+    next_ += size;
     return place;
   }
 

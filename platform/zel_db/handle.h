@@ -48,9 +48,12 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   void begin_statement();
   int append_template(std::string_view text, zel_db::Parameters parameters, bool lift, bool* ended);
   int append_where(std::string_view where, zel_db::Parameters parameters, bool* ended);
-  int execute(const zel_db::StatementKey& key, bool retry, std::unique_ptr<zel_db_result_t>* rows,
-              zel_db::Outcome* outcome);
-  int execute_once(const zel_db::StatementKey& key, zel_db_result_t* rows, zel_db::Outcome* outcome);
+  bool finds_nothing(const zel_db::StatementKey& question, const zel_db::StatementKey& update,
+                     std::span<const zel_db::Value> values);
+  int execute(const zel_db::StatementKey& key, std::span<const zel_db::Value> values, bool retry,
+              std::unique_ptr<zel_db_result_t>* rows, zel_db::Outcome* outcome);
+  int execute_once(const zel_db::StatementKey& key, std::span<const zel_db::Value> values,
+                   zel_db_result_t* rows, zel_db::Outcome* outcome);
   int failed(int status, std::string_view message, std::string_view sql);
 
   std::mutex mutex_;

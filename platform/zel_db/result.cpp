@@ -37,12 +37,6 @@ std::optional<uint64_t> cut_to_integer(double value) {
   return std::nullopt;
 }
 
-std::string_view view_of(const Cell& cell) {
-  uint32_t length = 0;
-  std::memcpy(&length, cell.bytes, sizeof length);
-  return {cell.bytes + sizeof length, length};
-}
-
 template <class Number>
 std::string_view decimal(Number value, zel_db_result_t::Scratch& scratch) {
   const auto [end, failure] = std::to_chars(scratch.text, scratch.text + sizeof scratch.text, value);
@@ -52,8 +46,7 @@ std::string_view decimal(Number value, zel_db_result_t::Scratch& scratch) {
 }  // namespace
 
 void Arena::grow(size_t size) {
-  if (size > SIZE_MAX - kAlignment) throw std::bad_alloc();
-  const size_t block = std::max(block_, size + kAlignment);
+  const size_t block = std::max(block_, size);
   blocks_.push_back(std::unique_ptr<char[]>(new char[block]));  // make_unique would clear it
   next_ = blocks_.back().get();
   end_ = next_ + block;
@@ -87,49 +80,17 @@ int zel_db_result_t::find(const char* name) const {
   return -1;
 }
 
-int zel_db_result_t::locate(int column, const Cell** cell, CellType* type) const {
-  if (state_ != State::OnRow) return kInvalidArgument;
-  if (column < 0 || static_cast<size_t>(column) >= width_) return kNoSuchColumn;
-  *type = current_->types()[column];
-  *cell = &current_->cells()[column];
-  return *type == CellType::Null ? kNullValue : kOk;
-}
-
-int zel_db_result_t::number(int column, uint64_t* bits) const {
-  const Cell* cell = nullptr;
-  CellType type{};
-  const int status = locate(column, &cell, &type);
-  if (status != kOk) return status;
+int zel_db_result_t::convert(const Cell& cell, CellType type, uint64_t* bits) {
   std::optional<uint64_t> value;
-  if (type == CellType::Integer || type == CellType::Unsigned) {
-    value = static_cast<uint64_t>(cell->integer);
-  } else if (type == CellType::Real) {
-    value = cut_to_integer(cell->real);
-  } else if (type == CellType::Text) {
-    value = parse_decimal(view_of(*cell));
-  }
+  if (type == CellType::Real) value = cut_to_integer(cell.real);
+  if (type == CellType::Text) value = parse_decimal(bytes_of(cell));
   if (!value) return kNotConvertible;
   *bits = *value;
   return kOk;
 }
 
-int zel_db_result_t::bytes(int column, Scratch& scratch, std::string_view* out) const {
-  const Cell* cell = nullptr;
-  CellType type{};
-  const int status = locate(column, &cell, &type);
-  if (status != kOk) return status;
-  switch (type) {
-    case CellType::Integer:
-      *out = decimal(cell->integer, scratch);
-      break;
-    case CellType::Unsigned:
-      *out = decimal(static_cast<uint64_t>(cell->integer), scratch);
-      break;
-    case CellType::Real:
-      *out = decimal(cell->real, scratch);
-      break;
-    default:
-      *out = view_of(*cell);
-  }
-  return kOk;
+std::string_view zel_db_result_t::text_of(const Cell& cell, CellType type, Scratch& scratch) {
+  if (type == CellType::Real) return decimal(cell.real, scratch);
+  if (type == CellType::Unsigned) return decimal(static_cast<uint64_t>(cell.integer), scratch);
+  return decimal(cell.integer, scratch);
 }

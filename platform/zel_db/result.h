@@ -17,6 +17,7 @@
 
 namespace zel_db {
 
+// In this order: the last two are bytes.
 enum class CellType : uint8_t { Null, Integer, Unsigned, Real, Text, Blob };
 
 // Bytes are preceded by their 32-bit number.
@@ -55,7 +56,7 @@ struct zel_db_result_t {
   // The place for size bytes, to be filled by the caller.
   char* put_bytes(size_t column, CellType type, size_t size) {
     const auto length = static_cast<uint32_t>(size);
-    auto* place = static_cast<char*>(arena_.allocate(sizeof length + size));
+    char* place = arena_.allocate_bytes(sizeof length + size);
     std::memcpy(place, &length, sizeof length);
     put(column, type).bytes = place;
     return place + sizeof length;
@@ -67,12 +68,27 @@ struct zel_db_result_t {
 
   // Columns of the current row. On failure the output stays as it is.
   int find(const char* name) const;  // -1: no such column
-  int number(int column, uint64_t* bits) const;
+  int number(int column, uint64_t* bits) const {
+    const Cell* cell = nullptr;
+    CellType type{};
+    const int status = locate(column, &cell, &type);
+    if (status != zel_db::kOk) return status;
+    if (type != CellType::Integer && type != CellType::Unsigned) return convert(*cell, type, bits);
+    *bits = static_cast<uint64_t>(cell->integer);
+    return zel_db::kOk;
+  }
   // The bytes of any value but NULL; those of a number are its decimal text, in scratch.
   struct Scratch {
     char text[32];
   };
-  int bytes(int column, Scratch& scratch, std::string_view* out) const;
+  int bytes(int column, Scratch& scratch, std::string_view* out) const {
+    const Cell* cell = nullptr;
+    CellType type{};
+    const int status = locate(column, &cell, &type);
+    if (status != zel_db::kOk) return status;
+    *out = type >= CellType::Text ? bytes_of(*cell) : text_of(*cell, type, scratch);
+    return zel_db::kOk;
+  }
 
  private:
   enum class State : uint8_t { BeforeFirst, OnRow, AtEnd };
@@ -90,7 +106,20 @@ struct zel_db_result_t {
     filled_->types()[column] = type;
     return filled_->cells()[column];
   }
-  int locate(int column, const Cell** cell, CellType* type) const;
+  int locate(int column, const Cell** cell, CellType* type) const {
+    if (state_ != State::OnRow) return zel_db::kInvalidArgument;
+    if (static_cast<size_t>(column) >= width_) return zel_db::kNoSuchColumn;  // a negative one is huge
+    *type = current_->types()[column];
+    *cell = &current_->cells()[column];
+    return *type == CellType::Null ? zel_db::kNullValue : zel_db::kOk;
+  }
+  static std::string_view bytes_of(const Cell& cell) {
+    uint32_t length = 0;
+    std::memcpy(&length, cell.bytes, sizeof length);
+    return {cell.bytes + sizeof length, length};
+  }
+  static std::string_view text_of(const Cell& cell, CellType type, Scratch& scratch);
+  static int convert(const Cell& cell, CellType type, uint64_t* bits);
 
   zel_db::ColumnNames names_;
   size_t width_ = 0;

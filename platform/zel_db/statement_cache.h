@@ -12,15 +12,15 @@
 
 namespace zel_db {
 
-// What makes a statement the same one again. Inserts and updates are known by their parts, so that their text
-// is only put together when it has to be prepared.
+// What makes a statement the same one again. Those that are known by their parts are only put together when
+// they have to be prepared.
 struct StatementKey {
-  enum class Form : uint8_t { Text, Insert, Update };
+  enum class Form : uint8_t { Text, Insert, Update, Question };
 
   Form form = Form::Text;
-  std::string_view table;    // of an insert or update
-  std::string_view columns;  // each followed by a comma
-  std::string_view text;     // the whole statement, or an update's where text
+  std::string_view table;
+  std::string_view columns;  // of an insert or update, each followed by a comma
+  std::string_view text;     // the whole statement, or the where text
   uint64_t hash = 0;
 };
 
@@ -69,6 +69,7 @@ class StatementCache {
     std::unique_ptr<Prepared> owned_;
   };
 
+  bool contains(const StatementKey& key) { return entry_of(key) != nullptr; }
   Lease find(const StatementKey& key);
   Lease add(const StatementKey& key, std::unique_ptr<Prepared> statement);
 

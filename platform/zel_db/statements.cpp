@@ -40,18 +40,22 @@ StatementKey insert_key(std::string_view table, std::string_view columns) {
   return {StatementKey::Form::Insert, table, columns, {}, hash_of(columns, hash_of(table))};
 }
 
-StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where) {
-  return {StatementKey::Form::Update, table, columns, where,
-          hash_of(where, hash_of(columns, hash_of(table)))};
+StatementKey question_key(std::string_view table, std::string_view where) {
+  return {StatementKey::Form::Question, table, {}, where, hash_of(where, hash_of(table))};
+}
+
+StatementKey update_key(const StatementKey& question, std::string_view columns) {
+  return {StatementKey::Form::Update, question.table, columns, question.text,
+          hash_of(columns, question.hash)};
 }
 
 std::string_view statement_text(const StatementKey& key, const Dialect& dialect, std::string& scratch) {
   if (key.form == StatementKey::Form::Text) return key.text;
   scratch.clear();
-  if (key.form == StatementKey::Form::Insert) {
-    put_together_insert(key, dialect, scratch);
-  } else {
-    put_together_update(key, scratch);
+  if (key.form == StatementKey::Form::Insert) put_together_insert(key, dialect, scratch);
+  if (key.form == StatementKey::Form::Update) put_together_update(key, scratch);
+  if (key.form == StatementKey::Form::Question) {
+    scratch.append("SELECT 1 FROM ").append(key.table).append(" WHERE ").append(key.text).append(" LIMIT 1");
   }
   return scratch;
 }

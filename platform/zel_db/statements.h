@@ -11,8 +11,10 @@ namespace zel_db {
 
 StatementKey text_key(std::string_view statement);
 StatementKey insert_key(std::string_view table, std::string_view columns);
-// where is the template of the where text, empty for all rows.
-StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where);
+// Whether a row matches.
+StatementKey question_key(std::string_view table, std::string_view where);
+// The update of the rows that the question is about; all rows where its text is empty.
+StatementKey update_key(const StatementKey& question, std::string_view columns);
 
 // The text of the statement, in scratch when it has to be put together.
 std::string_view statement_text(const StatementKey& key, const Dialect& dialect, std::string& scratch);

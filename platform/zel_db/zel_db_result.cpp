@@ -2,6 +2,7 @@
 //
 // The exported accessors of a result.
 #include <algorithm>
+#include <cstring>
 
 #include "zel_db/c_face.h"
 #include "zel_db/result.h"
@@ -28,7 +29,7 @@ int read_text(const Result* result, int column, char* buffer, unsigned capacity)
   const int status = result->bytes(column, scratch, &text);
   if (status != kOk) return status;
   const size_t length = std::min<size_t>(text.size(), capacity - 1);
-  std::copy_n(text.data(), length, buffer);
+  std::memcpy(buffer, text.data(), length);
   buffer[length] = '\0';
   return kOk;
 }

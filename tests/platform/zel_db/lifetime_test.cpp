@@ -14,6 +14,10 @@ namespace {
 
 class Lifetime : public DatabaseTest {
  protected:
+  // A fork closes what an earlier test of this process has left open.
+  Lifetime() {
+    in_child([] { return true; });
+  }
   static std::string insert(_zel_db_handle_t* handle, int slot) {
     return raw(handle, "insert into PCIAdapter (SlotNo) values (" + std::to_string(slot) + ")");
   }
@@ -37,6 +41,31 @@ TEST_P(Lifetime, CachedStatementsSeeWhatOthersDo) {
               expected)
         << change;
   }
+}
+
+// A long condition that finds nothing is asked first by an engine that would lock the database for the
+// update.
+TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
+  const Client client;
+  database.run(
+      "insert into PCIAdapter (SlotNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, PCIKey, OOBSrc)"
+      " values (1, 2, 3, 4, 5, 6, 7, 8)");
+  zel_db_content_values_t* values = zel_db_get_content_values(client);
+  zel_db_content_put_text(values, "CardName", "x");
+  for (const int slot : {1, 1, 2, 2, 1, 3}) {
+    database.run("update PCIAdapter set SlotNo=" + std::to_string(slot));
+    int64_t updated = 77;
+    const char* where =
+        "_id=1 AND (SlotNo!=1 OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR "
+        "PCIKey!=7)";
+    EXPECT_EQ(zel_db_update(client, "PCIAdapter", values, where, nullptr, 0, &updated), 0);
+    EXPECT_EQ(updated, slot == 1 ? 0 : 1) << slot;
+    EXPECT_EQ(
+        zel_db_update(client, "PCIAdapter", values, (std::string(where) + "=").c_str(), nullptr, 0, &updated),
+        2);
+  }
+  zel_db_free_content_values(values);
+  EXPECT_EQ(query(client, "PCIAdapter", "CardName"), "x");
 }
 
 TEST_P(Lifetime, MoreStatementsThanThereArePlaces) {
@@ -122,7 +151,7 @@ TEST_P(Lifetime, TransactionsHoldOffWritersAndEndWithTheirHandle) {
 
 TEST_P(Lifetime, TraceHasTheCallersWords) {
   const std::filesystem::path file =
-      std::filesystem::temp_directory_path() / ("trace." + std::to_string(getpid()));
+      std::filesystem::temp_directory_path() / ("trace." + database.engine() + std::to_string(getpid()));
   setenv("ZEL_DB_TRACE", file.c_str(), 1);
   const Client client;
   unsetenv("ZEL_DB_TRACE");

@@ -39,6 +39,7 @@ constexpr Dialect kDialect = {
     .table_options = " STRICT",
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
+    .asks_before_updates = true,
 };
 
 constexpr const char* kSuffix = ".sqlite";
