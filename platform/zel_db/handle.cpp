@@ -155,7 +155,7 @@ int _zel_db_handle_t::execute(const StatementKey& key, std::span<const Value> va
   if (!retry && !in_transaction && session_ != nullptr && !session_->connection->is_usable()) disconnect();
   int status = kConnectionLost;
   for (int attempt = 0; attempt == 0 || (attempt == 1 && retry && !in_transaction); ++attempt) {
-    if (!connect()) return kConnectionLost;  // with its reason as the message
+    if (!connect()) break;  // with its reason as the message
     if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
     status = execute_once(key, values, rows != nullptr ? rows->get() : nullptr, outcome);
     if (status != kConnectionLost) break;
