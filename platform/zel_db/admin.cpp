@@ -22,7 +22,7 @@ struct Failure : std::runtime_error {
 };
 
 std::string url_or_environment(const char* url) {
-  return url != nullptr ? std::string(url) : environment_url();
+  return std::string(url != nullptr ? std::string_view(url) : environment_url());
 }
 
 void run(Connection& connection, const std::string& sql, Result* rows = nullptr) {

@@ -47,7 +47,7 @@ class Registry {
   std::list<Parked> parked_;  // the newest first
 };
 
-Registry::Registry() : inventory_({environment_url(), std::string(kDatabases[0]), "root", ""}) {
+Registry::Registry() : inventory_({std::string(environment_url()), std::string(kDatabases[0]), "root", ""}) {
   pthread_atfork([] { instance().before_fork(); }, [] { instance().after_fork(); },
                  [] { instance().after_fork(); });
   std::atexit([] { instance().at_exit(); });

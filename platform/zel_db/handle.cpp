@@ -25,7 +25,7 @@ bool _zel_db_handle_t::is_ready() {
 bool _zel_db_handle_t::is_ready_in_environment() {
   const std::lock_guard lock(mutex_);
   if (session_ != nullptr) {
-    if (session_->connection->is_usable()) return true;
+    if (session_->connection->is_usable() && origin_.url == environment_url()) return true;
     session_.reset();
   }
   origin_.url = environment_url();

@@ -54,7 +54,7 @@ std::mutex& process_mutex() {
   return mutex;
 }
 
-std::string environment_url() {
+std::string_view environment_url() {
   const char* url = std::getenv("ZEL_DB_URL");
   return url != nullptr && *url != '\0' ? url : kDefaultUrl;
 }

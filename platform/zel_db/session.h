@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "zel_db/engine.h"
 #include "zel_db/statement_cache.h"
@@ -22,7 +23,7 @@ struct Origin {
 };
 
 // ZEL_DB_URL or its default.
-std::string environment_url();
+std::string_view environment_url();
 
 // An open connection with what is prepared on it.
 struct Session {

@@ -72,7 +72,7 @@ _zel_db_handle_t* zel_db_open(const char* /*host*/, const char* user, const char
   guarded([&] {
     std::string reason;  // it is in the log
     handle = open_handle(
-        {environment_url(), database, std::string(text_or_empty(user)), std::string(text_or_empty(password))},
+        {std::string(environment_url()), database, std::string(text_or_empty(user)), std::string(text_or_empty(password))},
         &reason);
     return static_cast<int>(kOk);
   });

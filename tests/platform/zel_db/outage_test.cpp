@@ -88,11 +88,17 @@ TEST_F(Files, TheInventoryHandleComesAndGoesWithTheDatabase) {
   EXPECT_EQ(query(Client("propertiesdb"), "PCIs", "FunKey"), "status 2");
 
   fs::remove_all(folder / "db");
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   EXPECT_EQ(get_dmdb_handle(0, nullptr, 0), nullptr);
   EXPECT_EQ(create("db"), "");
   EXPECT_EQ(get_dmdb_handle(0, nullptr, 0), handle);
   EXPECT_EQ(query(Client(), "PCIs", "FunKey"), "");
+
+  EXPECT_EQ(raw(handle, "insert into PCIs (FunKey) values (8)"), "");
+  EXPECT_EQ(create("other"), "");
+  EXPECT_EQ(query(get_dmdb_handle(0, nullptr, 0), "PCIs", "FunKey"), "");
+  use("db");
+  EXPECT_EQ(query(get_dmdb_handle(0, nullptr, 0), "PCIs", "FunKey"), "8");
 }
 
 TEST_F(Files, CreatingIsPrivateAndChangesNothingTwice) {
