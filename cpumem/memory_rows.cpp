@@ -42,7 +42,8 @@ int zeldb_insert_memory_info(_zel_db_handle_t* handle, const _ZELDB_Memory* memo
     zel_db_content_put_int(values.get(), field.column, static_cast<int32_t>(number_of(field, memory)));
   }
   for (const Field& field : kTexts.fields) put_text(values, field, memory);
-  zel_db_insert(handle, "Memory", values.get(), 0, nullptr);
+  int64_t row = 0;
+  zel_db_insert(handle, "Memory", values.get(), 0, &row);
   return ZELDB_OK;
 }
 

@@ -34,7 +34,8 @@ int update_ncsi_id(_zel_db_handle_t* handle, const ContentValues& values, int lo
 
 int insert_ncsi_id(_zel_db_handle_t* handle, const ContentValues& values, int location, int slotNo, int id1,
                    int id2) {
-  const int status = zel_db_insert(handle, kNcsiIds, values.get(), 0, nullptr);
+  int64_t row = 0;
+  const int status = zel_db_insert(handle, kNcsiIds, values.get(), 0, &row);
   if (status != ZELDB_OK) {
     vrel_log::logErr("insert pci location [%d], slot [%d]  id1 [%d], id2 [%d] fail, return [%d]", location,
                      slotNo, id1, id2, status);

@@ -119,8 +119,9 @@ std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& value
   values.clear();
   values.put(kWritten.fields, &function, EmptyText::AsText);
   const Filter<128> own_row("PCIFuncKey=%u", function.FunKey);
+  int64_t row = 0;
   const int status = known ? zel_db_update(handle, kAdapters, values.get(), own_row, nullptr, 0, nullptr)
-                           : zel_db_insert(handle, kAdapters, values.get(), 0, nullptr);
+                           : zel_db_insert(handle, kAdapters, values.get(), 0, &row);
   if (status != ZELDB_OK) {
     logWarn("Merge: failed to insert/update funkey %d to PCIAdapter, rc=%d\n", shown, status);
     return status;

@@ -71,9 +71,9 @@ _zel_db_handle_t* zel_db_open(const char* /*host*/, const char* user, const char
   Handle* handle = nullptr;
   guarded([&] {
     std::string reason;  // it is in the log
-    handle = open_handle(
-        {std::string(environment_url()), database, std::string(text_or_empty(user)), std::string(text_or_empty(password))},
-        &reason);
+    handle = open_handle({std::string(environment_url()), database, std::string(text_or_empty(user)),
+                          std::string(text_or_empty(password))},
+                         &reason);
     return static_cast<int>(kOk);
   });
   return handle;

@@ -199,10 +199,8 @@ void MariadbStatement::append_row(Result& rows) {
 }
 
 int MariadbStatement::fetch(Result* rows) {
-  struct Release {
-    MYSQL_STMT* statement;
-    ~Release() { mysql_stmt_free_result(statement); }
-  } const release{statement_.get()};
+  const auto free_result = [](MYSQL_STMT* statement) { mysql_stmt_free_result(statement); };
+  const std::unique_ptr<MYSQL_STMT, decltype(free_result)> release(statement_.get());
   if (rows == nullptr) return kOk;
   if (!bind_columns()) return fail();
   rows->set_columns(columns_);
