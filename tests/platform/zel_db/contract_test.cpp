@@ -22,6 +22,20 @@ class Contract : public DatabaseTest {
 };
 ZELDB_ON_EVERY_ENGINE(Contract);
 
+TEST_P(Contract, SubSelectsAreAskedAnew) {
+  raw(handle, "insert into PCIAdapter (PCIKey) values (1), (NULL)");
+  const std::pair<const char*, const char*> cases[] = {{"delete from PCIs", "2"},
+                                                       {"insert into PCIs (FunKey) values (7)", "1"},
+                                                       {"update PCIs set FunKey=1", "0"}};
+  for (int round = 0; round < 2; ++round) {
+    for (const auto& [change, expected] : cases) {
+      raw(handle, change);
+      const char* const where = "PCIKey NOT IN (SELECT FunKey FROM PCIs WHERE FunKey IS NOT NULL)";
+      EXPECT_EQ(query(handle, "PCIAdapter", "count(*)", where), expected) << change;
+    }
+  }
+}
+
 TEST_P(Contract, QueriesArePastedAsTheyStand) {
   raw(handle,
       "insert into PCIAdapter (PCIKey, PCIFuncKey, SlotNo, CardName) values"

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "zel_db/sql_text.h"
+
 namespace zel_db {
 namespace {
 
@@ -46,7 +48,20 @@ bool is_outdated(unsigned code) {
   return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
 }
 
+bool has_a_sub_select(std::string_view sql) {
+  constexpr std::string_view kSelect = "select";
+  for (size_t i = 1; i + kSelect.size() <= sql.size(); ++i) {
+    if (equal_ignoring_case(sql.substr(i, kSelect.size()), kSelect)) return true;
+  }
+  return false;
+}
+
 }  // namespace
+
+MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_view sql)
+    : connection_(connection), sql_(sql), has_sub_select_(has_a_sub_select(sql)) {
+  connection_.add(this);
+}
 
 int MariadbStatement::fail() {
   return connection_.fail(mysql_stmt_errno(statement_.get()), mysql_stmt_error(statement_.get()));
@@ -212,16 +227,23 @@ int MariadbStatement::fetch(Result* rows) {
   return code == MYSQL_NO_DATA ? static_cast<int>(kOk) : fail();
 }
 
-int MariadbStatement::run(std::span<const Value> values, Result* rows, Outcome* outcome) {
-  last_use_ = connection_.tick();
-  const int status = execute(values);
-  if (status != kOk) return status;
+int MariadbStatement::complete(Result* rows, Outcome* outcome) {
   if (mysql_stmt_field_count(statement_.get()) != 0) return fetch(rows);
   if (outcome != nullptr) {
     outcome->row_id = static_cast<int64_t>(mysql_stmt_insert_id(statement_.get()));
     outcome->changed = static_cast<int64_t>(mysql_stmt_affected_rows(statement_.get()));
   }
   return kOk;
+}
+
+// What a server once found out about a NULL that is, or is not, in a sub-select it keeps with the prepared
+// statement, whatever becomes of the rows: such a statement is prepared for each run.
+int MariadbStatement::run(std::span<const Value> values, Result* rows, Outcome* outcome) {
+  last_use_ = connection_.tick();
+  int status = execute(values);
+  if (status == kOk) status = complete(rows, outcome);
+  if (has_sub_select_) release();
+  return status;
 }
 
 void MariadbStatement::release() {

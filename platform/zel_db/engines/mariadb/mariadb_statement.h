@@ -14,9 +14,7 @@ namespace zel_db {
 // when its place is needed for another, or when a table has changed too much.
 class MariadbStatement : public Prepared {
  public:
-  MariadbStatement(MariadbConnection& connection, std::string_view sql) : connection_(connection), sql_(sql) {
-    connection_.add(this);
-  }
+  MariadbStatement(MariadbConnection& connection, std::string_view sql);
   MariadbStatement(const MariadbStatement&) = delete;
   MariadbStatement& operator=(const MariadbStatement&) = delete;
   ~MariadbStatement() override { connection_.remove(this); }
@@ -52,12 +50,14 @@ class MariadbStatement : public Prepared {
   void begin_binding(size_t count);
   bool bind(std::span<const Value> values);
   int execute(std::span<const Value> values);
+  int complete(Result* rows, Outcome* outcome);
   int fetch(Result* rows);
   bool bind_columns();
   void append_row(Result& rows);
 
   MariadbConnection& connection_;
   const std::string sql_;
+  const bool has_sub_select_;
   std::unique_ptr<MYSQL_STMT, CloseStatement> statement_;
   uint64_t last_use_ = 0;
   std::vector<MYSQL_BIND> parameters_;
