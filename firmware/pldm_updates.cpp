@@ -70,8 +70,8 @@ void put_device(const ContentValues& values, uint32_t vendor, uint32_t device, u
   zel_db_content_put_uint(values.get(), "SubDeviceId", sub_device);
 }
 
-// The key that a stored row must not have to be left alone. A component with a key of its own is always
-// written again: no row's key is 0.
+// The key with which a stored row of the same software is left alone. For a component that has a key of its
+// own it is 0, which hardly a row has: such a component is written again.
 uint32_t complete_key(R& component) {
   if (component.PCIKey != 0) return 0;
   component.PCIKey = (uint32_t{component.Location} << 16) | component.SlotNo;

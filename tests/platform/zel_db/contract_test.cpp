@@ -36,6 +36,27 @@ TEST_P(Contract, SubSelectsAreAskedAnew) {
   }
 }
 
+// Without an order, the one in which they were inserted; also where a planner would rather start elsewhere.
+TEST_P(Contract, RowsComeAsTheyWereInserted) {
+  raw(handle, "insert into RAIDControllers (ControllerUID) values (1)");
+  std::string expected;
+  for (int i = 40; i > 0; --i) {
+    const std::string key = std::to_string(i * 7 % 41);
+    raw(handle, "insert into Disks (RAIDCtrlId) values (1)");
+    raw(handle, "insert into VPDs (HardwareId) values (" + key + ")");
+    raw(handle, "insert into PCIs (DevKey, Location) values (" + std::to_string(i) + ",1)");
+    raw(handle, "insert into PCIAdapter (PCIKey, PCIFuncKey) values (" + key + "," + key + ")");
+    expected += (expected.empty() ? "" : ";") + key;
+  }
+  EXPECT_EQ(
+      query(handle, "VPDs", "HardwareId",
+            "HardwareId IN (SELECT _id FROM Disks WHERE RAIDCtrlId IN (SELECT _id FROM RAIDControllers))"),
+      expected);
+  EXPECT_EQ(query(handle, "PCIAdapter", "DISTINCT PCIFuncKey",
+                  "PCIKey in (select DevKey from PCIs where Location=1)"),
+            expected);
+}
+
 TEST_P(Contract, QueriesArePastedAsTheyStand) {
   raw(handle,
       "insert into PCIAdapter (PCIKey, PCIFuncKey, SlotNo, CardName) values"
