@@ -29,7 +29,8 @@ namespace fs = std::filesystem;
 namespace {
 
 std::function<void()> connected;  // called after a connect
-std::string folder;               // takes the place of /tmp; calls are then noted
+bool poll_fails = false;
+std::string folder;  // takes the place of /tmp; calls are then noted
 Texts calls;
 
 // Where the path leads.
@@ -54,7 +55,8 @@ int connect(int descriptor, const sockaddr* address, socklen_t length) {
 }
 int poll(pollfd* wanted, nfds_t count, int timeout) {
   noted("poll " + std::to_string((timeout + 999) / 1000));
-  return NEXT(poll)(wanted, count, timeout);
+  if (poll_fails) errno = ENOMEM;
+  return poll_fails ? -1 : NEXT(poll)(wanted, count, timeout);
 }
 int setsockopt(int descriptor, int level, int option, const void* value, socklen_t length) noexcept {
   if (option == SO_RCVTIMEO) noted("receive " + std::to_string(static_cast<const timeval*>(value)->tv_sec));
@@ -167,6 +169,20 @@ TEST_F(Retimer, Replies) {
   EXPECT_EQ(update(), -3);
   const char* const kAbsent = "14 retimer_hal_proxy, connect error, rc=-1(No such file or directory)\n\n";
   EXPECT_EQ(libc().syslogs, (Texts{kAbsent, kFails + "d\n\n"}));
+}
+
+TEST_F(Retimer, ASystemWithoutResources) {
+  poll_fails = true;
+  act({header(5)}, Close, [&] { EXPECT_EQ(update(), -5); });
+  poll_fails = false;
+  rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none = {0, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  EXPECT_EQ(update(), -2);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(libc().syslogs, (Texts{"14 retimer_update_fw, retimer_hal_proxy fails, rc = 0xfffffffb\n\n",
+                                   "14 retimer_update_fw, retimer_hal_proxy fails, rc = 0xfffffffe\n\n"}));
 }
 
 TEST_F(Retimer, SignalsNeitherProlongTheWaitNorBreakAReply) {

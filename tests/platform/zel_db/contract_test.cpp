@@ -12,7 +12,7 @@ class Contract : public DatabaseTest {
  protected:
   Client handle;
   zel_db_content_values_t* const values = zel_db_get_content_values(handle);
-  ~Contract() override { zel_db_free_content_values(values); }
+  void TearDown() override { zel_db_free_content_values(values); }
 
   void insert_card(const std::string& name) const {
     zel_db_content_clear(values);

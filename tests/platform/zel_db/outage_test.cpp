@@ -21,7 +21,7 @@ class Files : public testing::Test {
     std::string name = (fs::temp_directory_path() / "zel_db.XXXXXX").string();
     folder = mkdtemp(name.data());
   }
-  ~Files() override { fs::remove_all(folder); }
+  void TearDown() override { fs::remove_all(folder); }
 
   void use(const std::string& name) const {
     setenv("ZEL_DB_URL", ("sqlite://" + (folder / name).string()).c_str(), 1);
