@@ -63,6 +63,7 @@ int _zel_db_handle_t::query(std::string_view table, std::span<const char* const>
   sql_.back() = ' ';
   sql_.append("FROM ");
   sql_.append(table);
+  const size_t table_end = sql_.size();
   bool ended = false;
   int status = append_where(where, parameters, &ended);
   if (status != kOk) return status;
@@ -72,7 +73,7 @@ int _zel_db_handle_t::query(std::string_view table, std::span<const char* const>
     sql_.append(order);
   }
   std::unique_ptr<Result> rows;
-  status = execute(text_key(sql_.view()), values_.all(), true, &rows, nullptr);
+  status = execute(query_key(sql_.view(), table_end), values_.all(), true, &rows, nullptr);
   *out = rows.release();
   return status;
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zel_db/schema.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "zel_db/engine.h"
 
 namespace zel_db {
@@ -56,11 +59,10 @@ constexpr Column kPciSetting[] = {
     number("Maxinstances"),
 };
 
-// The adapters that the management services show, one row per function. Some dozens: an index on a key would
-// save little, and SQLite would walk it for "distinct" and "in", out of the order of the rows.
+// The adapters that the management services show, one row per function.
 constexpr Column kPciAdapter[] = {
-    number("PCIKey"),
-    number("PCIFuncKey"),
+    number("PCIKey", Index::Plain),
+    number("PCIFuncKey", Index::Plain),
     number("NodeNo"),
     number("SlotNo", Index::Plain),
     number("SegNo"),
@@ -442,6 +444,12 @@ std::string index_definition(const Table& table, const Column& column) {
 }
 
 }  // namespace
+
+bool has_row_ids(std::string_view name) {
+  const auto is_it = [&](const Table& table) { return table.name == name && table.has_row_id; };
+  return std::any_of(std::begin(kInventoryTables), std::end(kInventoryTables), is_it) ||
+         std::any_of(std::begin(kPropertyTables), std::end(kPropertyTables), is_it);
+}
 
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect) {
   std::vector<std::string> statements;

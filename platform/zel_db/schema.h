@@ -39,6 +39,9 @@ struct Table {
   bool has_row_id = true;
 };
 
+// Whether a table of that name has the column _id.
+bool has_row_ids(std::string_view table);
+
 // The statements that make what is missing of a database's tables.
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);
 

@@ -49,6 +49,15 @@ std::string_view first_word(std::string_view statement) {
   return {word, static_cast<size_t>(std::find_if_not(word, end, is_word) - word)};
 }
 
+bool has_sub_select(std::string_view text) {
+  for (size_t at = text.find('('); at != std::string_view::npos; at = text.find('(', at + 1)) {
+    const char* const inside = skip_blanks(text.data() + at + 1, text.data() + text.size());
+    const auto rest = static_cast<size_t>(text.data() + text.size() - inside);
+    if (equal_ignoring_case(first_word({inside, rest}), "select")) return true;
+  }
+  return false;
+}
+
 bool equal_ignoring_case(std::string_view a, std::string_view b) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),

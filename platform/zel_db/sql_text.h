@@ -34,6 +34,9 @@ const char* skip_blanks(const char* begin, const char* end);
 // The word that a statement starts with, empty when it starts with none.
 std::string_view first_word(std::string_view statement);
 
+// Whether a "select" stands in it behind a parenthesis.
+bool has_sub_select(std::string_view text);
+
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
 }  // namespace zel_db

@@ -15,13 +15,14 @@ namespace zel_db {
 // What makes a statement the same one again. Those that are known by their parts are only put together when
 // they have to be prepared.
 struct StatementKey {
-  enum class Form : uint8_t { Text, Insert, Update, Question };
+  enum class Form : uint8_t { Text, Query, Insert, Update, Question };
 
   Form form = Form::Text;
   std::string_view table;
   std::string_view columns;  // of an insert or update, each followed by a comma
   std::string_view text;     // the whole statement, or the where text
   uint64_t hash = 0;
+  size_t table_end = 0;  // of a query: where the name of its table ends in its text
 };
 
 // Prepared statements of one connection, the least recently used one dropped first. They are found through a

@@ -2,6 +2,7 @@
 #include "zel_db/statements.h"
 
 #include "zel_db/hash.h"
+#include "zel_db/row_order.h"
 
 namespace zel_db {
 namespace {
@@ -36,6 +37,10 @@ StatementKey text_key(std::string_view statement) {
   return {StatementKey::Form::Text, {}, {}, statement, hash_of(statement)};
 }
 
+StatementKey query_key(std::string_view statement, size_t table_end) {
+  return {StatementKey::Form::Query, {}, {}, statement, hash_of(statement), table_end};
+}
+
 StatementKey insert_key(std::string_view table, std::string_view columns) {
   return {StatementKey::Form::Insert, table, columns, {}, hash_of(columns, hash_of(table))};
 }
@@ -51,6 +56,7 @@ StatementKey update_key(const StatementKey& question, std::string_view columns) 
 
 std::string_view statement_text(const StatementKey& key, const Dialect& dialect, std::string& scratch) {
   if (key.form == StatementKey::Form::Text) return key.text;
+  if (key.form == StatementKey::Form::Query) return in_row_order(key.text, key.table_end, dialect, scratch);
   scratch.clear();
   if (key.form == StatementKey::Form::Insert) put_together_insert(key, dialect, scratch);
   if (key.form == StatementKey::Form::Update) put_together_update(key, scratch);

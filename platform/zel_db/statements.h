@@ -10,6 +10,8 @@
 namespace zel_db {
 
 StatementKey text_key(std::string_view statement);
+// table_end: where the name of its table ends.
+StatementKey query_key(std::string_view statement, size_t table_end);
 StatementKey insert_key(std::string_view table, std::string_view columns);
 // Whether a row matches.
 StatementKey question_key(std::string_view table, std::string_view where);

@@ -36,25 +36,39 @@ TEST_P(Contract, SubSelectsAreAskedAnew) {
   }
 }
 
-// Without an order, the one in which they were inserted; also where a planner would rather start elsewhere.
+// Wherever the caller asks for no other order; also where a planner would rather start elsewhere.
 TEST_P(Contract, RowsComeAsTheyWereInserted) {
-  raw(handle, "insert into RAIDControllers (ControllerUID) values (1)");
-  std::string expected;
+  std::string keys;
   for (int i = 40; i > 0; --i) {
     const std::string key = std::to_string(i * 7 % 41);
     raw(handle, "insert into Disks (RAIDCtrlId) values (1)");
     raw(handle, "insert into VPDs (HardwareId) values (" + key + ")");
     raw(handle, "insert into PCIs (DevKey, Location) values (" + std::to_string(i) + ",1)");
-    raw(handle, "insert into PCIAdapter (PCIKey, PCIFuncKey) values (" + key + "," + key + ")");
-    expected += (expected.empty() ? "" : ";") + key;
+    raw(handle,
+        "insert into PCIAdapter (PCIKey, PCIFuncKey, SlotNo) values (" + key + "," + key + "," + key + ")");
+    raw(handle, "insert into PCISetting (SettingID, PfaKey) values ('a" + key + "',1)");
+    keys += (keys.empty() ? "" : ";") + key;
   }
-  EXPECT_EQ(
-      query(handle, "VPDs", "HardwareId",
-            "HardwareId IN (SELECT _id FROM Disks WHERE RAIDCtrlId IN (SELECT _id FROM RAIDControllers))"),
-      expected);
-  EXPECT_EQ(query(handle, "PCIAdapter", "DISTINCT PCIFuncKey",
-                  "PCIKey in (select DevKey from PCIs where Location=1)"),
-            expected);
+  const char* const cases[][4] = {
+      // table, column, where, order
+      {"VPDs", "HardwareId", "HardwareId IN (SELECT _id FROM Disks WHERE RAIDCtrlId IN (SELECT 1))", ""},
+      {"PCIAdapter", "DISTINCT PCIFuncKey", "PCIKey in (select DevKey from PCIs where Location=1)", ""},
+      {"PCIAdapter", "PCIKey", "", ""},
+      {"PCIAdapter", "PCIFuncKey", "SlotNo>0", ""},
+      {"PCIAdapter", "PCIFuncKey", "SlotNo BETWEEN 1 AND 20 OR PCIKey>20", ""},
+      {"PCIAdapter", "SlotNo", "1=1 ORDER BY Location", ""},
+      {"PCIAdapter", "SlotNo", "PCIKey!=99", "NodeNo, Location"},
+  };
+  for (const auto& [table, column, where, order] : cases) {
+    EXPECT_EQ(query(handle, table, column, where, {}, order), keys) << table << " " << where;
+  }
+  std::string settings = "a" + keys;
+  for (size_t at = 0; (at = settings.find(';', at)) != std::string::npos; at += 2)
+    settings.insert(at + 1, "a");
+  EXPECT_EQ(query(handle, "PCISetting", "SettingID", "PfaKey=1 AND SettingID like 'a%'"), settings);
+  EXPECT_EQ(query(handle, "PCISetting", "PfaKey", "1 GROUP BY PfaKey"), "1");
+  EXPECT_EQ(query(handle, "PCIAdapter", "PCIKey", "1=1 ORDER BY PCIKey DESC LIMIT 2"), "40;39");
+  EXPECT_EQ(query(handle, "PCIAdapter", "PCIKey", "PCIKey<3", {}, "PCIKey"), "1;2");
 }
 
 TEST_P(Contract, QueriesArePastedAsTheyStand) {

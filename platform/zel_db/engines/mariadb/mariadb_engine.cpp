@@ -43,6 +43,7 @@ constexpr Dialect kDialect = {
     .table_options = " ENGINE=InnoDB DEFAULT CHARACTER SET latin1 COLLATE latin1_nopad_bin",
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
+    .without_indexes = " USE INDEX ()",
 };
 
 std::string database_of(const Target& target) {

@@ -48,18 +48,10 @@ bool is_outdated(unsigned code) {
   return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
 }
 
-bool has_a_sub_select(std::string_view sql) {
-  constexpr std::string_view kSelect = "select";
-  for (size_t i = 1; i + kSelect.size() <= sql.size(); ++i) {
-    if (equal_ignoring_case(sql.substr(i, kSelect.size()), kSelect)) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_view sql)
-    : connection_(connection), sql_(sql), has_sub_select_(has_a_sub_select(sql)) {
+    : connection_(connection), sql_(sql), has_sub_select_(has_sub_select(sql)) {
   connection_.add(this);
 }
 

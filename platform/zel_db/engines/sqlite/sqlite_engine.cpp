@@ -39,6 +39,7 @@ constexpr Dialect kDialect = {
     .table_options = " STRICT",
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
+    .without_indexes = " NOT INDEXED",
     .asks_before_updates = true,
 };
 
