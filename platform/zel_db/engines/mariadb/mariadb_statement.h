@@ -36,7 +36,7 @@ class MariadbStatement : public Prepared {
     unsigned long size = 0;
     my_bool is_null = 0;
   };
-  // Where the client library puts a cell of the row that it fetches; of a text only the size.
+  // Where the client library puts a cell of the row that it fetches; of a long text only its beginning.
   struct Place {
     CellType type;
     my_bool is_null;
@@ -44,6 +44,7 @@ class MariadbStatement : public Prepared {
     unsigned long size;
     int64_t integer;
     double real;
+    char bytes[256];
   };
 
   int fail();
@@ -54,6 +55,7 @@ class MariadbStatement : public Prepared {
   int fetch(Result* rows);
   bool bind_columns();
   void append_row(Result& rows);
+  void append_text(size_t column, Result& rows);
 
   MariadbConnection& connection_;
   const std::string sql_;
