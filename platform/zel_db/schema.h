@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The tables, said once for all engines. Rules that the table follows:
+// The tables, said once: for all engines, and for docs/tables.md. Rules that they follow:
 //   - everything may be NULL; numbers are signed 64-bit, so that -1 and 4294967295 both fit on every engine;
 //   - a text is wider than any field that is written to it, so that no engine cuts or refuses it;
 //   - an index covers one column: with a second one, rows read without an order would come in another order.
@@ -27,20 +27,39 @@ enum class Default : uint8_t { Null, Zero };
 
 struct Column {
   const char* name;
-  Kind kind;
+  const char* meaning;
   uint16_t size;  // of a text or blob
+  Kind kind;
   Index index = Index::None;
   Default value = Default::Null;
+};
+
+// In Markdown.
+struct TableNotes {
+  const char* purpose;
+  const char* written_by;
+  const char* read_by;
 };
 
 struct Table {
   const char* name;
   std::span<const Column> columns;
+  TableNotes notes;
   bool has_row_id = true;
 };
 
-// Whether a table of that name has the column _id.
-bool has_row_ids(std::string_view table);
+// Tables that belong together.
+struct Family {
+  std::string_view database;  // empty: in each
+  const char* title;
+  std::span<const Table> tables;
+};
+
+// In the order in which their tables are made.
+std::span<const Family> families();
+
+// Whether the table of that name has the column _id.
+bool has_row_ids(std::string_view name);
 
 // The statements that make what is missing of a database's tables.
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);
