@@ -4,11 +4,8 @@
 
 namespace zeldb::cli {
 
-// Exit statuses of the command.
-enum Exit : int { kDone = 0, kFailed = 1, kUsage = 2 };
-
 // Parses the command line, runs the command that it names, and turns every error into one line on standard
-// error.
+// error. Returns an Exit status.
 int run(int argc, char** argv);
 
 }  // namespace zeldb::cli

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "platform/zel_db_admin.h"
 
@@ -14,8 +15,8 @@ void create_databases() {
 }  // namespace
 
 void setup_init(CLI::App& app) {
-  app.footer("The databases are those of ZEL_DB_URL. What exists already stays as it is.");
-  app.callback(create_databases);
+  set_action(app, create_databases,
+             "The databases are those of ZEL_DB_URL. What exists already stays as it is.");
 }
 
 }  // namespace zeldb::cli

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+
 #include <memory>
 #include <string>
 

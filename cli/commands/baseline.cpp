@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/file.h"
+#include "cli/parts.h"
+#include "cli/snapshot.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+struct Options {
+  std::string file;
+  std::string from;
+  bool replace = false;
+};
+
+void write_baseline(const Options& options) {
+  NewFile file(options.file, options.replace ? IfExists::Replace : IfExists::Refuse);
+  if (!options.from.empty()) use_snapshot(options.from);
+  write_file(file.temporary_path(), as_baseline(read_parts()));
+  file.commit();
+}
+
+}  // namespace
+
+void setup_baseline(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  require(add_text(app, "FILE", options->file, "", "The file to write, readable for its owner alone"));
+  add_flag(app, "--force", options->replace, "Replace the file if it exists");
+  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  app.footer("zeldb diff FILE tells what has become of these parts.");
+  app.callback([options] { write_baseline(*options); });
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdio>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/inventory.h"
+#include "cli/library.h"
+#include "cli/listing.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+using R = _ZELDB_HC_Card;
+
+constexpr Column kColumns[] = {
+    hex(ZELDB_COLUMN(R, VendorId, "VENDOR", "PCI vendor id")),
+    hex(ZELDB_COLUMN(R, DeviceId, "DEVICE", "PCI device id")),
+    hex(ZELDB_COLUMN(R, SubVendorId, "SUBVENDOR", "PCI subsystem vendor id")),
+    hex(ZELDB_COLUMN(R, SubDeviceId, "SUBDEVICE", "PCI subsystem id")),
+    ZELDB_COLUMN(R, CardName, "CARD", "Name of the card"),
+    ZELDB_COLUMN(R, ManufacturerName, "MAKER", "Who made it"),
+    ZELDB_COLUMN(R, Rating, "WATTS", "Power of the board; 0 where it is not known"),
+    extra(ZELDB_COLUMN(R, SecondaryText, "MORE", "What else is known of it")),
+};
+
+struct PciIds {
+  uint16_t vendor;
+  uint16_t device;
+  uint16_t sub_vendor;
+  uint16_t sub_device;
+};
+
+struct Options {
+  Key function;
+  std::string ids;
+};
+
+PciIds parse(const std::string& text) {
+  unsigned id[4] = {};
+  int end = 0;
+  // NOLINTNEXTLINE(cert-err34-c): four digits each cannot overflow
+  const int read = std::sscanf(text.c_str(), "%4x:%4x:%4x:%4x%n", &id[0], &id[1], &id[2], &id[3], &end);
+  if (read != 4 || static_cast<size_t>(end) != text.size())
+    throw WrongUse("--ids: " + text + " is no VENDOR:DEVICE:SUBVENDOR:SUBDEVICE");
+  return {static_cast<uint16_t>(id[0]), static_cast<uint16_t>(id[1]), static_cast<uint16_t>(id[2]),
+          static_cast<uint16_t>(id[3])};
+}
+
+PciIds ids_of(uint32_t function) {
+  read_function(function);  // has to be there: the lookup of the ids does not say so
+  PciIds ids = {};
+  check(zeldb_get_pci_id_by_funkey(static_cast<int>(function), &ids.vendor, &ids.device, &ids.sub_vendor,
+                                   &ids.sub_device),
+        "function " + key_text(function));
+  return ids;
+}
+
+std::vector<R> read_cards(const Options& options) {
+  if (!options.function && options.ids.empty())
+    return {hc_card_table, hc_card_table + zeldb_get_hc_card_count()};
+  const PciIds ids = options.function ? ids_of(*options.function) : parse(options.ids);
+  const R* const card = zeldb_find_hc_card(ids.vendor, ids.device, ids.sub_vendor, ids.sub_device);
+  if (card == nullptr) return {};
+  return {*card};
+}
+
+}  // namespace
+
+void setup_cards(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  exclude_each_other({
+      add_key(app, "--key", options->function, "That of the function with this key"),
+      add_text(app, "--ids", options->ids, "V:D:SV:SD", "That with these PCI ids, in hexadecimal digits"),
+  });
+  Listing(app).view(kColumns, [options] { return read_cards(*options); });
+}
+
+}  // namespace zeldb::cli

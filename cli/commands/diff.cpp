@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/file.h"
+#include "cli/listing.h"
+#include "cli/parts_diff.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+using R = Difference;
+
+constexpr Column kColumns[] = {
+    ZELDB_COLUMN(R, Change, "CHANGE", "added, removed, replaced, shrank or changed"),
+    ZELDB_COLUMN(R, Kind, "KIND",
+                 "Kind of part: processor, memory, adapter, gpu, drive, backplane, embedded"),
+    whole(ZELDB_COLUMN(R, Place, "PLACE", "Where it sits; an adapter's location and slot")),
+    ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
+    whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
+    whole(ZELDB_COLUMN(R, PreviousSerialNo, "WAS", "Serial number of the part that was replaced")),
+    ZELDB_COLUMN(R, Detail, "DETAIL", "What else differs, before and now"),
+    ZELDB_COLUMN(R, Name, "NAME", "What it is called"),
+};
+
+enum DiffExit : int { kSame = 0, kDifferent = 1, kTrouble = 2 };
+
+struct Options {
+  std::string file;
+  bool hardware = false;
+  bool differs = false;
+  bool is_for_people = true;
+};
+
+std::vector<Difference> compare(Options& options) {
+  std::vector<Difference> rows =
+      differences(parts_of_baseline(read_file(options.file), options.file), read_parts());
+  if (options.hardware)
+    std::erase_if(rows, [](const Difference& row) { return std::strcmp(row.Change, "changed") == 0; });
+  options.differs = !rows.empty();
+  // No news, no headings.
+  if (!options.differs && options.is_for_people) throw Failure("", kSame);
+  return rows;
+}
+
+// Status 1 says that something differs: whatever goes wrong must not look like that.
+void run(const Options& options, const std::function<void()>& show) {
+  try {
+    show();
+  } catch (const Failure& failure) {
+    if (failure.status == kSame) throw;
+    throw Failure(failure.what(), kTrouble);
+  } catch (const WrongUse&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw Failure(std::string("diff: ") + error.what(), kTrouble);
+  }
+  // The reason is told at the end of the program, as for every command.
+  const bool is_lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
+  if (is_lost && errno != EPIPE) throw Failure("", kTrouble);
+  if (options.differs) throw Failure("", kDifferent);
+}
+
+}  // namespace
+
+void setup_diff(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  require(add_text(app, "FILE", options->file, "", "A file that zeldb baseline has written"));
+  add_flag(app, "--hardware", options->hardware,
+           "Leave out what has merely changed: firmware and the like of parts that have stayed");
+  app.description(app.get_description() + ". Exit status: 0 the same, 1 different, 2 trouble.");
+  Listing(app)
+      .view(kColumns, [options] { return compare(*options); })
+      .around([options, &app](const std::function<void()>& show) {
+        options->is_for_people = app.count("--json") == 0 && app.count("--raw") == 0;
+        run(*options, show);
+      });
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/file.h"
+#include "cli/snapshot.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+struct Options {
+  std::string file;
+  std::string from;
+  bool masked = false;
+  bool replace = false;
+};
+
+void write_export(const Options& options) {
+  NewFile file(options.file, options.replace ? IfExists::Replace : IfExists::Refuse);
+  if (!options.from.empty()) use_snapshot(options.from);
+  write_snapshot(file.temporary_path(), options.file, options.masked);
+  file.commit();
+}
+
+}  // namespace
+
+void setup_export(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  require(add_text(app, "FILE", options->file, "", "The file to write, readable for its owner alone"));
+  add_flag(app, "--mask", options->masked,
+           "Replace serial numbers, UUIDs and addresses, equal ones by the same word");
+  add_flag(app, "--force", options->replace, "Replace the file if it exists");
+  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  app.footer(
+      "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one SQLite "
+      "database. Every other command reads it with --from. Look at it before you give it away: --mask does "
+      "not know what names and texts of your own say of you.");
+  app.callback([options] { write_export(*options); });
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/inventory.h"
+#include "cli/library.h"
+#include "cli/listing.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+struct Function {
+  uint32_t FunKey;
+  char Address[17];
+  _ZELDB_PCI_Generic_Info Info;
+  uint32_t FunType;
+  char CardName[129];
+  uint32_t AIMSupported;
+  uint32_t OOBSrc;
+  uint32_t HardwareId;
+  uint8_t HardwareTypeId;
+  _ZELDB_Network_Info Network;
+};
+
+#define INFO_COLUMN(Member, Heading, Help) ZELDB_COLUMN_IN(Function, Info, Member, Heading, Help)
+constexpr Column kColumns[] = {
+    hex(ZELDB_COLUMN(Function, FunKey, "FUNCTION", "Key of the function")),
+    whole(ZELDB_COLUMN(Function, Address, "ADDRESS", "Segment, bus, device and function")),
+    INFO_COLUMN(Location, "LOC", "0 on the system board, 1 an add-in slot, 2 a backplane bay"),
+    INFO_COLUMN(SlotNo, "SLOT", "Number of the slot"),
+    hex(INFO_COLUMN(VendorId, "VENDOR", "PCI vendor id")),
+    hex(INFO_COLUMN(DeviceId, "DEVICE", "PCI device id")),
+    hex(INFO_COLUMN(SubVendorId, "SUBVENDOR", "PCI subsystem vendor id")),
+    hex(INFO_COLUMN(SubDeviceId, "SUBDEVICE", "PCI subsystem id")),
+    hex(INFO_COLUMN(ClsCode, "CLASS", "Base class, subclass, programming interface"), 6),
+    ZELDB_COLUMN(Function, CardName, "CARD", "Name of the card"),
+    extra(INFO_COLUMN(SlotDesignation, "DESIGNATION", "Name of the slot")),
+    extra(hex(INFO_COLUMN(DevKey, "ADAPTER", "Key of the adapter"))),
+    extra(INFO_COLUMN(_id, "ID", "Row of the table")),
+    extra(INFO_COLUMN(BridgeId, "BRIDGE", "Bridge above")),
+    extra(INFO_COLUMN(SegNo, "SEGMENT", "PCI segment")),
+    extra(INFO_COLUMN(BusNo, "BUS", "PCI bus")),
+    extra(INFO_COLUMN(DeviceNo, "DEV", "PCI device")),
+    extra(INFO_COLUMN(FunctionNo, "FUN", "PCI function")),
+    extra(INFO_COLUMN(RevId, "REVISION", "PCI revision")),
+    extra(INFO_COLUMN(SlotType, "SLOT TYPE", "SMBIOS slot type")),
+    extra(INFO_COLUMN(SlotDataBusWidth, "SLOT WIDTH", "SMBIOS slot data bus width")),
+    extra(INFO_COLUMN(Hotplug, "HOTPLUG", "Whether the slot can be used while the system runs")),
+    extra(INFO_COLUMN(PCIType, "PCI TYPE", "Kind of bus")),
+    extra(INFO_COLUMN(BladeSlotPort, "BLADE PORT", "Port of a blade slot")),
+    extra(INFO_COLUMN(NodeIndex, "NODE", "Node that it belongs to")),
+    extra(
+        ZELDB_COLUMN(Function, FunType, "TYPE", "Kind of function: 2 Ethernet, 3 Fibre Channel, 4 GPU, ...")),
+    extra(INFO_COLUMN(LanesInUse, "LANES", "PCIe lanes in use")),
+    extra(INFO_COLUMN(MaxLanes, "MAX LANES", "PCIe lanes that it has")),
+    extra(INFO_COLUMN(PCIeType, "PCIE", "PCIe generation in use")),
+    extra(INFO_COLUMN(MaxPCIeType, "MAX PCIE", "PCIe generation that it is made for")),
+    extra(ZELDB_COLUMN(Function, AIMSupported, "AIM", "0 known without settings, 1 to 3 supported")),
+    extra(ZELDB_COLUMN(Function, OOBSrc, "OOB", "Source of its out-of-band data")),
+    extra(hex(
+        ZELDB_COLUMN(Function, HardwareId, "HARDWARE", "Id of the hardware; as a rule the function's key"))),
+    extra(
+        ZELDB_COLUMN(Function, HardwareTypeId, "HARDWARE TYPE", "Kind of hardware: 2 disk, 3 PCI function")),
+    extra(ZELDB_COLUMN_IN(Function, Network, NumberofPhysicalPorts, "PORTS", "Network ports")),
+    extra(ZELDB_COLUMN_IN(Function, Network, MaxNumberofLogicalPorts, "LOGICAL",
+                          "Largest number of logical ports")),
+};
+#undef INFO_COLUMN
+
+struct Packaging {
+  uint32_t FunKey;
+  _ZELDB_PCI_Misc_Info Misc;
+};
+
+#define MISC_COLUMN(Member, Heading, Help) ZELDB_COLUMN_IN(Packaging, Misc, Member, Heading, Help)
+constexpr Column kPackagingColumns[] = {
+    hex(ZELDB_COLUMN(Packaging, FunKey, "FUNCTION", "Key of the function")),
+    MISC_COLUMN(PackageTypeText, "PACKAGE", "How it is packaged"),
+    MISC_COLUMN(OtherPackageType, "OTHER PACKAGE", "A package type in the maker's words"),
+    MISC_COLUMN(ConnectorLayoutText, "CONNECTOR", "Layout of the connector"),
+    MISC_COLUMN(MaxDataWidth, "LANES", "Largest data width"),
+    MISC_COLUMN(FoDUid, "FOD UID", "Id by which features are unlocked"),
+    extra(MISC_COLUMN(PackageType, "PACKAGE CODE", "Code of the package type")),
+    extra(MISC_COLUMN(ConnectorLayout, "CONNECTOR CODE", "Code of the connector layout")),
+    extra(MISC_COLUMN(AIMSpecVersion, "AIM SPEC", "Version of the adapter's interface")),
+};
+#undef MISC_COLUMN
+
+struct Options {
+  std::optional<Place> slot;
+  std::optional<Place> drive;
+  std::optional<HexPair> beside;
+  Key adapter;
+  Key key;
+  std::string where;
+};
+
+std::vector<uint32_t> key_of_drive(const Place& place) {
+  const std::string what = "drive " + place_text(place);
+  require_inventory(what);
+  uint32_t key = 0;
+  const int status = zeldb_get_nvme_drv_funkey(static_cast<uint32_t>(place.location),
+                                               static_cast<uint32_t>(place.number), &key);
+  check(status == ZELDB_NO_HANDLE ? ZELDB_NO_MATCH : status, what);
+  return {key};
+}
+
+std::vector<uint32_t> keys_beside(const HexPair& ids) {
+  uint8_t slot = 0;
+  check(zeldb_get_ctrl_slot(static_cast<uint32_t>(ids.first), static_cast<uint32_t>(ids.second), &slot),
+        "a function with these ids");
+  return functions_in_slot({1, slot});
+}
+
+std::vector<uint32_t> chosen_keys(const Options& options) {
+  if (options.key) return {*options.key};
+  if (options.slot) return functions_in_slot(*options.slot);
+  if (options.drive) return key_of_drive(*options.drive);
+  if (options.beside) return keys_beside(*options.beside);
+  if (options.adapter) return functions_of_adapter(*options.adapter);
+  return options.where.empty() ? function_keys() : function_keys(options.where);
+}
+
+// What the adapter tables do not know stays 0.
+Function function_of(uint32_t key) {
+  Function row = {};
+  row.FunKey = key;
+  row.Info = read_function(key);
+  copy_text(row.Address, pci_address(row.Info.SegNo, row.Info.BusNo, row.Info.DeviceNo, row.Info.FunctionNo));
+  copy_text(row.CardName, card_name(key));
+  zeldb_get_pci_function_type(key, &row.FunType);
+  zeldb_get_pci_function_oob_type(key, &row.AIMSupported, &row.OOBSrc);
+  zeldb_get_pci_hardwareidtype_by_funkey(key, &row.HardwareId, &row.HardwareTypeId);
+  zeldb_get_network_info(key, &row.Network);
+  return row;
+}
+
+std::vector<Function> functions_of(const std::vector<uint32_t>& keys) {
+  std::vector<Function> rows;
+  rows.reserve(keys.size());
+  for (const uint32_t key : keys) rows.push_back(function_of(key));
+  return rows;
+}
+
+std::vector<Function> read_drive_functions() {
+  std::vector<uint32_t> keys;
+  for (const auto& drive : list_of<_ZELDB_PCI_Generic_Info_List>(
+           "drives in slots", [](auto* list) { return zeldb_get_aic_drive_pci_info_list(list); })) {
+    for (const uint32_t key : function_keys("_id=" + std::to_string(drive._id))) keys.push_back(key);
+  }
+  return functions_of(keys);
+}
+
+std::vector<Packaging> read_packaging(const std::vector<uint32_t>& keys) {
+  std::vector<Packaging> rows;
+  for (const uint32_t key : keys) {
+    Packaging row{.FunKey = key, .Misc = {}};
+    const int status = zeldb_get_pci_misc_info(key, &row.Misc);
+    if (status == ZELDB_NO_MORE_ROWS) continue;
+    check(status, "function " + key_text(key));
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+}  // namespace
+
+void setup_functions(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  const std::vector<CLI::Option*> choices{
+      add_place(app, "--slot", options->slot, "Those in this slot"),
+      add_key(app, "--adapter", options->adapter, "Those of the adapter with this key"),
+      add_key(app, "--key", options->key, "The one with this key"),
+      add_place(app, "--drive", options->drive,
+                "That of the NVMe drive in a slot (1:N) or backplane bay (2:N)"),
+      add_hex_pair(app, "--beside", options->beside, "D:SD",
+                   "Those in the slot of the first one with this device and subsystem id (hexadecimal)"),
+      add_text(app, "--where", options->where, "CONDITION", "Those that an SQL condition on PCIs selects"),
+  };
+  exclude_each_other(choices);
+  Listing(app)
+      .view(kColumns, [options] { return functions_of(chosen_keys(*options)); })
+      .view("--packaging", "How functions are packaged", kPackagingColumns,
+            [options] { return read_packaging(chosen_keys(*options)); })
+      .view("--nvme", "NVMe drives of known makers that sit in slots", kColumns, read_drive_functions)
+      .without(choices);
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/listing.h"
+#include "cli/mask.h"
+#include "cli/output.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string pattern_of(const Column& column) {
+  return "^[0-9a-f]{" + std::to_string(column.digits) + "}$";
+}
+
+Json type_of(const Column& column) {
+  switch (column.type) {
+    case Type::Hex:
+      return {{"type", "string"}, {"pattern", pattern_of(column)}};
+    case Type::Text:
+    case Type::HealthText:
+      if (column.digits != 0) return {{"type", {"string", "null"}}, {"pattern", pattern_of(column)}};
+      return {{"type", {"string", "null"}}, {"minLength", 1}};
+    case Type::Signed:
+      return {{"type", "integer"}};
+    default:
+      return {{"type", "integer"}, {"minimum", 0}};
+  }
+}
+
+Json rows_of(const View& view) {
+  Json properties = Json::object();
+  for (const Column& column : view.columns) {
+    Json& property = properties[column.key] = type_of(column);
+    property["description"] = column.help;
+    const std::string_view identity = identified_by(column.key);
+    if (!identity.empty()) property["identifies"] = identity;
+  }
+  return {{"type", "object"}, {"additionalProperties", false}, {"properties", properties}};
+}
+
+// "ports --logical" is no name for a reference.
+std::string definition_name(const View& view) {
+  return view.command + (view.option.empty() ? "" : view.option.substr(1));
+}
+
+void print_schema() {
+  Json definitions = Json::object();
+  Json kinds = Json::array();
+  for (const View& view : views()) {
+    const std::string name = definition_name(view);
+    definitions[name] = rows_of(view);
+    kinds.push_back({{"$ref", "#/$defs/" + name}});
+  }
+  const Json rows = {{"type", "array"}, {"items", {{"anyOf", kinds}}}};
+  const Json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
+                       {"title", "What zeldb prints with --json"},
+                       {"type", "object"},
+                       {"additionalProperties", false},
+                       {"required", {"format_version", "rows"}},
+                       {"properties", {{"format_version", {{"const", kFormatVersion}}}, {"rows", rows}}},
+                       {"$defs", definitions}};
+  std::puts(schema.dump(1).c_str());
+}
+
+}  // namespace
+
+void setup_schema(CLI::App& app) {
+  set_action(app, print_schema);
+}
+
+}  // namespace zeldb::cli

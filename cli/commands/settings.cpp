@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/settings.h"
+
+#include <sstream>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/library.h"
+#include "cli/listing.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+using R = PCISetting_info;
+
+constexpr Column kColumns[] = {
+    ZELDB_COLUMN(R, SettingID, "ID", "Id of the setting: its set, a dot, its name"),
+    ZELDB_COLUMN(R, CurrentValue, "CURRENT", "Value in force"),
+    ZELDB_COLUMN(R, PendingValue, "PENDING", "Value from the next start on"),
+    ZELDB_COLUMN(R, Defvalue, "DEFAULT", "Default value"),
+    ZELDB_COLUMN(R, ShortDesc, "DESCRIPTION", "What it is, in short"),
+    extra(hex(ZELDB_COLUMN(R, PfaKey, "FUNCTION", "Key of the function"))),
+    extra(ZELDB_COLUMN(R, SettingName, "NAME", "Name of the setting")),
+    extra(ZELDB_COLUMN(R, FullDesc, "FULL DESCRIPTION", "What it is")),
+    extra(ZELDB_COLUMN(R, Type, "TYPE", "3 number, 4 text, 5 without fields of its own, others a choice")),
+    extra(ZELDB_COLUMN(R, Flags, "FLAGS", "Flags, bits")),
+    extra(ZELDB_COLUMN(R, Minim, "MIN", "Smallest number")),
+    extra(ZELDB_COLUMN(R, Maxim, "MAX", "Largest number")),
+    extra(ZELDB_COLUMN(R, Step, "STEP", "Distance of numbers")),
+    extra(ZELDB_COLUMN(R, Mins, "MIN LENGTH", "Shortest text")),
+    extra(ZELDB_COLUMN(R, Maxs, "MAX LENGTH", "Longest text")),
+    extra(ZELDB_COLUMN(R, Pattern, "PATTERN", "Regular expression of a text")),
+    extra(ZELDB_COLUMN(R, Numchoices, "CHOICES", "How many choices there are")),
+    extra(ZELDB_COLUMN(R, Choices, "CHOICE LIST", "The choices")),
+    extra(ZELDB_COLUMN(R, Mininstances, "MIN INSTANCES", "Fewest instances")),
+    extra(ZELDB_COLUMN(R, Maxinstances, "MAX INSTANCES", "Most instances")),
+    extra(ZELDB_COLUMN(R, Mfg_default, "MAKER'S DEFAULT", "Default value of the maker")),
+    extra(ZELDB_COLUMN(R, Defaultaction, "ACTION", "What a reset to defaults does")),
+    extra(ZELDB_COLUMN(R, RecordId, "RECORD", "Id of the record")),
+    extra(ZELDB_COLUMN(R, Mriname, "MRI NAME", "Name in the firmware's interface")),
+    extra(ZELDB_COLUMN(R, GroupID, "GROUP", "Id of the group")),
+    extra(ZELDB_COLUMN(R, GroupName, "GROUP NAME", "Name of the group")),
+    extra(ZELDB_COLUMN(R, SuppressIf, "HIDDEN IF", "When the setting is not shown")),
+    extra(ZELDB_COLUMN(R, GrayIf, "FIXED IF", "When the setting cannot be changed")),
+    extra(ZELDB_COLUMN(R, GroupSuppressIf, "GROUP HIDDEN IF", "When the group is not shown")),
+    extra(ZELDB_COLUMN(R, GroupGrayIf, "GROUP FIXED IF", "When the group cannot be changed")),
+};
+
+struct Set {
+  char Name[129];
+  uint16_t Settings;
+};
+constexpr Column kSetColumns[] = {
+    ZELDB_COLUMN(Set, Name, "SET", "Name of the set"),
+    ZELDB_COLUMN(Set, Settings, "SETTINGS", "Settings of the function in it"),
+};
+
+struct Options {
+  Key function;
+  std::string prefix;
+  bool flagged = false;
+};
+
+std::vector<Set> read_sets(const Options& options) {
+  // As many settings as can be counted, each the only one of its set.
+  std::string names(size_t{128} * 65536, '\0');
+  check(zeldb_get_pci_configID(static_cast<int>(*options.function), names.data()),
+        "settings of " + key_text(*options.function));
+  std::vector<Set> sets;
+  std::istringstream stream(names.c_str());
+  for (std::string name; std::getline(stream, name, ':');) {
+    Set& set = sets.emplace_back();
+    copy_text(set.Name, name);
+    set.Settings = count_settings(*options.function, name + ".");
+  }
+  return sets;
+}
+
+}  // namespace
+
+void setup_settings(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  require(add_key(app, "KEY", options->function, "A function's key"));
+  CLI::Option* set = add_text(app, "--set", options->prefix, "PREFIX",
+                              "Settings with an id that begins so (_ and % are wildcards)");
+  CLI::Option* flagged = add_flag(app, "--flagged", options->flagged, "Settings with flag 2 alone");
+  Listing(app)
+      .view(kColumns,
+            [options] { return read_settings(*options->function, options->prefix, options->flagged); })
+      .view("--sets", "Names of the sets", kSetColumns, [options] { return read_sets(*options); })
+      .without({set, flagged});
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <map>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/inventory.h"
+#include "cli/library.h"
+#include "cli/listing.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+struct Product {
+  uint32_t FunKey;
+  _ZELDB_PCIVpdInfo Vpd;
+};
+
+#define VPD_COLUMN(Member, Heading, Help) ZELDB_COLUMN_IN(Product, Vpd, Member, Heading, Help)
+constexpr Column kColumns[] = {
+    hex(ZELDB_COLUMN(Product, FunKey, "FUNCTION", "Key of the function")),
+    VPD_COLUMN(ProductName, "PRODUCT", "Name of the product"),
+    VPD_COLUMN(Manufacture, "MAKER", "Who made it"),
+    VPD_COLUMN(Model, "MODEL", "Model"),
+    VPD_COLUMN(PartNo, "PART", "Part number"),
+    VPD_COLUMN(FRUNo, "FRU", "Number by which it is replaced"),
+    whole(VPD_COLUMN(SerialNo, "SERIAL", "Serial number")),
+    whole(VPD_COLUMN(UUID, "UUID", "Universally unique id")),
+};
+#undef VPD_COLUMN
+
+constexpr std::span<const Column> kPublishedColumns = std::span(kColumns).subspan(1);
+
+struct Options {
+  Key function;
+  std::optional<Place> slot;
+};
+
+std::vector<Product> read_product(uint32_t function) {
+  Product row{.FunKey = function, .Vpd = {}};
+  read_function(function);  // has to be there
+  const int status = zeldb_get_pci_vpd_info(function, &row.Vpd);
+  check(status == ZELDB_INVALID_ARGUMENT ? ZELDB_NO_MATCH : status, "product data of " + key_text(function));
+  return {row};
+}
+
+std::vector<Product> read_products(const Options& options) {
+  if (options.function) return read_product(*options.function);
+  std::vector<Product> rows;
+  for (const uint32_t key : options.slot ? functions_in_slot(*options.slot) : function_keys()) {
+    Product row{.FunKey = key, .Vpd = {}};
+    const int status = zeldb_get_pci_vpd_info(key, &row.Vpd);
+    if (status == ZELDB_INVALID_ARGUMENT || status == ZELDB_NO_MORE_ROWS) continue;
+    check(status, "product data of " + key_text(key));
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+std::vector<Product> read_published(const Options& options) {
+  if (!options.slot) throw WrongUse("--published: needs --slot");
+  require_properties("properties of the GPU in slot " + place_text(*options.slot));
+  Product row = {};
+  std::map<std::string, std::string> changes;
+  set_missing_gpu_vpd_info(&row.Vpd, static_cast<unsigned>(options.slot->number), changes);
+  if (changes.empty()) return {};
+  return {row};
+}
+
+}  // namespace
+
+void setup_vpd(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  CLI::Option* function =
+      add_key(app, "KEY", options->function, "A function's key; all functions without one");
+  CLI::Option* slot = add_place(app, "--slot", options->slot, "The functions in this slot");
+  exclude_each_other({function, slot});
+  Listing(app)
+      .view(kColumns, [options] { return read_products(*options); })
+      .view("--published", "What the property store has of the GPU in --slot", kPublishedColumns,
+            [options] { return read_published(*options); })
+      .without({function});
+}
+
+}  // namespace zeldb::cli

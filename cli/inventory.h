@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What more than one command reads.
+#ifndef CLI_INVENTORY_H
+#define CLI_INVENTORY_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/arguments.h"
+#include "zeldb/cpumem.h"
+#include "zeldb/pci.h"
+#include "zeldb/storage.h"
+
+namespace zeldb::cli {
+
+std::vector<_ZELDB_Processor> read_processors();
+std::vector<_ZELDB_Memory> read_memory();
+// All drives.
+std::vector<aim_disk_info_t> read_drives();
+
+// Keys of the functions that an SQL condition selects, ascending.
+std::vector<uint32_t> function_keys(std::string condition = "1=1");
+std::vector<uint32_t> functions_of_adapter(uint32_t adapter);
+std::vector<uint32_t> functions_in_slot(const Place& slot);
+
+_ZELDB_PCI_Generic_Info read_function(uint32_t key);
+
+// Empty when it has none.
+std::string card_name(uint32_t function);
+
+// "0000:17:00.0"
+std::string pci_address(unsigned segment, unsigned bus, unsigned device, unsigned function);
+
+}  // namespace zeldb::cli
+
+#endif

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/listing.h"
+
+#include <CLI/CLI.hpp>
+#include <strings.h>
+
+#include <cstdio>
+
+#include "cli/arguments.h"
+#include "cli/command.h"
+#include "cli/mask.h"
+#include "cli/output.h"
+#include "cli/snapshot.h"
+#include "cli/text.h"
+
+namespace zeldb::cli {
+
+struct Listing::State {
+  struct Choice {
+    size_t view;
+    CLI::Option* option;
+  };
+  std::vector<Choice> choices;  // of another view than the first
+  size_t first = 0;
+  bool as_json = false;
+  bool as_raw = false;
+  bool no_headings = false;
+  bool masked = false;
+  std::vector<std::string> output;
+  std::string snapshot;
+};
+
+namespace {
+
+std::vector<View>& registry() {
+  static std::vector<View> all;
+  return all;
+}
+
+std::string columns_help(const View& view) {
+  size_t width = 0;
+  for (const Column& column : view.columns) width = std::max(width, std::string_view(column.key).size());
+  const std::string title = view.option.empty() ? "Columns" : "Columns with " + view.option;
+  std::string text = title + " (* not in a table unless asked for):\n";
+  for (const Column& column : view.columns) {
+    std::string key = column.key;
+    key.resize(width, ' ');
+    text += (column.is_extra ? "* " : "  ") + key + "  " + column.help;
+    const std::string type = type_name(column);
+    if (type != "text") text += " (" + type + ")";
+    text += '\n';
+  }
+  return text;
+}
+
+std::string help_of(const std::string& command) {
+  std::string text;
+  for (const View& view : views()) {
+    if (view.command == command) text += columns_help(view) + "\n";
+  }
+  text.resize(text.find_last_not_of('\n') + 1);
+  return text;
+}
+
+const View& chosen_view(const Listing::State& state) {
+  for (const auto& choice : state.choices) {
+    if (choice.option->count() != 0) return registry()[choice.view];
+  }
+  return registry()[state.first];
+}
+
+size_t place_of(const View& view, const std::string& key) {
+  for (size_t place = 0; place < view.columns.size(); ++place) {
+    if (strcasecmp(view.columns[place].key, key.c_str()) == 0) return place;
+  }
+  throw WrongUse("--output: " + printable(key, Escape::Terminal) + ": no such column");
+}
+
+// The places of the columns to be shown.
+std::vector<size_t> chosen_columns(const Listing::State& state, const View& view) {
+  std::vector<size_t> places;
+  const bool is_all = state.output.size() == 1 && state.output.front() == "all";
+  if (!state.output.empty() && !is_all) {
+    for (const std::string& key : state.output) places.push_back(place_of(view, key));
+    return places;
+  }
+  for (size_t place = 0; place < view.columns.size(); ++place) {
+    if (is_all || state.as_json || !view.columns[place].is_extra) places.push_back(place);
+  }
+  return places;
+}
+
+// Replacements are given out in the order in which values stand in all columns, so that they do not depend on
+// those that are shown.
+void mask(const View& view, std::vector<Row>& rows) {
+  Mask mask;
+  for (Row& row : rows) {
+    for (size_t place = 0; place < row.size(); ++place) {
+      if (auto* text = std::get_if<std::string>(&row[place])) *text = mask(view.columns[place].key, *text);
+    }
+  }
+}
+
+Table table_of(const View& view, const std::vector<size_t>& places, std::vector<Row> rows) {
+  Table table;
+  for (const size_t place : places) table.columns.push_back(view.columns[place]);
+  for (Row& row : rows) {
+    Row& shown = table.rows.emplace_back();
+    for (const size_t place : places) shown.push_back(row[place]);
+  }
+  return table;
+}
+
+void show(const Listing::State& state) {
+  const View& view = chosen_view(state);
+  const std::vector<size_t> places = chosen_columns(state, view);
+  if (!state.snapshot.empty()) use_snapshot(state.snapshot);
+  std::vector<Row> rows = view.read();
+  if (state.masked) mask(view, rows);
+  const Table table = table_of(view, places, std::move(rows));
+  const std::string text = state.as_json  ? as_json(table)
+                           : state.as_raw ? as_raw(table, !state.no_headings)
+                                          : as_table(table, {!state.no_headings, terminal()});
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void add_options(CLI::App& app, Listing::State& state) {
+  constexpr const char* kGroup = "Output";
+  CLI::Option* json =
+      app.add_flag("--json", state.as_json, "One JSON object, with all columns unless --output is given");
+  CLI::Option* raw = app.add_flag(
+      "--raw", state.as_raw, "Fields separated by tabs, numbers as they are, \\x1b for control characters");
+  CLI::Option* headings = app.add_flag("--no-headings", state.no_headings, "No line of headings");
+  exclude_each_other({json, raw});
+  CLI::Option* output = app.add_option("--output", state.output, "The columns to show; all for every one")
+                            ->delimiter(',')
+                            ->allow_extra_args(false)
+                            ->type_name("COL,...");
+  CLI::Option* masked = app.add_flag(
+      "--mask", state.masked, "Replace serial numbers, UUIDs and addresses, equal ones by the same word");
+  CLI::Option* from = app.add_option("--from", state.snapshot, "Read a file that zeldb export has written")
+                          ->type_name("FILE");
+  for (CLI::Option* option : {json, raw, headings, output, masked, from}) option->group(kGroup);
+}
+
+}  // namespace
+
+const std::vector<View>& views() {
+  return registry();
+}
+
+std::string name_of(const View& view) {
+  return view.option.empty() ? view.command : view.command + " " + view.option;
+}
+
+Listing::Listing(CLI::App& app) : app_(app), state_(std::make_shared<State>()) {
+  state_->first = registry().size();
+  add_options(app, *state_);
+  const std::string command = app.get_name();
+  app.footer([command] { return help_of(command); });
+  app.callback([state = state_] { show(*state); });
+}
+
+Listing& Listing::without(const std::vector<CLI::Option*>& options) {
+  for (CLI::Option* option : options) state_->choices.back().option->excludes(option);
+  return *this;
+}
+
+Listing& Listing::around(std::function<void(const std::function<void()>& show)> command) {
+  app_.callback([state = state_, command = std::move(command)] { command([&state] { show(*state); }); });
+  return *this;
+}
+
+void Listing::add(const std::string& option, const std::string& help, std::span<const Column> columns,
+                  std::function<std::vector<Row>()> read) {
+  if (!option.empty()) {
+    CLI::Option* const flag = app_.add_flag(option, help);
+    for (const State::Choice& choice : state_->choices) exclude_each_other({flag, choice.option});
+    state_->choices.push_back({registry().size(), flag});
+  }
+  registry().push_back({app_.get_name(), option, columns, std::move(read)});
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A command that shows rows. Its setup function adds what it takes to the command line and its views: a view
+// is a table of columns and a function that reads the records; the first one is shown unless an option
+// chooses another. All the rest (--json, --output, help, ...) is the same for every listing.
+#ifndef CLI_LISTING_H
+#define CLI_LISTING_H
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/column.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace zeldb::cli {
+
+struct View {
+  std::string command;
+  std::string option;  // that chooses it, such as "--logical"; empty for the first one
+  std::span<const Column> columns;
+  std::function<std::vector<Row>()> read;
+};
+
+// Those of all commands, in their order. The name of a view is the command's, or "ports --logical".
+const std::vector<View>& views();
+std::string name_of(const View& view);
+
+class Listing {
+ public:
+  explicit Listing(CLI::App& app);
+
+  // read() returns a vector of records and throws Failure. columns must outlive the program's run.
+  template <typename Read>
+  Listing& view(std::span<const Column> columns, Read read) {
+    add({}, {}, columns, rows(columns, std::move(read)));
+    return *this;
+  }
+  template <typename Read>
+  Listing& view(const std::string& option, const std::string& help, std::span<const Column> columns,
+                Read read) {
+    add(option, help, columns, rows(columns, std::move(read)));
+    return *this;
+  }
+
+  // Options that the last view has no use for.
+  Listing& without(const std::vector<CLI::Option*>& options);
+  // Runs before the listing is shown, and has it shown by calling its argument.
+  Listing& around(std::function<void(const std::function<void()>& show)> command);
+
+  struct State;
+
+ private:
+  template <typename Read>
+  static std::function<std::vector<Row>()> rows(std::span<const Column> columns, Read read) {
+    return [columns, read] {
+      std::vector<Row> converted;
+      for (const auto& record : read()) {
+        Row& row = converted.emplace_back();
+        for (const Column& column : columns) row.push_back(value_of(column, &record));
+      }
+      return converted;
+    };
+  }
+  void add(const std::string& option, const std::string& help, std::span<const Column> columns,
+           std::function<std::vector<Row>()> read);
+
+  CLI::App& app_;
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace zeldb::cli
+
+#endif

@@ -1,0 +1,293 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/parts.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <set>
+
+#include "cli/inventory.h"
+#include "cli/library.h"
+#include "cli/slots.h"
+#include "cli/text.h"
+#include "zeldb/firmware.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+using Parts = std::vector<Part>;
+using Drives = std::vector<aim_disk_info_t>;
+
+// What several kinds of parts are made of.
+struct Inventory {
+  std::vector<SlotRow> slots;
+  Drives drives;
+};
+
+// What firmware writes where there is nothing to tell.
+constexpr const char* kPlaceholders[] = {"N/A",           "Unknown", "Not Specified",
+                                         "Not Available", "None",    "NO DIMM"};
+
+std::string known(const char* text) {
+  const auto is_it = [text](const char* placeholder) { return strcasecmp(text, placeholder) == 0; };
+  return std::ranges::any_of(kPlaceholders, is_it) ? "" : printable(text, Escape::Terminal);
+}
+
+std::string place_called(const char* name) {
+  return *name != '\0' ? printable(name, Escape::Terminal) : "unnamed";
+}
+
+std::string numbered(const char* what, unsigned number) {
+  return std::string(", ") + what + " " + std::to_string(number);
+}
+
+Parts processors(const Inventory&) {
+  constexpr uint8_t kPopulated = 0x40;
+  Parts parts;
+  for (const _ZELDB_Processor& row : read_processors()) {
+    Part part{.kind = "processor", .place = place_called(row.Socket)};
+    part.name = known(row.Version);
+    part.model = part.name;
+    part.part_number = known(row.PartNo);
+    part.serial_number = known(row.SerialNo);
+    if (row.CoreCount != 0) part.sizes["cores"] = row.CoreCount;
+    if (row.CoreEnabled != 0) part.sizes["enabled cores"] = row.CoreEnabled;
+    if (row.NodeIndex != 0) part.place += numbered("node", row.NodeIndex);
+    const bool is_there = (row.Status & kPopulated) != 0 || row.CoreCount != 0 || !part.serial_number.empty();
+    if (is_there) parts.push_back(part);
+  }
+  return parts;
+}
+
+Parts memory(const Inventory&) {
+  Parts parts;
+  for (const _ZELDB_Memory& row : read_memory()) {
+    Part part{.kind = "memory", .place = place_called(row.DevLocator)};
+    part.name = known(row.Manufacturer);
+    part.part_number = known(row.PartNo);
+    part.serial_number = known(row.SerialNo);
+    part.firmware = known(row.FirmwareVersion);
+    part.sizes["MiB"] = row.MemSize;
+    if (row.Capacity != 0) part.sizes["bytes"] = row.Capacity;
+    if (row.SlotNo != 0) part.place += numbered("slot", row.SlotNo);
+    if (row.NodeIndex != 0) part.place += numbered("node", row.NodeIndex);
+    // A module that failed has a size of 0, but its serial number still.
+    if (row.MemSize != 0 || row.Capacity != 0 || !part.serial_number.empty()) parts.push_back(part);
+  }
+  return parts;
+}
+
+std::string pci_ids(const _ZELDB_PCI_Generic_Info& function) {
+  char ids[32];
+  std::snprintf(ids, sizeof(ids), "%04x:%04x:%04x:%04x", unsigned{function.VendorId},
+                unsigned{function.DeviceId}, unsigned{function.SubVendorId}, unsigned{function.SubDeviceId});
+  return ids;
+}
+
+std::string first_address(uint32_t adapter) {
+  const std::string what = "ports of " + key_text(adapter);
+  const auto ports = list_of<_ZELDB_PhysicalPort_List>(
+      what, [&](auto* list) { return zeldb_get_all_network_physical_port_list(adapter, list); },
+      {ZELDB_NO_MATCH, ZELDB_NO_MORE_ROWS});
+  const auto first =
+      std::ranges::min_element(ports, [](const auto& one, const auto& other) { return one.Idx < other.Idx; });
+  return first != ports.end() ? known(first->PermanentAddress) : "";
+}
+
+// Of all components in a slot.
+std::map<std::string, std::set<std::string>> firmware_by_place() {
+  std::map<std::string, std::set<std::string>> versions;
+  for (const _ZELDB_PldmFirmware& component : list_of<_ZELDB_PldmFirmware_List>(
+           "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); })) {
+    const std::string version = known(component.VersionString);
+    if (!version.empty()) versions[place_text({component.Location, component.SlotNo})].insert(version);
+  }
+  return versions;
+}
+
+void add_product(uint32_t function, Part& part) {
+  _ZELDB_PCIVpdInfo product = {};
+  const int status = zeldb_get_pci_vpd_info(function, &product);
+  if (status == ZELDB_INVALID_ARGUMENT || status == ZELDB_NO_MORE_ROWS) return;
+  check(status, "product data of " + key_text(function));
+  part.part_number = known(product.PartNo);
+  part.serial_number = known(product.SerialNo);
+}
+
+// A drive in a slot is a part of its own: what a slot knows of it is not the adapter's.
+bool is_of_drive(const Inventory& inventory, uint32_t function, const char* firmware) {
+  return std::ranges::any_of(inventory.drives, [=](const aim_disk_info_t& drive) {
+    return drive.PCIFuncKey == function && std::strcmp(drive.FwVersion, firmware) == 0;
+  });
+}
+
+// Those with a PCI function: a card that was pulled stays among the adapters until its settings are gone.
+Parts adapters(const Inventory& inventory) {
+  const auto firmware = firmware_by_place();
+  Parts parts;
+  for (const SlotRow& slot : inventory.slots) {
+    const Place place{slot.Location, slot.SlotNo};
+    const std::vector<uint32_t> functions = functions_in_slot(place);
+    if (functions.empty()) continue;
+    const uint32_t key = functions.front();
+    const _ZELDB_PCI_Generic_Info function = read_function(key);
+    Part part{.kind = "adapter", .place = place_text(place)};
+    part.name = known(slot.CardName);
+    part.model = pci_ids(function);
+    add_product(key, part);
+    if (function.DevKey != 0) part.address = first_address(function.DevKey);
+    if (!is_of_drive(inventory, key, slot.FirmwareVersion)) part.firmware = known(slot.FirmwareVersion);
+    if (const auto components = firmware.find(part.place); components != firmware.end()) {
+      part.firmware.clear();
+      for (const std::string& version : components->second)
+        part.firmware += (part.firmware.empty() ? "" : " ") + version;
+    }
+    parts.push_back(part);
+  }
+  return parts;
+}
+
+Parts gpus(const Inventory&) {
+  Parts parts;
+  for (const _ZELDB_PCI_GPU& gpu :
+       list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); })) {
+    const _ZELDB_PCI_Generic_Info function = read_function(gpu.FunKey);
+    const std::string slot = place_text({function.Location, function.SlotNo});
+    for (const _ZELDB_GPU_Chip& chip : list_of<_ZELDB_GPU_Chip_List>(
+             "chips of " + key_text(gpu.FunKey),
+             [&](auto* list) { return zeldb_get_gpu_chip_list(gpu.FunKey, list); }, {ZELDB_NO_MORE_ROWS})) {
+      Part part{.kind = "gpu", .place = slot + numbered("chip", chip.GPUChipIndex), .on = slot};
+      part.name = known(chip.GPUChipName);
+      part.model = known(chip.GPUChipModel);
+      part.part_number = known(chip.GPUChipPartNumber);
+      part.serial_number = known(chip.GPUChipSerialNumber);
+      if (chip.GPUChipNumberOfEnabledCores != 0)
+        part.sizes["enabled cores"] = chip.GPUChipNumberOfEnabledCores;
+      parts.push_back(part);
+    }
+  }
+  return parts;
+}
+
+// A text such as "960GB" or "3.84TB" in GB; 0 where it is none.
+uint64_t gigabytes(const char* capacity) {
+  char* unit = nullptr;
+  const double number = std::strtod(capacity, &unit);
+  unit += std::strspn(unit, " ");
+  constexpr struct {
+    const char* unit;
+    double gigabytes;
+  } kUnits[] = {{"GB", 1}, {"TB", 1e3}, {"PB", 1e6}};
+  for (const auto& known_unit : kUnits) {
+    if (std::strcmp(unit, known_unit.unit) == 0 && number > 0 && number < 1e9)
+      return static_cast<uint64_t>(std::llround(number * known_unit.gigabytes));
+  }
+  return 0;
+}
+
+Parts drives(const Inventory& inventory) {
+  constexpr uint8_t kSlot = 1;
+  Parts parts;
+  for (const aim_disk_info_t& drive : inventory.drives) {
+    Part part{.kind = "drive", .place = place_called(drive.Location)};
+    part.name = known(drive.Model);
+    part.model = part.name;
+    part.part_number = known(drive.PartNo);
+    part.serial_number = known(drive.SerialNo);
+    part.firmware = known(drive.FwVersion);
+    if (drive.LocationId == kSlot) part.on = place_text({kSlot, drive.BayNo});
+    if (const uint64_t size = gigabytes(drive.Capacity); size != 0) part.sizes["GB"] = size;
+    parts.push_back(part);
+  }
+  return parts;
+}
+
+// The library knows them all together.
+Parts backplanes(const Inventory&) {
+  uint8_t bays = 0;
+  uint8_t installed = 0;
+  check(zeldb_get_bp_drive_count(&bays, &installed), "backplanes");
+  if (bays == 0) return {};
+  return {Part{.kind = "backplane", .place = "all", .sizes = {{"bays", bays}}}};
+}
+
+Parts embedded(const Inventory&) {
+  Parts parts;
+  for (const _ZELDB_EmbeddedFirmware& device : list_of<_ZELDB_EmbeddedFirmware_List>(
+           "embedded devices", [](auto* list) { return zeldb_get_embedded_firmware_list(list); })) {
+    Part part{.kind = "embedded", .place = place_called(device.DeviceName)};
+    part.place += numbered("index", device.DeviceIndex);
+    part.model = known(device.SoftwareID);
+    part.firmware = std::to_string(device.Version);
+    parts.push_back(part);
+  }
+  return parts;
+}
+
+// In the order in which they are listed.
+constexpr struct {
+  const char* kind;
+  Parts (*read)(const Inventory& inventory);
+} kKinds[] = {{"processor", processors}, {"memory", memory},        {"adapter", adapters}, {"gpu", gpus},
+              {"drive", drives},         {"backplane", backplanes}, {"embedded", embedded}};
+
+size_t rank(const std::string& kind) {
+  const auto* const found = std::ranges::find(kKinds, kind, [](const auto& entry) { return entry.kind; });
+  return static_cast<size_t>(found - std::begin(kKinds));
+}
+
+// The list of all drives leaves out what it cannot read, and has drives of some kinds that were pulled.
+Drives present_drives() {
+  const auto absent = list_of<aim_disk_list_t>(
+      "drives", [](auto* list) { return zeldb_get_disk_list_with_filter(list, "Presence=0"); });
+  const auto answering = list_of<aim_disk_list_t>(
+      "drives", [](auto* list) { return zeldb_get_nvme_disk_list_from_mi_filter(list, nullptr); });
+  const auto is_among = [](const Drives& drives, const aim_disk_info_t& drive) {
+    return std::ranges::any_of(
+        drives, [&](const auto& other) { return std::strcmp(other.Location, drive.Location) == 0; });
+  };
+  Drives drives = read_drives();
+  std::erase_if(drives,
+                [&](const auto& drive) { return is_among(absent, drive) && !is_among(answering, drive); });
+  return drives;
+}
+
+// Of several parts in what the inventory takes for one place, all but the first are numbered.
+void separate(Parts& parts) {
+  std::ranges::sort(parts, [](const Part& one, const Part& other) {
+    if (comes_before(one, other) || comes_before(other, one)) return comes_before(one, other);
+    return one.serial_number < other.serial_number;
+  });
+  std::string last;
+  unsigned count = 0;
+  for (Part& part : parts) {
+    const std::string here = part.kind + " " + part.place;
+    count = here == last ? count + 1 : 1;
+    last = here;
+    if (count > 1) part.place += " #" + std::to_string(count);
+  }
+}
+
+}  // namespace
+
+std::vector<Part> read_parts() {
+  require_inventory("parts");
+  const Inventory inventory{read_slots(), present_drives()};
+  Parts parts;
+  for (const auto& kind : kKinds) std::ranges::move(kind.read(inventory), std::back_inserter(parts));
+  separate(parts);
+  return parts;
+}
+
+bool comes_before(const Part& one, const Part& other) {
+  if (rank(one.kind) != rank(other.kind)) return rank(one.kind) < rank(other.kind);
+  if (one.kind != other.kind) return one.kind < other.kind;
+  return strverscmp(one.place.c_str(), other.place.c_str()) < 0;
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/snapshot.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "cli/command.h"
+#include "cli/file.h"
+#include "cli/sqlite_file.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kInventory = "inventory.sqlite";
+
+// A private folder that is gone when the process ends, also when a signal ends it.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() { remove(); }
+
+  std::string path(const std::string& file) const { return folder_ + "/" + file; }
+  const std::string& folder() const { return folder_; }
+
+ private:
+  static void end(int signal);
+  // Of what may stand there, without memory: signals may come at any time.
+  void remove() const {
+    for (const std::string& file : files_) unlink(file.c_str());
+    rmdir(folder_.c_str());
+  }
+
+  static TemporaryFolder* only_;
+  std::string folder_;
+  std::vector<std::string> files_;
+};
+
+TemporaryFolder* TemporaryFolder::only_ = nullptr;
+
+TemporaryFolder::TemporaryFolder() : folder_(fs::temp_directory_path() / "zeldb-XXXXXX") {
+  if (mkdtemp(folder_.data()) == nullptr) throw Failure(folder_ + ": " + std::strerror(errno));
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+    files_.push_back(path(std::string(kInventory) + suffix));
+  for (const std::string file : kPlatformFiles)
+    files_.insert(files_.end(), {path(file), path(file + ".new")});
+  only_ = this;
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+    if (std::signal(signal, end) == SIG_IGN) std::signal(signal, SIG_IGN);
+  }
+}
+
+void TemporaryFolder::end(int signal) {
+  only_->remove();
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
+Failure no_export(const std::string& file) {
+  return Failure(file + ": is no export of zeldb");
+}
+
+// SQLite would say less of what is wrong, and wait for a pipe.
+void require_file(const std::string& file) {
+  struct stat found {};
+  if (stat(file.c_str(), &found) != 0) throw Failure(file + ": " + std::strerror(errno));
+  if (!S_ISREG(found.st_mode)) throw Failure(file + ": is no regular file");
+  constexpr char kStart[] = "SQLite format 3";  // its NUL counts
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) throw Failure(file + ": " + std::strerror(errno));
+  char start[sizeof(kStart)] = {};
+  stream.read(start, sizeof(start));
+  if (std::memcmp(start, kStart, sizeof(start)) != 0) throw no_export(file);
+}
+
+bool has_table(const SqliteFile& inventory, const std::string& table) {
+  SqliteStatement found =
+      inventory.prepare("SELECT 1 FROM export.sqlite_schema WHERE type='table' AND name=?");
+  found.bind_text(1, table);
+  return found.step();
+}
+
+void require_export(const SqliteFile& inventory, const std::string& file) {
+  if (!has_table(inventory, "ZeldbExport")) throw no_export(file);
+  SqliteStatement header = inventory.prepare("SELECT FormatVersion FROM export.ZeldbExport");
+  if (!header.step()) throw no_export(file);
+  const int64_t version = header.number(0);
+  if (version > kSnapshotVersion) {
+    throw Failure(file + ": written by a newer zeldb (format " + std::to_string(version) +
+                  ", known are up to " + std::to_string(kSnapshotVersion) + ")");
+  }
+}
+
+// What the export lacks stays NULL or empty: an older zeldb knew fewer tables and columns.
+void copy_table(const SqliteFile& inventory, const InventoryTable& table) {
+  if (!has_table(inventory, table.name)) return;
+  SqliteStatement known = inventory.prepare("SELECT name FROM pragma_table_info(?, 'export')");
+  known.bind_text(1, table.name);
+  std::string columns;
+  while (known.step()) {
+    const std::string name = known.text(0);
+    const auto is_it = [&name](const InventoryTable::Column& column) { return column.name == name; };
+    if (std::ranges::any_of(table.columns, is_it)) columns += (columns.empty() ? "" : ", ") + name;
+  }
+  if (columns.empty()) return;
+  inventory.run("INSERT INTO main." + table.name + " (" + columns + ") SELECT " + columns + " FROM export." +
+                table.name);
+}
+
+void unpack_files(const SqliteFile& inventory, const TemporaryFolder& to) {
+  SqliteStatement files = inventory.prepare("SELECT Name, Content FROM export.ZeldbFiles");
+  while (files.step()) {
+    const std::string name = files.text(0);
+    if (std::ranges::find(kPlatformFiles, name) == std::end(kPlatformFiles)) continue;
+    write_file(to.path(name), files.text(1));
+  }
+}
+
+void unpack(const std::string& file, const TemporaryFolder& to) {
+  const std::string path = to.path(kInventory);
+  write_file(path, "");
+  const SqliteFile inventory = create_inventory(path, file);
+  inventory.run("ATTACH 'file:" + percent_encoded(fs::absolute(file)) + "?mode=ro' AS export");
+  require_export(inventory, file);
+  inventory.run("BEGIN");
+  for (const InventoryTable& table : tables_of(inventory)) copy_table(inventory, table);
+  unpack_files(inventory, to);
+  inventory.run("COMMIT");
+}
+
+}  // namespace
+
+void use_snapshot(const std::string& file) {
+  require_file(file);
+  static const TemporaryFolder folder;
+  unpack(file, folder);
+  setenv("ZEL_DB_URL", ("sqlite://" + percent_encoded(folder.path(kInventory))).c_str(), 1);
+  setenv("ZEL_PLATFORM_DIR", folder.folder().c_str(), 1);
+}
+
+}  // namespace zeldb::cli

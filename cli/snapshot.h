@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// An export is one SQLite file: the tables of both databases under their own names, and beside them
+//   ZeldbExport  one row: FormatVersion; ZeldbVersion, Written (UTC) and Masked, for people
+//   ZeldbFiles   the files of the platform folder: Name, Content
+#ifndef CLI_SNAPSHOT_H
+#define CLI_SNAPSHOT_H
+
+#include <cstdint>
+#include <string>
+
+namespace zeldb::cli {
+
+constexpr int64_t kSnapshotVersion = 1;
+
+// Those that are read.
+constexpr const char* kPlatformFiles[] = {"bios.json", "platform.json", "aim_config.json"};
+
+// Makes what this process reads come from a file that zeldb export has written, instead of the controller.
+// To be called before anything is read.
+void use_snapshot(const std::string& file);
+
+// Writes what this process reads to an empty file; name is what failures call it.
+void write_snapshot(const std::string& path, const std::string& name, bool masked);
+
+}  // namespace zeldb::cli
+
+#endif

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/command.h"
+#include "cli/file.h"
+#include "cli/library.h"
+#include "cli/snapshot.h"
+#include "cli/snapshot_mask.h"
+#include "cli/sqlite_file.h"
+#include "platform/zel_db.h"
+
+namespace zeldb::cli {
+
+namespace {
+
+constexpr const char* kProperties = "propertiesDCTbl";
+constexpr int kRow = 9;
+constexpr int kNoMoreRows = 10;
+
+int run(_zel_db_handle_t* handle, const char* statement) {
+  return zel_db_raw_query(handle, statement, static_cast<int>(std::strlen(statement)), nullptr);
+}
+
+struct Release {
+  void operator()(zel_db_result_t* result) const { zel_db_free_result(result); }
+  void operator()(_zel_db_handle_t* handle) const {
+    run(handle, "ROLLBACK");
+    zel_db_close(handle);
+  }
+};
+using Result = std::unique_ptr<zel_db_result_t, Release>;
+
+// One of the databases, as it is at one moment.
+class Source {
+ public:
+  explicit Source(const char* database) : handle_(zel_db_open("localhost", "root", "", database, 0)) {
+    const std::string what = std::string("database ") + database;
+    if (handle_ == nullptr) throw Failure(what + ": cannot be reached");
+    check(run(handle_.get(), "BEGIN"), what);
+  }
+
+  Result read(const InventoryTable& table) const {
+    std::vector<const char*> columns;
+    for (const auto& column : table.columns) columns.push_back(column.name.c_str());
+    zel_db_result_t* rows = nullptr;
+    const int status = zel_db_query(handle_.get(), table.name.c_str(), columns.data(),
+                                    static_cast<int>(columns.size()), nullptr, nullptr, 0, "_id", &rows);
+    Result owner(rows);
+    check(status, "table " + table.name);
+    return owner;
+  }
+
+ private:
+  std::unique_ptr<_zel_db_handle_t, Release> handle_;
+};
+
+// A value of any length: read grows the buffer until the value does not fill it.
+template <typename Read>
+std::optional<std::string> whole(Read read) {
+  std::string buffer(1024, '\0');
+  while (true) {
+    auto size = static_cast<unsigned>(buffer.size());
+    if (read(buffer.data(), size) != 0) return std::nullopt;
+    if (size + 1 < buffer.size()) {
+      buffer.resize(size);
+      return buffer;
+    }
+    buffer.resize(2 * buffer.size());
+  }
+}
+
+std::optional<std::string> text_at(zel_db_result_t* row, int column) {
+  return whole([=](char* buffer, unsigned& size) {
+    const int status = zel_db_result_column_text(row, column, buffer, size);
+    size = static_cast<unsigned>(std::strlen(buffer));
+    return status;
+  });
+}
+
+std::optional<std::string> bytes_at(zel_db_result_t* row, int column) {
+  return whole([=](char* buffer, unsigned& size) {
+    return zel_db_result_column_is_null(row, column) != 0
+               ? 1
+               : zel_db_result_column_blob(row, column, buffer, &size);
+  });
+}
+
+// Copies one table, or for a mask looks at what it has to hide.
+class TableCopy {
+ public:
+  TableCopy(const InventoryTable& table, SnapshotMask* mask) : table_(table), mask_(mask) {}
+
+  void learn(const Source& source) {
+    each_row(source, [this](zel_db_result_t* row) {
+      for (size_t place = 0; place < table_.columns.size(); ++place) {
+        if (table_.columns[place].type == "TEXT")
+          mask_->learn(table_.columns[place].name, text_at(row, static_cast<int>(place)).value_or(""));
+      }
+      if (table_.name == kProperties) mask_->learn_property(property_name(row), property(row).value_or(""));
+    });
+  }
+
+  void write(const Source& source, const SqliteFile& to) {
+    std::string names;
+    std::string values;
+    for (const auto& column : table_.columns) {
+      names += (names.empty() ? "" : ", ") + column.name;
+      values += values.empty() ? "?" : ", ?";
+    }
+    SqliteStatement insert =
+        to.prepare("INSERT INTO " + table_.name + " (" + names + ") VALUES (" + values + ")");
+    each_row(source, [&](zel_db_result_t* row) {
+      std::vector<std::string> kept(table_.columns.size());
+      for (size_t place = 0; place < kept.size(); ++place) bind(insert, row, place, kept[place]);
+      insert.step();
+      insert.reset();
+    });
+  }
+
+ private:
+  template <typename Visit>
+  void each_row(const Source& source, Visit visit) const {
+    const Result rows = source.read(table_);
+    int status = zel_db_result_step(rows.get());
+    for (; status == kRow; status = zel_db_result_step(rows.get())) visit(rows.get());
+    if (status != kNoMoreRows) check(status, "table " + table_.name);
+  }
+
+  int place_of(const char* column) const {
+    int place = 0;
+    while (table_.columns[static_cast<size_t>(place)].name != column) ++place;
+    return place;
+  }
+  std::string property_name(zel_db_result_t* row) const {
+    return text_at(row, place_of("propName")).value_or("");
+  }
+  std::optional<std::string> property(zel_db_result_t* row) const {
+    return bytes_at(row, place_of("propValue"));
+  }
+
+  // What cannot be read is NULL to all readers, and becomes it.
+  void bind(SqliteStatement& insert, zel_db_result_t* row, size_t place, std::string& kept) const {
+    const InventoryTable::Column& column = table_.columns[place];
+    const int from = static_cast<int>(place);
+    const int to = from + 1;
+    if (column.type == "INTEGER") {
+      // Of numbers from 2^63 on, too, all 64 bits: that is how SQLite keeps them.
+      int64_t number = 0;
+      if (zel_db_result_column_int64(row, from, &number) == 0)
+        insert.bind(to, number);
+      else
+        insert.bind_null(to);
+      return;
+    }
+    const bool is_text = column.type == "TEXT";
+    const std::optional<std::string> value = is_text ? text_at(row, from) : bytes_at(row, from);
+    if (!value) return insert.bind_null(to);
+    kept = *value;
+    if (mask_ != nullptr)
+      kept = is_text ? mask_->column(column.name, kept) : mask_->property(property_name(row), kept);
+    if (is_text)
+      insert.bind_text(to, kept);
+    else
+      insert.bind_bytes(to, kept);
+  }
+
+  const InventoryTable& table_;
+  SnapshotMask* mask_;
+};
+
+void write_header(const SqliteFile& file, bool masked) {
+  file.run(
+      "CREATE TABLE ZeldbExport (FormatVersion INTEGER, ZeldbVersion TEXT, Written TEXT, Masked INTEGER) "
+      "STRICT");
+  SqliteStatement insert = file.prepare("INSERT INTO ZeldbExport VALUES (?, ?, datetime('now'), ?)");
+  insert.bind(1, kSnapshotVersion);
+  insert.bind_text(2, ZELDB_VERSION);
+  insert.bind(3, masked ? 1 : 0);
+  insert.step();
+}
+
+std::filesystem::path platform_folder() {
+  const char* const folder = std::getenv("ZEL_PLATFORM_DIR");
+  return folder != nullptr && *folder != '\0' ? folder : "/var/lib/zeldb";
+}
+
+void write_files(const SqliteFile& file, SnapshotMask* mask) {
+  file.run("CREATE TABLE ZeldbFiles (Name TEXT PRIMARY KEY, Content BLOB) STRICT");
+  for (const char* name : kPlatformFiles) {
+    const std::filesystem::path path = platform_folder() / name;
+    if (!std::filesystem::exists(path)) continue;
+    std::string content = read_file(path);
+    if (mask != nullptr) content = mask->json(name, content);
+    SqliteStatement insert = file.prepare("INSERT INTO ZeldbFiles VALUES (?, ?)");
+    insert.bind_text(1, name);
+    insert.bind_bytes(2, content);
+    insert.step();
+  }
+}
+
+}  // namespace
+
+void write_snapshot(const std::string& path, const std::string& name, bool masked) {
+  const Source inventory("dmdb");
+  const Source properties("propertiesdb");
+  const SqliteFile file = create_inventory(path, name);
+  const std::vector<InventoryTable> tables = tables_of(file);
+  const auto source_of = [&](const InventoryTable& table) -> const Source& {
+    return table.name == kProperties ? properties : inventory;
+  };
+  SnapshotMask known;
+  SnapshotMask* const mask = masked ? &known : nullptr;
+  file.run("BEGIN");
+  write_header(file, masked);
+  if (mask != nullptr) {
+    for (const InventoryTable& table : tables) TableCopy(table, mask).learn(source_of(table));
+  }
+  for (const InventoryTable& table : tables) TableCopy(table, mask).write(source_of(table), file);
+  write_files(file, mask);
+  file.run("COMMIT");
+}
+
+}  // namespace zeldb::cli

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What stands between the rows and the eye: terminals, colours, pipes, and texts that are not what they
+// should be.
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <sstream>
+
+#include "tests/cli/sample.h"
+
+namespace zeldb_test {
+namespace {
+
+using Json = nlohmann::json;
+using Texts = std::vector<std::string>;
+
+std::string run_in_shell(const std::string& line, const Texts& env = {}) {
+  Program program{.argv = {"sh", "-c", line}, .env = env};
+  program.env.emplace_back("VREL_LOG=/dev/null");
+  const Outcome outcome = run_program(program);
+  EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
+  return outcome.out;
+}
+
+// On a terminal of its own, without the carriage returns that this adds.
+std::string on_terminal(const std::string& arguments, const Texts& env) {
+  std::string shown =
+      run_in_shell("script -qec '" ZELDB_COMMAND_LINE " " + arguments + "' /dev/null </dev/null", env);
+  std::erase(shown, '\r');
+  return shown;
+}
+
+size_t longest_line(const std::string& text) {
+  size_t longest = 0;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    const auto continued = std::ranges::count_if(line, [](char c) { return (c & 0xC0) == 0x80; });
+    longest = std::max(longest, line.size() - static_cast<size_t>(continued));
+  }
+  return longest;
+}
+
+class Display : public testing::Test {
+ protected:
+  Display() { load_sample(); }
+  Database database_;
+};
+
+TEST_F(Display, FitsATerminalAndNothingElse) {
+  const std::string wide = on_terminal("slots", {"COLUMNS=200", "NO_COLOR=1"});
+  EXPECT_EQ(wide, run_zeldb({"slots"}, {"COLUMNS=40"}).out);
+  const std::string narrow = on_terminal("slots", {"COLUMNS=90", "NO_COLOR=1"});
+  EXPECT_EQ(longest_line(narrow), 90U) << narrow;
+  EXPECT_NE(narrow.find("Broadcom 57…  "), std::string::npos) << narrow;
+  EXPECT_NE(narrow.find("PHLF7391000A2P0"), std::string::npos) << narrow;  // is never cut
+  EXPECT_LE(longest_line(on_terminal("processors --output all", {"COLUMNS=30"})), 30U);
+}
+
+TEST_F(Display, ColoursHealthOnATerminalAlone) {
+  const std::string green = "\x1b[32mOK\x1b[0m";
+  const std::string yellow = "\x1b[33mDegraded\x1b[0m";
+  const std::string coloured = on_terminal("slots", {"TERM=xterm", "COLUMNS=200", "NO_COLOR="});
+  EXPECT_NE(coloured.find(green), std::string::npos) << coloured;
+  EXPECT_NE(coloured.find(yellow), std::string::npos) << coloured;
+  for (const Texts& env : {Texts{"TERM=dumb", "NO_COLOR="}, Texts{"TERM=xterm", "NO_COLOR=1"}})
+    EXPECT_EQ(on_terminal("slots", env).find('\x1b'), std::string::npos) << env[0];
+  EXPECT_EQ(run_zeldb({"slots"}, {"TERM=xterm"}).out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(Display, AClosedPipeIsTheEndAndAFullDiskIsAnError) {
+  // The reader has gone before anything is written.
+  EXPECT_EQ(run_in_shell("{ { sleep 0.3; " ZELDB_COMMAND_LINE
+                         " functions --json; echo $? >&3; } 2>&3 | true; } 3>&1"),
+            "0\n");
+  EXPECT_EQ(run_in_shell(ZELDB_COMMAND_LINE " slots 2>&1 >/dev/full || echo $?"),
+            "zeldb: standard output: No space left on device\n1\n");
+}
+
+class Bytes : public DatabaseTest {};
+ZELDB_ON_EVERY_ENGINE(Bytes);
+
+// A text that would clear the screen, end a line, set the direction, and is no UTF-8 at that.
+TEST_P(Bytes, NeitherSteerATerminalNorBreakJson) {
+  const std::string bytes = "a\x1b[2J\n\t\\\x7f\xc2\x9b\xe2\x80\xae\xff\xc0\xaf\xe2\x82z\xc3\xa4";
+  database.run("INSERT INTO EmbeddedDeviceFirmware (DeviceName, SoftwareID) VALUES ('" + bytes + "', 'x')");
+  const Texts shown{"--no-headings", "--output", "DeviceName"};
+  const auto embedded = [&shown](const std::string& style) {
+    Texts arguments{"embedded", style};
+    arguments.insert(arguments.end(), shown.begin(), shown.end());
+    return run_zeldb(arguments).out;
+  };
+  const std::string safe =
+      "a\\x1b[2J\\x0a\\x09\\\\x7f\\x9b\\u202e\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
+      "\xEF\xBF\xBDz\xc3\xa4\n";
+  EXPECT_EQ(embedded("--mask"), safe);
+  std::string raw = safe;
+  raw.insert(raw.find("\\\\x7f"), "\\");
+  EXPECT_EQ(embedded("--raw"), raw);
+  const std::string json = embedded("--json");
+  EXPECT_TRUE(std::ranges::all_of(json, [](char c) { return (c >= ' ' && c < '\x7f') || c == '\n'; }))
+      << json;
+  EXPECT_TRUE(Json::accept(json)) << json;
+}
+
+TEST_P(Bytes, OfTheSameValueAreMaskedAlike) {
+  database.run_all({
+      "INSERT INTO DPUEvents (Slot, GenID, Message, Timestamp) VALUES (1, 'a', 'Port 02:00:5e:10:00:01 of "
+      "192.0.2.10 (fe80::1), 02-00-5E-10-00-01', 1)",
+      "INSERT INTO DPUEvents (Slot, GenID, Message, Timestamp) VALUES (1, 'b', 'at 12:30:45, version 1.2.3: "
+      "02005e100001 is 5a0e64b0-c2d7-11ef-a1b2-005056c00001, 192.0.2.10', 2)",
+  });
+  EXPECT_EQ(run_zeldb({"dpu-log", "1", "--mask", "--no-headings", "--output", "Message"}).out,
+            "Port address-0001 of address-0002 (address-0003), address-0004\n"
+            "at 12:30:45, version 1.2.3: address-0005 is address-0006, address-0002\n");
+}
+
+}  // namespace
+}  // namespace zeldb_test

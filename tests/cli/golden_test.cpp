@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the command prints. A file in tests/cli/golden is a transcript: its first line says in front of which
+// databases ("# sample", "# empty", "# away"), each line "$ zeldb ..." is run as it is and with --json, and
+// what both print stands below it; "! 1 text" is an exit status and standard error. ZELDB_UPDATE_GOLDEN=1
+// writes the transcripts anew, to be read before they are committed. SAMPLES stands for the folder of the
+// samples.
+//
+// What is shown as JSON has to agree with docs/zeldb.schema.json, and what --mask leaves with its
+// "identifies".
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <iomanip>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/cli/sample.h"
+
+namespace zeldb_test {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+const std::string kPrompt = "$ zeldb ";
+
+std::vector<std::string> transcripts() {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(ZELDB_GOLDEN)) names.push_back(entry.path().stem());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string read_file(const fs::path& path) {
+  std::ifstream stream(path);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+const Json& schema() {
+  static const Json whole = Json::parse(read_file(ZELDB_SCHEMA));
+  return whole;
+}
+
+std::vector<std::string> words_of(const std::string& command) {
+  std::istringstream stream(command);
+  std::vector<std::string> words;
+  for (std::string word; stream >> std::quoted(word, '\'');) words.push_back(with_samples(word));
+  return words;
+}
+
+// The name of the view in the schema: of "ports 01310000 --logical" it is "ports-logical".
+std::string view_of(const std::string& command) {
+  const std::vector<std::string> words = words_of(command);
+  for (const std::string& word : words) {
+    if (word.starts_with("--") && schema().at("$defs").contains(words[0] + word.substr(1)))
+      return words[0] + word.substr(1);
+  }
+  return words[0];
+}
+
+bool agrees(const Json& value, const Json& property) {
+  if (property.at("type") == "integer")
+    return value.is_number_integer() && (!property.contains("minimum") || value >= property.at("minimum"));
+  if (value.is_null()) return property.at("type") != "string";
+  if (!value.is_string() || value.get<std::string>().empty()) return false;
+  return !property.contains("pattern") ||
+         std::regex_match(value.get<std::string>(), std::regex(property.at("pattern").get<std::string>()));
+}
+
+// Every column in its order, and of its type.
+void expect_agreement(const Json& output, const Json& view) {
+  EXPECT_EQ(output.size(), 2U);
+  EXPECT_EQ(output.at("format_version"), schema().at("properties").at("format_version").at("const"));
+  for (const Json& row : output.at("rows")) {
+    auto property = view.at("properties").begin();
+    for (const auto& [key, value] : row.items()) {
+      ASSERT_NE(property, view.at("properties").end()) << key;
+      EXPECT_EQ(key, property.key());
+      EXPECT_TRUE(agrees(value, property.value())) << key << ": " << value;
+      ++property;
+    }
+    EXPECT_EQ(property, view.at("properties").end());
+  }
+}
+
+// Equal values have equal replacements, different ones different ones; other columns are as they were.
+void expect_masked(const Json& output, const Json& masked, const Json& view) {
+  std::map<std::string, std::string> replacements;
+  std::set<std::string> given;
+  ASSERT_EQ(output.at("rows").size(), masked.at("rows").size());
+  for (size_t row = 0; row < output.at("rows").size(); ++row) {
+    for (const auto& [key, value] : output.at("rows")[row].items()) {
+      const Json& shown = masked.at("rows")[row].at(key);
+      const std::string kind = view.at("properties").at(key).value("identifies", "");
+      if (kind.empty() || value.is_null()) {
+        EXPECT_EQ(shown, value) << key;
+      } else if (kind != "text") {
+        const std::string word = shown.get<std::string>();
+        EXPECT_TRUE(std::regex_match(word, std::regex("[a-z]+-[0-9]+"))) << key << ": " << word;
+        const auto known = replacements.try_emplace(value.get<std::string>(), word);
+        EXPECT_EQ(known.first->second, word) << key;
+        EXPECT_TRUE(!known.second || given.insert(word).second) << word;
+      }
+    }
+  }
+}
+
+class Golden : public testing::TestWithParam<std::tuple<Engine, std::string>> {
+ protected:
+  Golden() : database_(std::get<Engine>(GetParam())) {}
+
+  static Outcome run(const std::string& command, const std::vector<std::string>& more = {}) {
+    std::vector<std::string> words = words_of(command);
+    words.insert(words.end(), more.begin(), more.end());
+    return run_zeldb(words);
+  }
+
+  static std::string shown(const Outcome& outcome) {
+    std::string text = outcome.out;
+    if (outcome.exit_status != 0) text += "! " + std::to_string(outcome.exit_status) + " " + outcome.err;
+    return without_samples(text);
+  }
+
+  static std::string replay(const std::string& command) {
+    SCOPED_TRACE(command);
+    const Outcome plain = run(command);
+    if (plain.exit_status != 0 || command.find(" --json") != std::string::npos) return shown(plain);
+    const Outcome json = run(command, {"--json"});
+    const Outcome masked = run(command, {"--json", "--mask"});
+    if (json.exit_status == 0 && masked.exit_status == 0) {
+      const Json& view = schema().at("$defs").at(view_of(command));
+      const Json output = Json::parse(json.out);
+      if (command.find("--output") == std::string::npos) expect_agreement(output, view);
+      expect_masked(output, Json::parse(masked.out), view);
+    }
+    EXPECT_EQ(plain.err + json.err + masked.err, "");
+    return shown(plain) + shown(json);
+  }
+
+  Database database_;
+};
+
+TEST_P(Golden, IsWhatItPrints) {
+  const fs::path file = fs::path(ZELDB_GOLDEN) / (std::get<std::string>(GetParam()) + ".txt");
+  const std::string expected = read_file(file);
+  std::istringstream lines(expected);
+  std::string line;
+  std::getline(lines, line);
+  if (line == "# sample") load_sample();
+  if (line == "# away") setenv("ZEL_DB_URL", url_of_nothing(database_).c_str(), 1);
+  std::string actual = line + "\n";
+  while (std::getline(lines, line)) {
+    if (line.starts_with(kPrompt)) actual += "\n" + line + "\n" + replay(line.substr(kPrompt.size()));
+  }
+  if (std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr) {
+    std::ofstream(file) << actual;
+  } else {
+    EXPECT_EQ(actual, expected);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Golden,
+                         testing::Combine(testing::ValuesIn(engines()), testing::ValuesIn(transcripts())),
+                         [](const auto& parameter) {
+                           return name_of(std::get<Engine>(parameter.param)) + "_" +
+                                  std::get<std::string>(parameter.param);
+                         });
+
+// Of each view the transcripts show rows, and the database that is empty or away.
+TEST(GoldenFiles, ShowEveryView) {
+  std::map<std::string, std::set<std::string>> seen;
+  for (const std::string& name : transcripts()) {
+    std::istringstream lines(read_file(fs::path(ZELDB_GOLDEN) / (name + ".txt")));
+    std::string databases;
+    std::getline(lines, databases);
+    std::string view;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with(kPrompt)) view = view_of(line.substr(kPrompt.size()));
+      const bool has_rows = line.starts_with("{\"") && !line.starts_with("{\"format_version");
+      if (databases != "# sample" || has_rows) seen[view].insert(databases);
+    }
+  }
+  for (const auto& [view, definition] : schema().at("$defs").items()) {
+    EXPECT_TRUE(seen[view].contains("# sample") || view == "retimer") << view;
+    const bool needs_no_database = std::regex_match(view, std::regex("cards|retimer|decode-vpd.*|columns"));
+    if (needs_no_database) continue;
+    EXPECT_TRUE(seen[view].contains("# empty")) << view;
+    EXPECT_TRUE(seen[view].contains("# away")) << view;
+  }
+}
+
+TEST(Schema, IsWhatTheCommandPrints) {
+  const Outcome printed = run_zeldb({"schema"});
+  if (std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr) std::ofstream(ZELDB_SCHEMA) << printed.out;
+  EXPECT_EQ(printed.out, read_file(ZELDB_SCHEMA));
+}
+
+}  // namespace
+}  // namespace zeldb_test

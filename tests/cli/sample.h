@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The command, and the sample controller in front of it.
+#ifndef TESTS_CLI_SAMPLE_H
+#define TESTS_CLI_SAMPLE_H
+
+#include <string>
+#include <vector>
+
+#include "tests/support/database.h"
+#include "tests/support/run_program.h"
+
+namespace zeldb_test {
+
+Outcome run_zeldb(std::vector<std::string> arguments, const std::vector<std::string>& env = {});
+
+// One line, on standard error alone, with the reason in it.
+void expect_failure(const Outcome& outcome, int status, const std::string& why);
+
+std::string content_of(const std::string& path);
+
+// Into the databases of ZEL_DB_URL.
+void load_sample();
+
+// A URL of the same engine without databases behind it.
+std::string url_of_nothing(const Database& database);
+
+// SAMPLES in a text, and the folder that it stands for.
+std::string with_samples(std::string text);
+std::string without_samples(std::string text);
+
+}  // namespace zeldb_test
+
+#endif

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/cli/sample.h"
+
+namespace zeldb_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+void write(const fs::path& path, const std::string& content) {
+  std::ofstream(path, std::ios::binary) << content;
+}
+
+// Has statements go to an export.
+struct Redirected {
+  Redirected(const fs::path& exported, const Database& database) : url(database.url()) {
+    setenv("ZEL_DB_URL", ("sqlite://" + exported.string()).c_str(), 1);
+  }
+  Redirected(const Redirected&) = delete;
+  Redirected& operator=(const Redirected&) = delete;
+  ~Redirected() { setenv("ZEL_DB_URL", url.c_str(), 1); }
+  const std::string& url;
+};
+
+class Snapshot : public DatabaseTest {
+ protected:
+  Snapshot() {
+    for (const fs::path& made : {platform_, temporary_}) fs::create_directory(made);
+    load_sample();
+  }
+
+  Outcome zeldb(const std::vector<std::string>& arguments, const std::string& url = {}) const {
+    return run_zeldb(arguments,
+                     {"ZEL_PLATFORM_DIR=" + (url.empty() ? platform_.string() : "/nonexistent"),
+                      "TMPDIR=" + temporary_.string(), "ZEL_DB_URL=" + (url.empty() ? database.url() : url)});
+  }
+  void export_to(const fs::path& file, std::vector<std::string> options = {}) const {
+    options.insert(options.begin(), {"export", file});
+    const Outcome outcome = zeldb(options);
+    ASSERT_EQ(outcome.exit_status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out + outcome.err, "");
+  }
+  std::string text_of(const fs::path& exported, const std::string& select) const {
+    const Redirected redirected(exported, database);
+    return database.text(select);
+  }
+  void change(const fs::path& exported, const std::string& statement) const {
+    const Redirected redirected(exported, database);
+    database.run(statement);
+  }
+
+  const fs::path folder_ = database.folder();
+  const fs::path platform_ = folder_ / "platform";
+  const fs::path temporary_ = folder_ / "tmp";
+  const fs::path file_ = folder_ / "export.db";
+};
+ZELDB_ON_EVERY_ENGINE(Snapshot);
+
+// What the views need to show something.
+const std::map<std::string, std::string> kArguments = {{"settings", "1400"},
+                                                       {"settings --sets", "1400"},
+                                                       {"dpu-log", "12"},
+                                                       {"ports --link", "00040000"},
+                                                       {"retimer", "1"},
+                                                       {"firmware --downstream", "--slot 1:1"},
+                                                       {"vpd --published", "--slot 3"},
+                                                       {"decode-vpd", "SAMPLES/nvme-vpd.bin"},
+                                                       {"decode-vpd --model", "ST1"},
+                                                       {"decode-vpd --date", "0120"},
+                                                       {"diff", "SAMPLES/baseline.json"}};
+
+TEST_P(Snapshot, ShowsWhatTheControllerShows) {
+  const bool is_signed = database.kind() == Engine::Sqlite;  // keeps all bits, with a sign
+  database.run(
+      "INSERT INTO Memory (SlotNo, DevLocator, SerialNo, PartNo, MemSize, Manufacturer, TypeDetail, "
+      "Capacity) "
+      "VALUES (40, 'D\xC4M \x01 ''\xFF', '', NULL, -5, 'Intel', 4096, " +
+      std::string(is_signed ? "-1" : "18446744073709551615") + ")");
+  database.run(
+      "INSERT INTO PCISetting (SettingID, PfaKey, Flags, Choices) VALUES ('Long.Choices', 5120, 2, '" +
+      std::string(2000, 'c') + "')");
+  database.run(
+      "INSERT INTO propertiesDCTbl (propName, propValue) VALUES ('/blob', x'00FF0080270A'), ('/null', NULL)",
+      "propertiesdb");
+  write(platform_ / "bios.json", "{ broken \xFF");
+  write(platform_ / "platform.json", "{\"platform_flags\": 32768}");
+  export_to(file_);
+
+  const std::string odd =
+      "SELECT hex(DevLocator), hex(SerialNo), PartNo, MemSize FROM Memory WHERE SlotNo=40";
+  EXPECT_EQ(text_of(file_, odd), "44C44D20012027FF,,NULL,-5");
+  EXPECT_EQ(text_of(file_,
+                    "SELECT hex(propValue), propValue IS NULL FROM propertiesDCTbl "
+                    "WHERE propName IN ('/blob', '/null')"),
+            "00FF0080270A,0;,1");
+  EXPECT_EQ(text_of(file_, "SELECT Name, hex(Content) FROM ZeldbFiles WHERE Name='bios.json'"),
+            "bios.json,7B2062726F6B656E20FF");
+
+  std::set<std::string> views;
+  std::istringstream columns(zeldb({"columns", "--raw", "--no-headings", "--output", "View"}).out);
+  for (std::string view; std::getline(columns, view);) views.insert(view);
+  EXPECT_GT(views.size(), 30U);
+  for (const std::string& view : views) {
+    const auto more = kArguments.find(view);
+    std::istringstream line(view + " --json " + (more != kArguments.end() ? with_samples(more->second) : ""));
+    std::vector<std::string> words{std::istream_iterator<std::string>(line), {}};
+    const Outcome live = zeldb(words);
+    words.insert(words.end(), {"--from", file_});
+    const Outcome exported = zeldb(words, url_of_nothing(database));
+    EXPECT_EQ(exported.out, live.out) << view;
+    EXPECT_EQ(exported.exit_status, live.exit_status) << view;
+    EXPECT_EQ(live.err, view == "retimer" ? exported.err : "") << view;
+  }
+  EXPECT_TRUE(fs::is_empty(temporary_));
+}
+
+TEST_P(Snapshot, IsAWholePrivateFileOrNone) {
+  export_to(file_);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
+  const std::string first = content_of(file_);
+  expect_failure(zeldb({"export", file_}), 1, "--force");
+  expect_failure(zeldb({"export", "--force", folder_}), 1, "no regular file");
+  expect_failure(zeldb({"export", folder_ / "none" / "file"}), 1, "No such file");
+  write(platform_ / "bios.json", "[");
+  expect_failure(zeldb({"export", "--force", "--mask", file_}), 1, "bios.json");
+  fs::remove(platform_ / "bios.json");
+  database.run("DROP TABLE SensorSlotMap");
+  expect_failure(zeldb({"export", "--force", file_}), 1, "SensorSlotMap");
+  EXPECT_EQ(content_of(file_), first);
+  const fs::path copy = folder_ / "copy %41?#.db";
+  export_to(copy, {"--from", file_});
+  export_to(file_, {"--force", "--from", copy});
+  EXPECT_EQ(content_of(file_).size(), first.size());
+  for (const auto& entry : fs::directory_iterator(folder_))
+    EXPECT_NE(entry.path().stem().string().substr(0, 9), "export.db") << entry.path();
+  EXPECT_TRUE(fs::is_empty(temporary_));
+}
+
+TEST_P(Snapshot, IsReadWhenItIsOne) {
+  export_to(file_);
+  const std::string good = content_of(file_);
+  const fs::path bad = folder_ / "bad.db";
+  write(bad, "no database");
+  expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
+  write(bad, good.substr(0, 6000));
+  expect_failure(zeldb({"slots", "--from", bad}), 1, "bad.db: ");
+  write(bad, good);
+  change(bad, "UPDATE ZeldbExport SET FormatVersion = 2");
+  expect_failure(zeldb({"slots", "--from", bad}), 1, "written by a newer zeldb (format 2");
+  change(bad, "DELETE FROM ZeldbExport");
+  expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
+  change(bad, "DROP TABLE ZeldbExport");
+  expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
+  expect_failure(zeldb({"slots", "--from", folder_}), 1, "is no regular file");
+  expect_failure(zeldb({"slots", "--from", folder_ / "none"}), 1, "none: No such file");
+
+  // Of a version with fewer tables and columns, and with a file that would be written elsewhere.
+  const fs::path older = folder_ / "older.db";
+  write(older, good);
+  change(older, "DROP TABLE VPDs");
+  change(older, "ALTER TABLE PCIAdapter DROP COLUMN NodeNo");
+  change(older, "INSERT INTO ZeldbFiles VALUES ('../escaped', x'78')");
+  const Outcome slots = zeldb({"slots", "--from", older});
+  EXPECT_EQ(slots.exit_status, 0) << slots.err;
+  EXPECT_NE(slots.out.find("Onboard SATA controller"), std::string::npos) << slots.out;
+  EXPECT_FALSE(fs::exists(folder_ / "escaped"));
+  EXPECT_TRUE(fs::is_empty(temporary_));
+}
+
+std::string lower(std::string text) {
+  std::ranges::transform(text, text.begin(),
+                         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+TEST_P(Snapshot, MasksWhateverIdentifies) {
+  database.run(
+      "INSERT INTO DPUEvents (Slot, GenID, Message) VALUES (12, 'X', 'mt2200001 has 02:00:5e:20:00:77 and "
+      "2001:db8::17')");
+  database.run("UPDATE PCISetting SET CurrentValue='was SP2200001, 198.51.100.7' WHERE PfaKey=5120");
+  write(platform_ / "bios.json",
+        "{\"collections\":[{\"name\":\"A\",\"attributes\":[{\"AttributeName\":\"b\",\"Choices\":"
+        "\"50:06:01:60:3b:a0:11:22\",\"current\":\"C1A0F3B200D41\",\"pending\":\"203.0.113.9\"}]}]}");
+  std::vector<std::string> originals = {"02:00:5e:20:00:77", "2001:db8", "198.51", "50:06:01", "203.0"};
+  for (const char* select :
+       {"SerialNo FROM VPDs", "UUID FROM VPDs", "SupplierSN FROM VPDs", "FoDUid FROM PCIMisc",
+        "GPUChipSerialNumber FROM PCIGPUChip", "GPUChipUniqueID FROM PCIGPUChip", "SerialNo FROM Memory",
+        "PermanentAddress FROM PCIPhysicalPort", "PermanentAddress FROM PCILogicalPort",
+        "NetworkAddresses FROM PCILogicalPort", "FCoEPermanentAddress FROM PCILogicalPort",
+        "SerialNo FROM Processor", "AssetTag FROM Processor", "SerialNo FROM AimDisks",
+        "SupplierSN FROM NVMeDrives", "UUID FROM NVMeDrives"}) {
+    for (const auto& row : database.rows(std::string("SELECT ") + select)) {
+      const std::string value = row[0].value_or("");
+      if (value.find_first_of("0123456789") != std::string::npos) originals.push_back(lower(value));
+    }
+  }
+  ASSERT_GT(originals.size(), 60U);
+  export_to(file_, {"--mask"});
+  const std::string content = lower(content_of(file_));
+  for (const std::string& original : originals)
+    EXPECT_EQ(content.find(original), std::string::npos) << original;
+
+  const std::string shared =
+      "SELECT count(*) FROM VPDs v JOIN PCIGPUChip c ON v.SerialNo=c.GPUChipSerialNumber";
+  EXPECT_EQ(text_of(file_, shared), "1");
+  EXPECT_EQ(database.text(shared), "1");
+  for (const char* view : {"slots", "ports", "disks", "gpus"}) {
+    const std::string live = zeldb({view, "--raw"}).out;
+    const std::string masked = zeldb({view, "--raw", "--from", file_}).out;
+    EXPECT_EQ(std::ranges::count(masked, '\n'), std::ranges::count(live, '\n')) << view;
+  }
+}
+
+}  // namespace
+}  // namespace zeldb_test
