@@ -2,7 +2,7 @@
 add_library(zeldb_flags INTERFACE)
 target_compile_features(zeldb_flags INTERFACE cxx_std_20 c_std_17)
 target_compile_options(
-  zeldb_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror
+  zeldb_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 $<$<BOOL:${ZELDB_WERROR}>:-Werror>
                         -fstack-protector-strong -fno-plt)
 # Files of 2 GiB and more, where off_t would have 32 bits.
 target_compile_definitions(zeldb_flags INTERFACE _FILE_OFFSET_BITS=64)

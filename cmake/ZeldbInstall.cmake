@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: Apache-2.0
+# What `cmake --install` puts where, but for what man/ makes. What is installed finds its parts from where it stands,
+# so that the whole may be moved.
+include(CMakePackageConfigHelpers)
+set(ZELDB_SYSTEMD_UNIT_DIR lib/systemd/system CACHE STRING "Where the unit of the parser is installed")
+
+set(libraries zeldb)
+set(modules zeldb)
+if(NOT ZELDB_PLATFORM STREQUAL "external")
+  list(APPEND libraries zel_db zel_platform vrel_log)
+  list(APPEND modules zeldb-platform)
+  set_target_properties(zeldb_platform PROPERTIES EXPORT_NAME platform)
+  install(TARGETS zeldb_platform EXPORT zeldbTargets)
+  install(DIRECTORY platform/include/platform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zeldb-platform
+          FILES_MATCHING PATTERN "*.h")
+endif()
+
+file(RELATIVE_PATH from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(ucm_parser zeldb_cli PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin}")
+set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS ucm_parser zeldb_cli)
+install(TARGETS ${libraries} EXPORT zeldbTargets)
+
+install(DIRECTORY include/zeldb TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
+
+# For CMake and pkg-config.
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zeldb)
+install(EXPORT zeldbTargets NAMESPACE zeldb:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/zeldbConfig.cmake.in zeldbConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(zeldbConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zeldbConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/zeldbConfigVersion.cmake
+        DESTINATION ${package_dir})
+
+set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH from_pkgconfig ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+foreach(module ${modules})
+  configure_file(cmake/${module}.pc.in ${module}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
+# For people.
+install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples samples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# The prefix may be another one by then.
+install(CODE "
+  set(bindir \"${CMAKE_INSTALL_BINDIR}\")
+  cmake_path(ABSOLUTE_PATH bindir BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+  configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/contrib/systemd/ucm-parser.service.in\"
+                 \"${CMAKE_CURRENT_BINARY_DIR}/ucm-parser.service\" @ONLY)")
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ucm-parser.service DESTINATION ${ZELDB_SYSTEMD_UNIT_DIR})

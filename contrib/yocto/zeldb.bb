@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: Apache-2.0
+# Builds the checkout that this recipe stands in: name its folder in BBFILES, or link to the recipe's file from a layer
+# and set EXTERNALSRC.
+SUMMARY = "Hardware inventory of a management controller"
+DESCRIPTION = "A library, a parser of BIOS settings and an operator's command over tables in SQLite or MariaDB"
+SECTION = "base"
+LICENSE = "Apache-2.0"
+LIC_FILES_CHKSUM = "file://LICENSE;md5=3b83ef96387f14655fc854ddc3c6bd57"
+
+PV = "0.1.0"
+DEPENDS = "cli11 nlohmann-json"
+
+inherit cmake externalsrc systemd
+
+EXTERNALSRC ??= "${@os.path.abspath(os.path.join(d.getVar('THISDIR'), '..', '..'))}"
+EXTERNALSRC_BUILD = "${WORKDIR}/build"
+
+# Without the stand-ins, ZELDB_PLATFORM_LIBRARIES names the controller's own libraries (docs/platform.md), and DEPENDS the
+# recipes that they come from.
+PACKAGECONFIG ??= "standin"
+PACKAGECONFIG[standin] = "-DZELDB_PLATFORM=standin,-DZELDB_PLATFORM=external -DZELDB_PLATFORM_LIBRARIES='${ZELDB_PLATFORM_LIBRARIES}',mariadb sqlite3"
+ZELDB_PLATFORM_LIBRARIES ??= ""
+
+# The manual would need the built programs to run on the build machine.
+EXTRA_OECMAKE = "\
+    -DCMAKE_SKIP_INSTALL_RPATH=ON \
+    -DZELDB_BUILD_MANUAL=OFF \
+    -DZELDB_BUILD_TESTS=OFF \
+    -DZELDB_WERROR=OFF \
+    -DZELDB_SYSTEMD_UNIT_DIR=${systemd_system_unitdir} \
+"
+
+SYSTEMD_SERVICE:${PN} = "ucm-parser.service"
+SYSTEMD_AUTO_ENABLE = "disable"
+
+PACKAGES =+ "${PN}-platform"
+FILES:${PN}-platform = "${libdir}/libvrel_log.so.* ${libdir}/libzel_db.so.* ${libdir}/libzel_platform.so.*"
