@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <CLI/CLI.hpp>
-
 #include <memory>
 
 #include "cli/arguments.h"
@@ -33,8 +31,8 @@ void setup_baseline(CLI::App& app) {
   require(add_text(app, "FILE", options->file, "", "The file to write, readable for its owner alone"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
-  app.footer("zeldb diff FILE tells what has become of these parts.");
-  app.callback([options] { write_baseline(*options); });
+  set_action(
+      app, [options] { write_baseline(*options); }, "zeldb diff FILE tells what has become of these parts.");
 }
 
 }  // namespace zeldb::cli

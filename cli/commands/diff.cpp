@@ -72,10 +72,11 @@ void run(const Options& options, const std::function<void()>& show) {
 
 void setup_diff(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_text(app, "FILE", options->file, "", "A file that zeldb baseline has written"));
+  require(add_text(app, "FILE", options->file, "",
+                   "A file that zeldb baseline has written; the exit status is 0 when nothing differs, 1 "
+                   "when something does, 2 when it cannot be told"));
   add_flag(app, "--hardware", options->hardware,
            "Leave out what has merely changed: firmware and the like of parts that have stayed");
-  app.description(app.get_description() + ". Exit status: 0 the same, 1 different, 2 trouble.");
   Listing(app)
       .view(kColumns, [options] { return compare(*options); })
       .around([options, &app](const std::function<void()>& show) {

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <CLI/CLI.hpp>
-
 #include <memory>
 
 #include "cli/arguments.h"
@@ -35,11 +33,11 @@ void setup_export(CLI::App& app) {
            "Replace serial numbers, UUIDs and addresses, equal ones by the same word");
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
-  app.footer(
+  set_action(
+      app, [options] { write_export(*options); },
       "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one SQLite "
       "database. Every other command reads it with --from. Look at it before you give it away: --mask does "
       "not know what names and texts of your own say of you.");
-  app.callback([options] { write_export(*options); });
 }
 
 }  // namespace zeldb::cli
