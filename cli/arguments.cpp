@@ -64,7 +64,11 @@ CLI::Option* add_text(CLI::App& app, const std::string& name, std::string& value
 
 CLI::Option* add_choice(CLI::App& app, const std::string& name, std::string& value,
                         const std::vector<std::string>& choices, const std::string& help) {
-  return app.add_option(name, value, help)->type_name("")->check(CLI::IsMember(choices));
+  std::string type;
+  for (const std::string& choice : choices) type += (type.empty() ? "{" : ",") + choice;
+  return app.add_option(name, value, help)
+      ->type_name(type + "}")
+      ->check(CLI::IsMember(choices).description(""));
 }
 
 CLI::Option* add_number(CLI::App& app, const std::string& name, Number& value, const std::string& type,

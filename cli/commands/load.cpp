@@ -29,7 +29,9 @@ void load(const Options& options) {
 
 void setup_load(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->files, "SQL statements, each ended by a semicolon")->required();
+  app.add_option("FILE", options->files, "SQL statements, each ended by a semicolon")
+      ->type_name("")
+      ->required();
   app.add_option("--database", options->database, "The database to run them in")
       ->check(CLI::IsMember({"dmdb", "propertiesdb"}))
       ->capture_default_str();
