@@ -4,6 +4,7 @@
 // program that opens the databases, and warm. On SQLite, or on the server that with_mariadb starts.
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -17,8 +18,6 @@
 #include <vector>
 
 #include "platform/zel_db_admin.h"
-
-extern char** environ;
 
 namespace {
 
@@ -43,13 +42,11 @@ void make_sample() {
 // Milliseconds.
 double report(const std::string& program, const std::string& page) {
   std::vector<std::string> words = {program, "report", "--force", page};
-  std::vector<char*> arguments;
-  for (std::string& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
+  char* const arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
   const auto start = std::chrono::steady_clock::now();
   pid_t child = 0;
   int status = -1;
-  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments.data(), environ) != 0 ||
+  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ) != 0 ||
       waitpid(child, &status, 0) != child || status != 0) {
     throw std::runtime_error("zeldb report failed");
   }

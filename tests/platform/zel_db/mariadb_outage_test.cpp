@@ -46,7 +46,7 @@ class MariaDbOutage : public testing::Test {
   }
   // What the log says since it was last asked for.
   std::string log() const {
-    const std::string text = content_of(log_);
+    std::string text = content_of(log_);
     std::filesystem::remove(log_);
     return text;
   }
