@@ -22,7 +22,7 @@ const std::string kFunctions = "Ocp-Ethernet.Port2VirtualFunctions";
 // A controller of the test's own, after a full run of the parser.
 class Pending : public DatabaseTest {
  protected:
-  Pending() {
+  void SetUp() override {
     fs::create_directories(folder_ / "markers");
     for (const char* file : {"bios.json", "platform.json"})
       fs::copy_file(fs::path(ZELDB_SAMPLES) / file, folder_ / file);

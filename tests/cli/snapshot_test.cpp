@@ -37,7 +37,7 @@ struct Redirected {
 
 class Snapshot : public DatabaseTest {
  protected:
-  Snapshot() {
+  void SetUp() override {
     for (const fs::path& made : {platform_, temporary_}) fs::create_directory(made);
     load_sample();
   }
