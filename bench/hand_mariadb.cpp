@@ -116,6 +116,7 @@ class HandMariadb : public Works {
   unsigned list() override;
 
   unsigned aim_supported(uint32_t function_key) override {
+    benchmark::DoNotOptimize(function_filter(function_key).c_str());
     key_value_ = function_key;
     key_->run();
     if (!key_->fetch()) give_up("no such function");

@@ -75,6 +75,7 @@ class HandSqlite : public Works {
   unsigned list() override;
 
   unsigned aim_supported(uint32_t function_key) override {
+    benchmark::DoNotOptimize(function_filter(function_key).c_str());
     key_->bind(1, int64_t{function_key});
     if (!key_->step()) give_up("no such function");
     const auto supported = static_cast<unsigned>(sqlite3_column_int64(key_->get(), 0));

@@ -50,6 +50,10 @@ PCISetting_info setting(unsigned number) {
   return record;
 }
 
+std::string function_filter(uint32_t function_key) {
+  return "PCIFuncKey=" + std::to_string(function_key);
+}
+
 std::string key_filter(const PCISetting_info& record) {
   return std::string("SettingID=\"") + reinterpret_cast<const char*>(record.SettingID) + "\"";
 }

@@ -62,7 +62,8 @@ std::unique_ptr<Works> hand_mariadb(const std::string& socket);
 PCISetting_info setting(unsigned number);
 uint32_t function_key(unsigned number);
 
-// The texts of a store: the same for both.
+// The texts of a read and a store: the same for both.
+std::string function_filter(uint32_t function_key);
 std::string key_filter(const PCISetting_info& record);
 std::string change_filter(const PCISetting_info& record);
 
