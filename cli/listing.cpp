@@ -8,7 +8,6 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
-#include "cli/mask.h"
 #include "cli/output.h"
 #include "cli/snapshot.h"
 #include "cli/text.h"
@@ -90,17 +89,6 @@ std::vector<size_t> chosen_columns(const Listing::State& state, const View& view
   return places;
 }
 
-// Replacements are given out in the order in which values stand in all columns, so that they do not depend on
-// those that are shown.
-void mask(const View& view, std::vector<Row>& rows) {
-  Mask mask;
-  for (Row& row : rows) {
-    for (size_t place = 0; place < row.size(); ++place) {
-      if (auto* text = std::get_if<std::string>(&row[place])) *text = mask(view.columns[place].key, *text);
-    }
-  }
-}
-
 Table table_of(const View& view, const std::vector<size_t>& places, std::vector<Row> rows) {
   Table table;
   for (const size_t place : places) table.columns.push_back(view.columns[place]);
@@ -115,9 +103,8 @@ void show(const Listing::State& state) {
   const View& view = chosen_view(state);
   const std::vector<size_t> places = chosen_columns(state, view);
   if (!state.snapshot.empty()) use_snapshot(state.snapshot);
-  std::vector<Row> rows = view.read();
-  if (state.masked) mask(view, rows);
-  const Table table = table_of(view, places, std::move(rows));
+  Mask mask;
+  const Table table = table_of(view, places, read_rows(view, state.masked ? &mask : nullptr));
   const std::string text = state.as_json  ? as_json(table)
                            : state.as_raw ? as_raw(table, !state.no_headings)
                                           : as_table(table, {!state.no_headings, terminal()});
@@ -147,6 +134,19 @@ void add_options(CLI::App& app, Listing::State& state) {
 
 const std::vector<View>& views() {
   return registry();
+}
+
+// Replacements are given out in the order in which values stand in all columns, so that they do not depend on
+// those that are shown.
+std::vector<Row> read_rows(const View& view, Mask* mask) {
+  std::vector<Row> rows = view.read();
+  if (mask == nullptr) return rows;
+  for (Row& row : rows) {
+    for (size_t place = 0; place < row.size(); ++place) {
+      if (auto* text = std::get_if<std::string>(&row[place])) *text = (*mask)(view.columns[place].key, *text);
+    }
+  }
+  return rows;
 }
 
 std::string name_of(const View& view) {

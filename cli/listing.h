@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "cli/column.h"
+#include "cli/mask.h"
 
 namespace CLI {
 class App;
@@ -32,6 +33,8 @@ struct View {
 // Those of all commands, in their order. The name of a view is the command's, or "ports --logical".
 const std::vector<View>& views();
 std::string name_of(const View& view);
+// The rows of a view, masked when there is a mask.
+std::vector<Row> read_rows(const View& view, Mask* mask);
 
 class Listing {
  public:

@@ -48,19 +48,10 @@ constexpr struct {
                {"disks", "LocationId", 4, "7 mm bays", "bay", "BayNo", "7 mm", "Model"},
                {"slots", "Location", 0, "On the board", "slot", "SlotNo", "Device", "CardName"}};
 
-void mask_rows(const ReportTable& table, std::vector<Row>& rows, Mask& mask) {
-  for (Row& row : rows) {
-    for (size_t place = 0; place < row.size(); ++place) {
-      if (auto* text = std::get_if<std::string>(&row[place])) *text = mask(table.columns[place].key, *text);
-    }
-  }
-}
-
 ReportTable read_table(const View& view, const char* title, Mask* mask) {
   ReportTable table{view.command, title, {}, {view.columns.begin(), view.columns.end()}, {}};
   try {
-    table.rows = view.read();
-    if (mask != nullptr) mask_rows(table, table.rows, *mask);
+    table.rows = read_rows(view, mask);
   } catch (const Failure& failure) {
     table.failure = failure.what();
   }

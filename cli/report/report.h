@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "cli/column.h"
-#include "cli/mask.h"
 
 namespace zeldb::cli {
 

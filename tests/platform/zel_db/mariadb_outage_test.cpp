@@ -135,12 +135,8 @@ TEST_F(MariaDbOutage, ARestartGoesUnnoticed) {
 
 TEST_F(MariaDbOutage, AServerKilledDuringACall) {
   MariaDbServer& made = server();
-  const std::pair<const char*, const char*> cases[] = {
-      {"select sleep(20)", "status 14"},
-      {"insert into PCIAdapter (SlotNo) select sleep(20)", "status 14"},
-      {"update PCIAdapter set SlotNo=sleep(20)+7", "status 14"},
-  };
-  for (const auto& [statement, answer] : cases) {
+  for (const char* const statement : {"select sleep(20)", "insert into PCIAdapter (SlotNo) select sleep(20)",
+                                      "update PCIAdapter set SlotNo=sleep(20)+7"}) {
     const Client client;
     ASSERT_EQ(insert(client, 1), "");
     std::thread killer([&] {
@@ -148,7 +144,7 @@ TEST_F(MariaDbOutage, AServerKilledDuringACall) {
       made.kill();
     });
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(raw(client, statement), answer);
+    EXPECT_EQ(raw(client, statement), "status 14");
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
     killer.join();
     EXPECT_NE(log().find("lost the connection to dmdb at localhost ("), std::string::npos) << statement;
