@@ -49,6 +49,7 @@ class Lifter {
 
   void copy_until(const char* p) { sql_.append(copied_, static_cast<size_t>(p - copied_)); }
   bool is_prefixed(const char* quote) const;
+  bool is_compared(const char* placeholder) const;
   void lift(const char* from, const char* to, const Value& value);
   Value unquote(const char* from, const char* to);
   const char* fail(const char* reason, int status = kSqlError) {
@@ -127,6 +128,12 @@ bool Lifter::is_prefixed(const char* quote) const {
   return prefix && (quote - 1 == begin_ || !is_word(quote[-2]));
 }
 
+bool Lifter::is_compared(const char* placeholder) const {
+  const char* p = placeholder;
+  while (p > begin_ && is_blank(p[-1])) --p;
+  return p > begin_ && kMarks[static_cast<unsigned char>(p[-1])] == Mark::Comparison;
+}
+
 const char* Lifter::comparison(const char* p) {
   const char* number = p + 1;
   while (number < end_ && kMarks[static_cast<unsigned char>(*number)] == Mark::Comparison) ++number;
@@ -137,8 +144,7 @@ const char* Lifter::comparison(const char* p) {
   if (behind < end_ && (is_word(*behind) || *behind == '.')) return number;
   int64_t value = 0;
   if (std::from_chars(number, behind, value).ec == std::errc()) {
-    const char* const digits = std::find_if(number, behind - 1, [](char c) { return c != '0'; });
-    lift(number, behind, Value::literal({digits, static_cast<size_t>(behind - digits)}, value));
+    lift(number, behind, Value::compared(value));
   }
   return behind;
 }
@@ -153,8 +159,8 @@ const char* Lifter::placeholder(const char* p) {
   if (parameter.Type != kSigned && parameter.Type != kUnsigned) {
     return fail("unknown parameter type", kInvalidArgument);
   }
-  values_.list.push_back(
-      Value::integer(parameter.Type == kSigned ? static_cast<int64_t>(static_cast<int32_t>(low)) : low));
+  const auto number = parameter.Type == kSigned ? static_cast<int64_t>(static_cast<int32_t>(low)) : low;
+  values_.list.push_back(is_compared(p) ? Value::compared(number) : Value::integer(number));
   return p + 1;
 }
 

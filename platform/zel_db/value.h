@@ -7,9 +7,7 @@
 
 namespace zel_db {
 
-// What is bound to one placeholder. A text is not owned: it outlives the run of the statement. A number that
-// stood in a condition comes with its digits as the text, for engines that compare it with columns of both
-// kinds.
+// What is bound to one placeholder. A text is not owned: it outlives the run of the statement.
 struct Value {
   enum class Kind : uint8_t { Null, Integer, Unsigned, Text };
 
@@ -18,15 +16,15 @@ struct Value {
   static Value unsigned64(uint64_t number) {
     return {nullptr, 0, static_cast<int64_t>(number), Kind::Unsigned};
   }
-  static Value literal(std::string_view digits, int64_t number) {
-    return {digits.data(), digits.size(), number, Kind::Integer};
-  }
+  // A number that a column is compared with, of either kind.
+  static Value compared(int64_t number) { return {nullptr, 0, number, Kind::Integer, true}; }
   static Value text_of(std::string_view text) { return {text.data(), text.size(), 0, Kind::Text}; }
 
   const char* text = nullptr;
   size_t size = 0;
   int64_t number = 0;  // the bits of an unsigned one
   Kind kind = Kind::Null;
+  bool is_compared = false;
 };
 
 }  // namespace zel_db

@@ -65,7 +65,9 @@ TEST_P(Contract, RowsComeAsTheyWereInserted) {
   std::string settings = "a" + keys;
   for (size_t at = 0; (at = settings.find(';', at)) != std::string::npos; at += 2)
     settings.insert(at + 1, "a");
-  EXPECT_EQ(query(handle, "PCISetting", "SettingID", "PfaKey=1 AND SettingID like 'a%'"), settings);
+  for (const char* where : {"PfaKey=1", "PfaKey=1 AND Flags = 0", "PfaKey=1 AND SettingID like 'a%'", ""}) {
+    EXPECT_EQ(query(handle, "PCISetting", "SettingID", where), settings) << where;
+  }
   EXPECT_EQ(query(handle, "PCISetting", "PfaKey", "1 GROUP BY PfaKey"), "1");
   EXPECT_EQ(query(handle, "PCIAdapter", "PCIKey", "1=1 ORDER BY PCIKey DESC LIMIT 2"), "40;39");
   EXPECT_EQ(query(handle, "PCIAdapter", "PCIKey", "PCIKey<3", {}, "PCIKey"), "1;2");
@@ -276,6 +278,9 @@ TEST_P(Contract, ParametersTakeTheirPlaceAmongLiterals) {
   for (const auto& [where, params, expected] : cases) {
     EXPECT_EQ(query(handle, "PCIs", "_id", where, params), expected) << where;
   }
+  raw(handle, "insert into PCIAdapter (CardName) values ('12'), ('012'), ('twelve'), ('0'), ('')");
+  EXPECT_EQ(query(handle, "PCIAdapter", "_id", "CardName=?", {{3, 0, 1, 12}}), "1");
+  EXPECT_EQ(query(handle, "PCIAdapter", "_id", "CardName=?", {{2, 0, 1, 0}}), "4");
 }
 
 TEST_P(Contract, TheSchemaRefusesTheSameValues) {

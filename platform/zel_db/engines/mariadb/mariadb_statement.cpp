@@ -5,6 +5,7 @@
 #include <mysqld_error.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 
 #include "zel_db/sql_text.h"
@@ -48,6 +49,16 @@ bool is_outdated(unsigned code) {
   return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
 }
 
+// What the server gets. A number that is compared goes as its digits: the server compares a column of numbers
+// with it as a number all the same, but in a column of texts it would take "five" for 0 if it got a number,
+// and read the whole table to do so.
+std::string_view sent(const Value& value, char (&digits)[24]) {
+  if (value.kind == Value::Kind::Text) return {value.text, value.size};
+  if (!value.is_compared) return {reinterpret_cast<const char*>(&value.number), sizeof value.number};
+  const char* const end = std::to_chars(digits, digits + sizeof digits, value.number).ptr;
+  return {digits, static_cast<size_t>(end - digits)};
+}
+
 }  // namespace
 
 MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_view sql)
@@ -83,7 +94,7 @@ void MariadbStatement::begin_binding(size_t count) {
   bound_.assign(count, {});
   parameters_.assign(count, {});
   for (size_t i = 0; i < count; ++i) {
-    bound_[i].bytes.resize(16);
+    bound_[i].bytes.resize(24);
     parameters_[i].buffer_type = MYSQL_TYPE_STRING;
     parameters_[i].buffer = bound_[i].bytes.data();
     parameters_[i].length = &bound_[i].size;
@@ -91,10 +102,8 @@ void MariadbStatement::begin_binding(size_t count) {
   }
 }
 
-// A number from a condition goes as its digits: the server compares a column of numbers with it as a number
-// all the same, but in a column of texts it would take "five" for 0 if it got a number, and read the whole
-// table to do so. The client library keeps where parameters are, the server of which types they are: both are
-// told again only when that changes, for it costs more than to copy the values there.
+// The client library keeps where parameters are, the server of which types they are: both are told again only
+// when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
   bool is_bound = is_bound_;
   for (size_t i = 0; i < values.size(); ++i) {
@@ -103,7 +112,7 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     Parameter& parameter = bound_[i];
     parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
     if (parameter.is_null != 0) continue;
-    const bool is_text = value.kind == Value::Kind::Text || value.text != nullptr;
+    const bool is_text = value.kind == Value::Kind::Text || value.is_compared;
     const enum_field_types type = is_text ? MYSQL_TYPE_STRING : MYSQL_TYPE_LONGLONG;
     const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
@@ -111,14 +120,15 @@ bool MariadbStatement::bind(std::span<const Value> values) {
       bind.is_unsigned = is_unsigned;
       is_bound = false;
     }
-    const void* from = is_text ? static_cast<const void*>(value.text) : &value.number;
-    parameter.size = static_cast<unsigned long>(is_text ? value.size : sizeof value.number);
+    char digits[24];
+    const std::string_view bytes = sent(value, digits);
+    parameter.size = static_cast<unsigned long>(bytes.size());
     if (parameter.size > parameter.bytes.size()) {
       parameter.bytes.resize(2 * parameter.size);
       bind.buffer = parameter.bytes.data();
       is_bound = false;
     }
-    if (parameter.size != 0) std::memcpy(bind.buffer, from, parameter.size);
+    if (parameter.size != 0) std::memcpy(bind.buffer, bytes.data(), bytes.size());
   }
   is_bound_ = is_bound || values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
   return is_bound_;
