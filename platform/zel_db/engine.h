@@ -61,8 +61,8 @@ struct Dialect {
   const char* table_options;
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
-  const char* without_indexes;       // behind a table's name: it is read from its first row to its last
-  bool asks_before_updates = false;  // where an update that matches nothing costs more than a query
+  const char* without_indexes;  // behind a table's name: it is read from its first row to its last
+  bool pays_for_order;          // to ask for an order costs something even where rows have it already
 };
 
 struct Target {

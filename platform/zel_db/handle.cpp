@@ -135,13 +135,14 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
   return status;
 }
 
-// A condition of many values looks for what has changed, and mostly nothing has. Where the engine locks the
-// database for an update that writes nothing, a query finds that out for less and in nobody's way. The update
-// is known to be right: it has run before.
+// A condition of many values looks for what has changed, and mostly nothing has. A query finds that out for
+// less than an update, which takes its locks before it finds nothing to write, and in nobody's way. The
+// update is known to be right: it has run before. A query of a transaction would see what was there when it
+// began.
 bool _zel_db_handle_t::finds_nothing(const StatementKey& question, const StatementKey& update,
                                      std::span<const Value> values) {
   constexpr size_t kMany = 8;
-  if (values.size() < kMany || session_ == nullptr || !session_->dialect->asks_before_updates) return false;
+  if (values.size() < kMany || session_ == nullptr || session_->connection->in_transaction()) return false;
   if (!session_->cache.contains(update)) return false;
   std::unique_ptr<Result> rows;
   return execute(question, values, true, &rows, nullptr) == kOk && rows->row_count() == 0;

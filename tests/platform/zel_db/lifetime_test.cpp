@@ -43,8 +43,7 @@ TEST_P(Lifetime, CachedStatementsSeeWhatOthersDo) {
   }
 }
 
-// A long condition that finds nothing is asked first by an engine that would lock the database for the
-// update.
+// A long condition that mostly finds nothing is asked first.
 TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
   const Client client;
   database.run(
@@ -52,7 +51,11 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
       " values (1, 2, 3, 4, 5, 6, 7, 8)");
   zel_db_content_values_t* values = zel_db_get_content_values(client);
   zel_db_content_put_text(values, "CardName", "x");
-  for (const int slot : {1, 1, 2, 2, 1, 3}) {
+  // A transaction of this server sees what was there when it first looked, but writes to what is there now.
+  const bool keeps_looking_back = GetParam() == Engine::MariaDb;
+  for (const auto& [slot, begun] : {std::pair(1, false), {1, false}, {2, false}, {1, false}, {2, true}}) {
+    if (begun) raw(client, "begin");
+    if (begun && keeps_looking_back) query(client, "PCIAdapter", "_id");
     database.run("update PCIAdapter set SlotNo=" + std::to_string(slot));
     int64_t updated = 77;
     const char* where =
@@ -63,6 +66,7 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
     EXPECT_EQ(
         zel_db_update(client, "PCIAdapter", values, (std::string(where) + "=").c_str(), nullptr, 0, &updated),
         2);
+    if (begun) raw(client, "commit");
   }
   zel_db_free_content_values(values);
   EXPECT_EQ(query(client, "PCIAdapter", "CardName"), "x");

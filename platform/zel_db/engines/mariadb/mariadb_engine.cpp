@@ -17,7 +17,7 @@ constexpr unsigned kAnswerSeconds = 60;
 // their order.
 constexpr const char* kSessionSettings =
     "SET NAMES latin1 COLLATE latin1_nopad_bin, autocommit=1, innodb_lock_wait_timeout=5, "
-    "lock_wait_timeout=5, optimizer_switch='semijoin=off', "
+    "lock_wait_timeout=5, optimizer_switch='semijoin=off,mrr=off', "
     "sql_mode='STRICT_TRANS_TABLES,NO_ENGINE_SUBSTITUTION,NO_BACKSLASH_ESCAPES,NO_AUTO_VALUE_ON_ZERO'";
 
 constexpr const char* kCharacters = " CHARACTER SET latin1 COLLATE latin1_nopad_bin";
@@ -44,6 +44,7 @@ constexpr Dialect kDialect = {
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
     .without_indexes = " USE INDEX ()",
+    .pays_for_order = true,
 };
 
 std::string database_of(const Target& target) {

@@ -40,7 +40,7 @@ constexpr Dialect kDialect = {
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
     .without_indexes = " NOT INDEXED",
-    .asks_before_updates = true,
+    .pays_for_order = false,
 };
 
 constexpr const char* kSuffix = ".sqlite";
