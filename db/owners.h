@@ -2,11 +2,14 @@
 #ifndef DB_OWNERS_H
 #define DB_OWNERS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 #include "db/row.h"
@@ -61,24 +64,49 @@ class PropertyDatabase : public Connection {
   PropertyDatabase() : Connection("propertiesdb") {}
 };
 
-// An array on its way to a caller, who releases it with free().
+// An array on its way to a caller, who releases it with free(). Zeroed, so that no record hands out what the
+// heap held before; each just before its first use, for the cache has lost it by the time it is filled if all
+// are zeroed at once.
 template <typename T>
 class MallocArray {
+  static_assert(std::is_trivially_copyable_v<T>);
+
  public:
-  // Zeroed, so that no record hands out what the heap held before. False when memory is short.
+  // False when memory is short.
   bool allocate(size_t count) {
-    items_.reset(static_cast<T*>(std::calloc(count > 0 ? count : 1, sizeof(T))));
+    if (count > PTRDIFF_MAX / sizeof(T)) return false;
+    items_.reset(static_cast<T*>(std::malloc(std::max<size_t>(count, 1) * sizeof(T))));
+    count_ = items_ != nullptr ? count : 0;
+    zeroed_ = 0;
     return items_ != nullptr;
   }
-  T* get() const { return items_.get(); }
-  T& operator[](size_t index) const { return items_.get()[index]; }
-  T* release() { return items_.release(); }
+  T& operator[](size_t index) {
+    if (index >= zeroed_) zero_until(index + 1);
+    return items_.get()[index];
+  }
+  T* get() {
+    zero_until(count_);
+    return items_.get();
+  }
+  T* release() {
+    zero_until(count_);
+    return items_.release();
+  }
 
  private:
   struct Free {
     void operator()(T* items) const { std::free(items); }
   };
+
+  void zero_until(size_t end) {
+    if (end > zeroed_)
+      std::memset(static_cast<void*>(items_.get() + zeroed_), 0, (end - zeroed_) * sizeof(T));
+    zeroed_ = std::max(zeroed_, end);
+  }
+
   std::unique_ptr<T, Free> items_;
+  size_t count_ = 0;
+  size_t zeroed_ = 0;  // so many from the first
 };
 
 // A list that another function fills for the use of this one.
