@@ -5,6 +5,7 @@
 
 #include "zel_db/engine.h"
 #include "zel_db/schema_families.h"
+#include "zel_db/sql_text.h"
 
 namespace zel_db {
 namespace {
@@ -55,6 +56,15 @@ std::string index_definition(const Table& table, const Column& column) {
          column.name + ")";
 }
 
+const Table* table_of(std::string_view name) {
+  for (const Family& family : families()) {
+    for (const Table& table : family.tables) {
+      if (table.name == name) return &table;
+    }
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 std::span<const Family> families() {
@@ -71,9 +81,17 @@ std::span<const Family> families() {
 }
 
 bool has_row_ids(std::string_view name) {
-  return std::ranges::any_of(families(), [&](const Family& family) {
-    return std::ranges::any_of(family.tables,
-                               [&](const Table& table) { return table.name == name && table.has_row_id; });
+  const Table* const table = table_of(name);
+  return table != nullptr && table->has_row_id;
+}
+
+bool is_number(std::string_view table_name, std::string_view column_name) {
+  const Table* const table = table_of(table_name);
+  if (table == nullptr) return false;
+  if (equal_ignoring_case(column_name, "_id")) return table->has_row_id;
+  return std::ranges::any_of(table->columns, [&](const Column& column) {
+    return equal_ignoring_case(column.name, column_name) &&
+           (column.kind == Kind::Integer || column.kind == Kind::Unsigned64);
   });
 }
 

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "zel_db/compared_columns.h"
 #include "zel_db/sql_text.h"
 
 namespace zel_db {
@@ -49,12 +50,9 @@ bool is_outdated(unsigned code) {
   return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
 }
 
-// What the server gets. A number that is compared goes as its digits: the server compares a column of numbers
-// with it as a number all the same, but in a column of texts it would take "five" for 0 if it got a number,
-// and read the whole table to do so.
-std::string_view sent(const Value& value, char (&digits)[24]) {
+std::string_view sent(const Value& value, bool as_digits, char (&digits)[24]) {
   if (value.kind == Value::Kind::Text) return {value.text, value.size};
-  if (!value.is_compared) return {reinterpret_cast<const char*>(&value.number), sizeof value.number};
+  if (!as_digits) return {reinterpret_cast<const char*>(&value.number), sizeof value.number};
   const char* const end = std::to_chars(digits, digits + sizeof digits, value.number).ptr;
   return {digits, static_cast<size_t>(end - digits)};
 }
@@ -62,7 +60,10 @@ std::string_view sent(const Value& value, char (&digits)[24]) {
 }  // namespace
 
 MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_view sql)
-    : connection_(connection), sql_(sql), has_sub_select_(has_sub_select(sql)) {
+    : connection_(connection),
+      sql_(sql),
+      has_sub_select_(has_sub_select(sql)),
+      compares_numbers_(compares_numbers(sql)) {
   connection_.add(this);
 }
 
@@ -102,6 +103,9 @@ void MariadbStatement::begin_binding(size_t count) {
   }
 }
 
+// A number goes as its digits where it may be compared with a column of texts, in which the server would take
+// "five" for 0 if it got a number, and read the whole table to do so. It understands digits everywhere, but
+// takes longer, and rounds those of many places.
 // The client library keeps where parameters are, the server of which types they are: both are told again only
 // when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
@@ -112,7 +116,8 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     Parameter& parameter = bound_[i];
     parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
     if (parameter.is_null != 0) continue;
-    const bool is_text = value.kind == Value::Kind::Text || value.is_compared;
+    const bool as_digits = value.is_compared && !compares_numbers_[i];
+    const bool is_text = value.kind == Value::Kind::Text || as_digits;
     const enum_field_types type = is_text ? MYSQL_TYPE_STRING : MYSQL_TYPE_LONGLONG;
     const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
@@ -121,7 +126,7 @@ bool MariadbStatement::bind(std::span<const Value> values) {
       is_bound = false;
     }
     char digits[24];
-    const std::string_view bytes = sent(value, digits);
+    const std::string_view bytes = sent(value, as_digits, digits);
     parameter.size = static_cast<unsigned long>(bytes.size());
     if (parameter.size > parameter.bytes.size()) {
       parameter.bytes.resize(2 * parameter.size);
