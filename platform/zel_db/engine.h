@@ -62,7 +62,8 @@ struct Dialect {
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
   const char* without_indexes;  // behind a table's name: it is read from its first row to its last
-  bool pays_for_order;          // to ask for an order costs something even where rows have it already
+  bool searches_conditions;  // looks in each part of a condition for a way to the row that its id would find
+  bool pays_for_order;       // to ask for an order costs something even where rows have it already
 };
 
 struct Target {

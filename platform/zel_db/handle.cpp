@@ -144,8 +144,14 @@ bool _zel_db_handle_t::finds_nothing(const StatementKey& question, const Stateme
   constexpr size_t kMany = 8;
   if (values.size() < kMany || session_ == nullptr || session_->connection->in_transaction()) return false;
   if (!session_->cache.contains(update)) return false;
+  if (!session_->cache.contains(question) && !can_be_asked(question.text)) return false;
+  SmallVector<Value, 64> id_last;
+  id_last.append(values.data() + 1, values.size() - 1);
+  id_last.push_back(values.front());
   std::unique_ptr<Result> rows;
-  return execute(question, values, true, &rows, nullptr) == kOk && rows->row_count() == 0;
+  if (execute(question, {id_last.begin(), id_last.size()}, true, &rows, nullptr) != kOk) return false;
+  uint64_t matches = 0;
+  return rows->step() != kRow || (rows->number(0, &matches) == kOk && matches == 0);
 }
 
 // A read is repeated on a new connection. A write is not: the old connection may have done it before it was

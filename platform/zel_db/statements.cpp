@@ -3,9 +3,12 @@
 
 #include "zel_db/hash.h"
 #include "zel_db/row_order.h"
+#include "zel_db/sql_text.h"
 
 namespace zel_db {
 namespace {
+
+constexpr std::string_view kOneRow = "_id=? AND (";
 
 void put_together_insert(const StatementKey& key, const Dialect& dialect, std::string& sql) {
   sql.append("INSERT INTO ").append(key.table);
@@ -31,6 +34,15 @@ void put_together_update(const StatementKey& key, std::string& sql) {
   if (!key.text.empty()) sql.append(" WHERE ").append(key.text);
 }
 
+void put_together_question(const StatementKey& key, const Dialect& dialect, std::string& sql) {
+  const std::string_view condition = key.text.substr(kOneRow.size() - 1);
+  if (dialect.searches_conditions) {
+    sql.append("SELECT ").append(condition).append(" IS TRUE FROM ").append(key.table).append(" WHERE _id=?");
+  } else {
+    sql.append("SELECT 1 FROM ").append(key.table).append(" WHERE ").append(condition).append(" AND _id=?");
+  }
+}
+
 }  // namespace
 
 StatementKey text_key(std::string_view statement) {
@@ -49,6 +61,18 @@ StatementKey question_key(std::string_view table, std::string_view where) {
   return {StatementKey::Form::Question, table, {}, where, hash_of(where, hash_of(table))};
 }
 
+bool can_be_asked(std::string_view where) {
+  if (!where.starts_with(kOneRow)) return false;
+  const char* const end = where.data() + where.size();
+  int depth = 1;
+  for (const char* p = where.data() + kOneRow.size(); p < end; ++p) {
+    if (*p == '\'' || *p == '"' || *p == '`' || skip_comment(p, end) != p) return false;
+    depth += *p == '(' ? 1 : *p == ')' ? -1 : 0;
+    if (depth == 0) return p + 1 == end;
+  }
+  return false;
+}
+
 StatementKey update_key(const StatementKey& question, std::string_view columns) {
   return {StatementKey::Form::Update, question.table, columns, question.text,
           hash_of(columns, question.hash)};
@@ -60,9 +84,7 @@ std::string_view statement_text(const StatementKey& key, const Dialect& dialect,
   scratch.clear();
   if (key.form == StatementKey::Form::Insert) put_together_insert(key, dialect, scratch);
   if (key.form == StatementKey::Form::Update) put_together_update(key, scratch);
-  if (key.form == StatementKey::Form::Question) {
-    scratch.append("SELECT 1 FROM ").append(key.table).append(" WHERE ").append(key.text).append(" LIMIT 1");
-  }
+  if (key.form == StatementKey::Form::Question) put_together_question(key, dialect, scratch);
   return scratch;
 }
 

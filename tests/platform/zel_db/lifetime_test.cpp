@@ -57,15 +57,19 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
     if (begun) raw(client, "begin");
     if (begun && keeps_looking_back) query(client, "PCIAdapter", "_id");
     database.run("update PCIAdapter set SlotNo=" + std::to_string(slot));
-    int64_t updated = 77;
-    const char* where =
-        "_id=1 AND (SlotNo!=1 OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR "
-        "PCIKey!=7)";
-    EXPECT_EQ(zel_db_update(client, "PCIAdapter", values, where, nullptr, 0, &updated), 0);
-    EXPECT_EQ(updated, slot == 1 ? 0 : 1) << slot;
-    EXPECT_EQ(
-        zel_db_update(client, "PCIAdapter", values, (std::string(where) + "=").c_str(), nullptr, 0, &updated),
-        2);
+    const std::string changed =
+        "(SlotNo!=1 OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR PCIKey!=7)";
+    const std::tuple<std::string, int, int> cases[] = {
+        {"_id=1 AND " + changed, 0, slot == 1 ? 0 : 1},
+        {"_id=2 AND " + changed, 0, 0},
+        {"_id=2 AND " + changed + " OR (SlotNo=2)", 0, slot == 2 ? 1 : 0},
+        {"_id=1 AND " + changed + "=", 2, 77},
+    };
+    for (const auto& [where, status, rows] : cases) {
+      int64_t updated = 77;
+      EXPECT_EQ(zel_db_update(client, "PCIAdapter", values, where.c_str(), nullptr, 0, &updated), status);
+      EXPECT_EQ(updated, rows) << slot << " " << where;
+    }
     if (begun) raw(client, "commit");
   }
   zel_db_free_content_values(values);

@@ -44,6 +44,7 @@ constexpr Dialect kDialect = {
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
     .without_indexes = " USE INDEX ()",
+    .searches_conditions = true,
     .pays_for_order = true,
 };
 

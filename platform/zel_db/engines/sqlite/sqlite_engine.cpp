@@ -40,6 +40,7 @@ constexpr Dialect kDialect = {
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
     .without_indexes = " NOT INDEXED",
+    .searches_conditions = false,
     .pays_for_order = false,
 };
 
