@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <vector>
 
 #include "cli/command.h"
@@ -52,7 +53,11 @@ class TemporaryFolder {
 
 TemporaryFolder* TemporaryFolder::only_ = nullptr;
 
-TemporaryFolder::TemporaryFolder() : folder_(fs::temp_directory_path() / "zeldb-XXXXXX") {
+TemporaryFolder::TemporaryFolder() {
+  std::error_code error;
+  const fs::path parent = fs::temp_directory_path(error);
+  if (error) throw Failure("no folder for temporary files (TMPDIR): " + error.message());
+  folder_ = parent / "zeldb-XXXXXX";
   if (mkdtemp(folder_.data()) == nullptr) throw Failure(folder_ + ": " + std::strerror(errno));
   for (const char* suffix : {"", "-wal", "-shm", "-journal"})
     files_.push_back(path(std::string(kInventory) + suffix));

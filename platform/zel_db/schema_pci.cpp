@@ -35,7 +35,7 @@ constexpr Column kPciAdapter[] = {
 };
 
 constexpr Column kPcis[] = {
-    number("FunKey", "key of the function: segment, bus, device and function, a byte each, from the top",
+    number("FunKey", "key of the function: location, bus, device and function, a byte each, from the top",
            Index::Plain),
     number("DevKey", kAdapterKey, Index::Plain),
     number("NodeIndex", "node that it belongs to"),
