@@ -46,7 +46,7 @@ TEST_P(Contract, RowsComeAsTheyWereInserted) {
     raw(handle, "insert into PCIs (DevKey, Location) values (" + std::to_string(i) + ",1)");
     raw(handle,
         "insert into PCIAdapter (PCIKey, PCIFuncKey, SlotNo) values (" + key + "," + key + "," + key + ")");
-    raw(handle, "insert into PCISetting (SettingID, PfaKey) values ('a" + key + "',1)");
+    raw(handle, "insert into PCISetting (SettingID, PfaKey, Flags) values ('a" + key + "',1,0)");
     keys += (keys.empty() ? "" : ";") + key;
   }
   const char* const cases[][4] = {
@@ -281,6 +281,31 @@ TEST_P(Contract, ParametersTakeTheirPlaceAmongLiterals) {
   raw(handle, "insert into PCIAdapter (CardName) values ('12'), ('012'), ('twelve'), ('0'), ('')");
   EXPECT_EQ(query(handle, "PCIAdapter", "_id", "CardName=?", {{3, 0, 1, 12}}), "1");
   EXPECT_EQ(query(handle, "PCIAdapter", "_id", "CardName=?", {{2, 0, 1, 0}}), "4");
+}
+
+// A column of numbers compares all their digits, one of texts compares texts; also where the names say
+// little.
+TEST_P(Contract, NumbersAreComparedAsTheirColumnIs) {
+  raw(handle,
+      "insert into PCIAdapter (PCIKey, CardName) values (9007199254740992, '9007199254740992'), (7, '07'), "
+      "(8, 'eight')");
+  raw(handle, "insert into PCIs (DevKey, SlotDesignation) values (8, '8')");
+  const char* const cases[][2] = {
+      {"PCIKey=9007199254740993", ""},
+      {"pcikey != 9007199254740993", "1;2;3"},
+      {"CardName=7 OR CardName=0", ""},
+      {"CardName=9007199254740992", "1"},
+      {"`CardName`=7 OR _id<1", ""},
+      {"PCIKey>0 AND (CardName != 07)", "1;2;3"},
+      {"PCIKey IN (SELECT DevKey FROM PCIs WHERE SlotDesignation=8)", "3"},
+      {"PCIKey IN (SELECT DevKey FROM PCIs WHERE SlotDesignation=0)", ""},
+  };
+  for (const auto& [where, expected] : cases) {
+    EXPECT_EQ(query(handle, "PCIAdapter", "_id", where), expected) << where;
+  }
+  raw(handle, "insert into AimDisks (BayNo, Location) values (8, 'Slot 8')");
+  EXPECT_EQ(query(handle, "AimDisks", "_id", "Location=0 AND BayNo IN (SELECT DevKey FROM PCIs)"), "");
+  EXPECT_EQ(raw(handle, "select AimDisks._id from PCIs, AimDisks where AimDisks.Location=0"), "");
 }
 
 TEST_P(Contract, TheSchemaRefusesTheSameValues) {

@@ -105,7 +105,7 @@ void MariadbStatement::begin_binding(size_t count) {
 
 // A number goes as its digits where it may be compared with a column of texts, in which the server would take
 // "five" for 0 if it got a number, and read the whole table to do so. It understands digits everywhere, but
-// takes longer, and rounds those of many places.
+// takes longer.
 // The client library keeps where parameters are, the server of which types they are: both are told again only
 // when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
