@@ -7,8 +7,6 @@
 #include <link.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -16,17 +14,15 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/texts.h"
+
+namespace zeldb_test {
 namespace {
 
 using Sizes = std::map<std::string, std::size_t>;
 
 // Programs that use exported data have its size compiled in.
 const Sizes kData{{"hc_card_table", 61 * 226}, {"is_amd_platform", 1}};
-
-std::string read_file(const char* path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 class Library {
  public:
@@ -71,13 +67,13 @@ class Library {
     return entries;
   }
 
-  const std::string file_ = read_file(ZELDB_LIBRARY);
+  const std::string file_ = content_of(ZELDB_LIBRARY);
   std::vector<ElfW(Shdr)> sections_;
 };
 
 // The names between "global:" and "local:" of a map that is one node.
 std::set<std::string> export_list() {
-  std::string text = read_file(ZELDB_EXPORT_LIST);
+  std::string text = content_of(ZELDB_EXPORT_LIST);
   for (auto begin = text.find("/*"); begin != std::string::npos; begin = text.find("/*", begin))
     text.erase(begin, text.find("*/", begin) + 2 - begin);
   for (const char* part : {"{", "global:", "local:\n    *;\n};"}) {
@@ -117,3 +113,4 @@ TEST(Exports, AreOfTheRightNameAndCanBeInterposed) {
 }
 
 }  // namespace
+}  // namespace zeldb_test

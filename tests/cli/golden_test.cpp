@@ -32,20 +32,8 @@ using Json = nlohmann::ordered_json;
 
 const std::string kPrompt = "$ zeldb ";
 
-std::vector<std::string> transcripts() {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(ZELDB_GOLDEN)) names.push_back(entry.path().stem());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-std::string read_file(const fs::path& path) {
-  std::ifstream stream(path);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 const Json& schema() {
-  static const Json whole = Json::parse(read_file(ZELDB_SCHEMA));
+  static const Json whole = Json::parse(content_of(ZELDB_SCHEMA));
   return whole;
 }
 
@@ -150,7 +138,7 @@ class Golden : public testing::TestWithParam<std::tuple<Engine, std::string>> {
 
 TEST_P(Golden, IsWhatItPrints) {
   const fs::path file = fs::path(ZELDB_GOLDEN) / (std::get<std::string>(GetParam()) + ".txt");
-  const std::string expected = read_file(file);
+  const std::string expected = content_of(file);
   std::istringstream lines(expected);
   std::string line;
   std::getline(lines, line);
@@ -168,7 +156,8 @@ TEST_P(Golden, IsWhatItPrints) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Golden,
-                         testing::Combine(testing::ValuesIn(engines()), testing::ValuesIn(transcripts())),
+                         testing::Combine(testing::ValuesIn(engines()),
+                                          testing::ValuesIn(names_in(ZELDB_GOLDEN, ".txt"))),
                          [](const auto& parameter) {
                            return name_of(std::get<Engine>(parameter.param)) + "_" +
                                   std::get<std::string>(parameter.param);
@@ -177,8 +166,8 @@ INSTANTIATE_TEST_SUITE_P(All, Golden,
 // Of each view the transcripts show rows, and the database that is empty or away.
 TEST(GoldenFiles, ShowEveryView) {
   std::map<std::string, std::set<std::string>> seen;
-  for (const std::string& name : transcripts()) {
-    std::istringstream lines(read_file(fs::path(ZELDB_GOLDEN) / (name + ".txt")));
+  for (const std::string& name : names_in(ZELDB_GOLDEN, ".txt")) {
+    std::istringstream lines(content_of(fs::path(ZELDB_GOLDEN) / (name + ".txt")));
     std::string databases;
     std::getline(lines, databases);
     std::string view;
@@ -200,7 +189,7 @@ TEST(GoldenFiles, ShowEveryView) {
 TEST(Schema, IsWhatTheCommandPrints) {
   const Outcome printed = run_zeldb({"schema"});
   if (std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr) std::ofstream(ZELDB_SCHEMA) << printed.out;
-  EXPECT_EQ(printed.out, read_file(ZELDB_SCHEMA));
+  EXPECT_EQ(printed.out, content_of(ZELDB_SCHEMA));
 }
 
 }  // namespace

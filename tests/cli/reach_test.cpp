@@ -5,12 +5,14 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <regex>
 #include <set>
 #include <string>
 
+#include "tests/support/texts.h"
+
+namespace zeldb_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -133,15 +135,10 @@ const std::set<std::string> kOthers = {
 };
 const std::regex kWriting("zeldb_(add|clear|insert|set|update)_.*");
 
-std::string read_file(const fs::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 // Of the export list, those of C++ as they are written.
 std::set<std::string> exported() {
   std::set<std::string> names;
-  const std::string list = read_file(ZELDB_EXPORT_LIST);
+  const std::string list = content_of(ZELDB_EXPORT_LIST);
   const std::regex entry("\n +(_Z([0-9]+))?([A-Za-z_0-9]+);");
   for (std::sregex_iterator match(list.begin(), list.end(), entry), end; match != end; ++match) {
     const std::string length = (*match)[2];
@@ -153,7 +150,7 @@ std::set<std::string> exported() {
 // All commands of the transcripts, one a line.
 std::string transcripts() {
   std::string all;
-  for (const auto& entry : fs::directory_iterator(ZELDB_GOLDEN)) all += read_file(entry.path());
+  for (const auto& entry : fs::directory_iterator(ZELDB_GOLDEN)) all += content_of(entry.path());
   return all;
 }
 
@@ -169,7 +166,7 @@ TEST(Reach, CoversEveryReadingFunction) {
 
 TEST(Reach, IsShownAndTrue) {
   const std::string commands = transcripts();
-  const std::string program = read_file(ZELDB_COMMAND);
+  const std::string program = content_of(ZELDB_COMMAND);
   for (const auto& [function, command] : kReading) {
     const std::string line = std::string("$ zeldb ") + command;
     EXPECT_TRUE(commands.find(line + "\n") != std::string::npos ||
@@ -181,3 +178,4 @@ TEST(Reach, IsShownAndTrue) {
 }
 
 }  // namespace
+}  // namespace zeldb_test

@@ -4,19 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 namespace zeldb_test {
 namespace {
 
 const std::string kWord = "SAMPLES";
 const std::string kFolder = ZELDB_SAMPLES;
-
-void replace(std::string& text, const std::string& from, const std::string& to) {
-  for (size_t place = text.find(from); place != std::string::npos; place = text.find(from, place + to.size()))
-    text.replace(place, from.size(), to);
-}
 
 }  // namespace
 
@@ -34,11 +27,6 @@ void expect_failure(const Outcome& outcome, int status, const std::string& why) 
   EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
 }
 
-std::string content_of(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 void load_sample() {
   std::vector<std::string> load{"load"};
   for (const char* name : {"inventory", "adapters", "processors", "drives", "firmware"})
@@ -53,14 +41,12 @@ std::string url_of_nothing(const Database& database) {
   return database.url() + (database.kind() == Engine::Sqlite ? "/nothing" : "nothing_");
 }
 
-std::string with_samples(std::string text) {
-  replace(text, kWord, kFolder);
-  return text;
+std::string with_samples(const std::string& text) {
+  return replaced(text, kWord, kFolder);
 }
 
-std::string without_samples(std::string text) {
-  replace(text, kFolder, kWord);
-  return text;
+std::string without_samples(const std::string& text) {
+  return replaced(text, kFolder, kWord);
 }
 
 }  // namespace zeldb_test

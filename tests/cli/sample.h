@@ -9,6 +9,7 @@
 
 #include "tests/support/database.h"
 #include "tests/support/run_program.h"
+#include "tests/support/texts.h"
 
 namespace zeldb_test {
 
@@ -17,8 +18,6 @@ Outcome run_zeldb(std::vector<std::string> arguments, const std::vector<std::str
 // One line, on standard error alone, with the reason in it.
 void expect_failure(const Outcome& outcome, int status, const std::string& why);
 
-std::string content_of(const std::string& path);
-
 // Into the databases of ZEL_DB_URL.
 void load_sample();
 
@@ -26,8 +25,8 @@ void load_sample();
 std::string url_of_nothing(const Database& database);
 
 // SAMPLES in a text, and the folder that it stands for.
-std::string with_samples(std::string text);
-std::string without_samples(std::string text);
+std::string with_samples(const std::string& text);
+std::string without_samples(const std::string& text);
 
 }  // namespace zeldb_test
 

@@ -78,6 +78,7 @@ TEST(DriveVpd, Identity) {
       {standard("MAKER/none/SSD MODEL_1/v1/SERIAL/TAG/FILE"), "0 SSD MODEL_1|MAKER|SERIAL|TAG|FILE|-"},
       {standard("//SSD MODEL_1"), "0 SSD MODEL_1|-|-|MODEL_1|-|-"},
       {standard("////S"), "0 -|-|S|-|S|-"},
+      {standard("////" + d40), "0 -|-|" + d32 + "|-|" + d32 + "|-"},
       {standard(d40 + "//" + d63 + "//" + d40 + "/" + d40 + "/" + d40),
        "0 " + d63 + "|" + d16 + "|" + d32 + "|" + d32 + "|" + d32 + "|-"},
       {standard("\1M//A_B// \x80\xFF/\x7F/\x1F"), "0 A_B|| \x80\xFF|||-"},

@@ -83,16 +83,12 @@ LibcShim& libc() {
   return *instance;
 }
 
-void LibcShim::mark(const std::string& name, const std::string& content) {
+void LibcShim::mark(const std::string& name) {
   if (!own_folder_) {
     tmp = std::filesystem::temp_directory_path() / "zeldb-XXXXXX";
     own_folder_ = mkdtemp(tmp.data()) != nullptr;
   }
-  std::ofstream(tmp + "/" + name) << content;
-}
-
-void LibcShim::unmark(const std::string& name) const {
-  std::filesystem::remove(tmp + "/" + name);
+  std::ofstream(tmp + "/" + name).flush();
 }
 
 bool LibcShim::fail_allocation(size_t at_least, int nth, const char* object) {

