@@ -10,4 +10,8 @@ void use_snapshot(const std::string& file) {
   throw Failure(file + ": this build of zeldb reads no exports");
 }
 
+bool reads_snapshot() {
+  return false;
+}
+
 }  // namespace zeldb::cli

@@ -75,6 +75,8 @@ void TemporaryFolder::end(int signal) {
   std::raise(signal);
 }
 
+bool snapshot_in_use = false;
+
 Failure no_export(const std::string& file) {
   return Failure(file + ": is no export of zeldb");
 }
@@ -151,10 +153,15 @@ void unpack(const std::string& file, const TemporaryFolder& to) {
 
 void use_snapshot(const std::string& file) {
   require_file(file);
+  snapshot_in_use = true;
   static const TemporaryFolder folder;
   unpack(file, folder);
   setenv("ZEL_DB_URL", ("sqlite://" + percent_encoded(folder.path(kInventory))).c_str(), 1);
   setenv("ZEL_PLATFORM_DIR", folder.folder().c_str(), 1);
+}
+
+bool reads_snapshot() {
+  return snapshot_in_use;
 }
 
 }  // namespace zeldb::cli

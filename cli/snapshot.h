@@ -19,6 +19,8 @@ constexpr const char* kPlatformFiles[] = {"bios.json", "platform.json", "aim_con
 // Makes what this process reads come from a file that zeldb export has written, instead of the controller.
 // To be called before anything is read.
 void use_snapshot(const std::string& file);
+// Whether it does. What goes on in this machine is then no answer.
+bool reads_snapshot();
 
 // Writes what this process reads to an empty file; name is what failures call it.
 void write_snapshot(const std::string& path, const std::string& name, bool masked);

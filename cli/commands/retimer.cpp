@@ -2,6 +2,7 @@
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/listing.h"
+#include "cli/snapshot.h"
 #include "zeldb/firmware.h"
 
 namespace zeldb::cli {
@@ -17,7 +18,7 @@ constexpr Column kColumns[] = {
 
 std::vector<R> read_progress(uint32_t slot) {
   R progress = {};
-  if (retimer_get_fw_update_progress(slot, &progress) != 0)
+  if (reads_snapshot() || retimer_get_fw_update_progress(slot, &progress) != 0)
     throw Failure("retimer in slot " + std::to_string(slot) + ": no update runs");
   return {progress};
 }
