@@ -66,7 +66,7 @@ class PropertyDatabase : public Connection {
 
 // An array on its way to a caller, who releases it with free(). Zeroed, so that no record hands out what the
 // heap held before; each just before its first use, for the cache has lost it by the time it is filled if all
-// are zeroed at once.
+// are zeroed at once. Large ones come zeroed from the system, and what is not used of them takes no memory.
 template <typename T>
 class MallocArray {
   static_assert(std::is_trivially_copyable_v<T>);
@@ -75,9 +75,11 @@ class MallocArray {
   // False when memory is short.
   bool allocate(size_t count) {
     if (count > PTRDIFF_MAX / sizeof(T)) return false;
-    items_.reset(static_cast<T*>(std::malloc(std::max<size_t>(count, 1) * sizeof(T))));
+    const bool is_large = count * sizeof(T) >= kMapped;
+    const size_t size = std::max<size_t>(count, 1);
+    items_.reset(static_cast<T*>(is_large ? std::calloc(size, sizeof(T)) : std::malloc(size * sizeof(T))));
     count_ = items_ != nullptr ? count : 0;
-    zeroed_ = 0;
+    zeroed_ = is_large ? count_ : 0;
     return items_ != nullptr;
   }
   T& operator[](size_t index) {
@@ -94,6 +96,9 @@ class MallocArray {
   }
 
  private:
+  // From here on the C library always takes memory for the array alone (M_MMAP_THRESHOLD).
+  static constexpr size_t kMapped = sizeof(long) == 4 ? size_t{512} << 10 : size_t{32} << 20;
+
   struct Free {
     void operator()(T* items) const { std::free(items); }
   };
