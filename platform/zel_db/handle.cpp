@@ -144,7 +144,7 @@ bool _zel_db_handle_t::finds_nothing(const StatementKey& question, const Stateme
   constexpr size_t kMany = 8;
   if (values.size() < kMany || session_ == nullptr || session_->connection->in_transaction()) return false;
   if (!session_->cache.contains(update)) return false;
-  if (!session_->cache.contains(question) && !can_be_asked(question.text)) return false;
+  if (!session_->cache.contains(question) && !can_be_asked(question.table, question.text)) return false;
   SmallVector<Value, 64> id_last;
   id_last.append(values.data() + 1, values.size() - 1);
   id_last.push_back(values.front());

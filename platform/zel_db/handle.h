@@ -2,6 +2,7 @@
 #ifndef ZEL_DB_HANDLE_H
 #define ZEL_DB_HANDLE_H
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -34,7 +35,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   bool is_ready();
   // The same, where the connection is to be made to what the environment names now.
   bool is_ready_in_environment();
-  const zel_db::Trace* trace() const { return trace_; }
+  const zel_db::Trace* trace() const { return trace_.load(std::memory_order_relaxed); }
   const zel_db::Origin& origin() const { return origin_; }
   const std::string& message() const { return message_; }  // why the last call failed
 
@@ -58,7 +59,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
 
   std::mutex mutex_;
   zel_db::Origin origin_;
-  const zel_db::Trace* trace_;
+  std::atomic<const zel_db::Trace*> trace_;
   std::unique_ptr<zel_db::Session> session_;
   std::string message_;
   // Used again by each call.

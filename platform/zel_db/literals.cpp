@@ -49,7 +49,6 @@ class Lifter {
 
   void copy_until(const char* p) { sql_.append(copied_, static_cast<size_t>(p - copied_)); }
   bool is_prefixed(const char* quote) const;
-  bool is_compared(const char* placeholder) const;
   void lift(const char* from, const char* to, const Value& value);
   Value unquote(const char* from, const char* to);
   const char* fail(const char* reason, int status = kSqlError) {
@@ -128,19 +127,14 @@ bool Lifter::is_prefixed(const char* quote) const {
   return prefix && (quote - 1 == begin_ || !is_word(quote[-2]));
 }
 
-bool Lifter::is_compared(const char* placeholder) const {
-  const char* p = placeholder;
-  while (p > begin_ && is_blank(p[-1])) --p;
-  return p > begin_ && kMarks[static_cast<unsigned char>(p[-1])] == Mark::Comparison;
-}
-
 const char* Lifter::comparison(const char* p) {
   const char* number = p + 1;
   while (number < end_ && kMarks[static_cast<unsigned char>(*number)] == Mark::Comparison) ++number;
   while (number < end_ && is_blank(*number)) ++number;
-  const char* behind = number;
+  const char* const digits = number < end_ && *number == '-' ? number + 1 : number;
+  const char* behind = digits;
   while (behind < end_ && is_digit(*behind)) ++behind;
-  if (!lift_ || behind == number) return number;
+  if (!lift_ || behind == digits) return number;
   if (behind < end_ && (is_word(*behind) || *behind == '.')) return number;
   int64_t value = 0;
   if (std::from_chars(number, behind, value).ec == std::errc()) {
@@ -160,7 +154,7 @@ const char* Lifter::placeholder(const char* p) {
     return fail("unknown parameter type", kInvalidArgument);
   }
   const auto number = parameter.Type == kSigned ? static_cast<int64_t>(static_cast<int32_t>(low)) : low;
-  values_.list.push_back(is_compared(p) ? Value::compared(number) : Value::integer(number));
+  values_.list.push_back(Value::compared(number));
   return p + 1;
 }
 

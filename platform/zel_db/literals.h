@@ -6,8 +6,9 @@
 // value "Status" or "Rowid" would compare a column with itself, in silence. Backslashes and bytes above 0x7F
 // reach the engine as they are, whatever its session thinks of them. And what remains, the template, is the
 // same for every row, so that the statement is prepared once.
-// Lifted are quoted texts, and decimal numbers that follow =, < or > and are a token of their own; elsewhere
-// a number may be syntax (GROUP BY 1, LIMIT 5) or part of an expression whose meaning would change.
+// Lifted are quoted texts, and decimal numbers, also negative ones, that follow =, < or > and are a token of
+// their own; elsewhere a number may be syntax (GROUP BY 1, LIMIT 5) or part of an expression whose meaning
+// would change.
 #ifndef ZEL_DB_LITERALS_H
 #define ZEL_DB_LITERALS_H
 

@@ -2,6 +2,7 @@
 #include "zel_db/schema.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "zel_db/engine.h"
 #include "zel_db/schema_families.h"
@@ -65,6 +66,16 @@ const Table* table_of(std::string_view name) {
   return nullptr;
 }
 
+std::optional<Kind> kind_of(std::string_view table_name, std::string_view name) {
+  const Table* const table = table_of(table_name);
+  if (table == nullptr) return {};
+  if (equal_ignoring_case(name, "_id"))
+    return table->has_row_id ? std::optional(Kind::Integer) : std::nullopt;
+  const auto column = std::ranges::find_if(
+      table->columns, [&](const Column& one) { return equal_ignoring_case(one.name, name); });
+  return column != table->columns.end() ? std::optional(column->kind) : std::nullopt;
+}
+
 }  // namespace
 
 std::span<const Family> families() {
@@ -85,14 +96,13 @@ bool has_row_ids(std::string_view name) {
   return table != nullptr && table->has_row_id;
 }
 
-bool is_number(std::string_view table_name, std::string_view column_name) {
-  const Table* const table = table_of(table_name);
-  if (table == nullptr) return false;
-  if (equal_ignoring_case(column_name, "_id")) return table->has_row_id;
-  return std::ranges::any_of(table->columns, [&](const Column& column) {
-    return equal_ignoring_case(column.name, column_name) &&
-           (column.kind == Kind::Integer || column.kind == Kind::Unsigned64);
-  });
+bool has_column(std::string_view table, std::string_view column) {
+  return kind_of(table, column).has_value();
+}
+
+bool has_number(std::string_view table, std::string_view column) {
+  const std::optional<Kind> kind = kind_of(table, column);
+  return kind == Kind::Integer || kind == Kind::Unsigned64;
 }
 
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect) {

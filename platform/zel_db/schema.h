@@ -60,8 +60,9 @@ std::span<const Family> families();
 
 // Whether the table of that name has the column _id.
 bool has_row_ids(std::string_view name);
-// Whether the table of that name has a column of numbers of that one, in letters of either case.
-bool is_number(std::string_view table, std::string_view column);
+// Whether the table of that name has a column of that one, in letters of either case, or one of numbers.
+bool has_column(std::string_view table, std::string_view column);
+bool has_number(std::string_view table, std::string_view column);
 
 // The statements that make what is missing of a database's tables.
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);

@@ -58,6 +58,57 @@ bool has_sub_select(std::string_view text) {
   return false;
 }
 
+bool reads_as_number(std::string_view text) {
+  const char* p = std::find_if_not(text.begin(), text.end(), is_blank);
+  const char* const end = text.end();
+  const auto skip_sign = [&] { p += p < end && (*p == '+' || *p == '-') ? 1 : 0; };
+  const auto skip_digits = [&] {
+    const char* const from = p;
+    p = std::find_if_not(p, end, is_digit);
+    return p - from;
+  };
+  skip_sign();
+  auto digits = skip_digits();
+  if (p < end && *p == '.') {
+    ++p;
+    digits += skip_digits();
+  }
+  if (digits == 0) return false;
+  if (p < end && (*p == 'e' || *p == 'E')) {
+    ++p;
+    skip_sign();
+    if (skip_digits() == 0) return false;
+  }
+  return std::find_if_not(p, end, is_blank) == end;
+}
+
+std::string_view Cursor::word() {
+  const auto end = std::find_if_not(rest_.begin(), rest_.end(), is_word);
+  const std::string_view word = rest_.substr(0, static_cast<size_t>(end - rest_.begin()));
+  rest_.remove_prefix(word.size());
+  skip_blanks();
+  return word;
+}
+
+bool Cursor::takes(char symbol) {
+  if (!rest_.starts_with(symbol)) return false;
+  rest_.remove_prefix(1);
+  skip_blanks();
+  return true;
+}
+
+bool Cursor::takes_word(std::string_view word) {
+  const Cursor before = *this;
+  if (equal_ignoring_case(this->word(), word)) return true;
+  *this = before;
+  return false;
+}
+
+void Cursor::skip_blanks() {
+  rest_.remove_prefix(
+      static_cast<size_t>(std::find_if_not(rest_.begin(), rest_.end(), is_blank) - rest_.begin()));
+}
+
 bool equal_ignoring_case(std::string_view a, std::string_view b) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),

@@ -39,6 +39,27 @@ bool has_sub_select(std::string_view text);
 
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
+// Whether all of a text is a decimal number, between blanks.
+bool reads_as_number(std::string_view text);
+
+// Reads a text from its beginning. Blanks mean nothing, comments are not understood.
+class Cursor {
+ public:
+  explicit Cursor(std::string_view text) : rest_(text) { skip_blanks(); }
+
+  bool at_end() const { return rest_.empty(); }
+  // The next word, empty when none is next.
+  std::string_view word();
+  // Whether this is next, which is then behind it.
+  bool takes(char symbol);
+  bool takes_word(std::string_view word);
+
+ private:
+  void skip_blanks();
+
+  std::string_view rest_;
+};
+
 }  // namespace zel_db
 
 #endif

@@ -10,6 +10,39 @@ namespace {
 
 constexpr std::string_view kOneRow = "_id=? AND (";
 
+// Columns that are compared with placeholders or NULL, and nothing else. An update refuses conversions of
+// texts in other conditions that a query does not mind.
+class Condition {
+ public:
+  Condition(std::string_view table, std::string_view text) : table_(table), cursor_(text) {}
+  bool is_plain() { return is_term(kDeepest) && cursor_.at_end(); }
+
+ private:
+  static constexpr int kDeepest = 8;
+
+  bool are_terms(int depth) {
+    do {
+      if (!is_term(depth)) return false;
+    } while (cursor_.takes_word("or") || cursor_.takes_word("and"));
+    return true;
+  }
+  bool is_term(int depth) {
+    if (cursor_.takes('(')) return depth > 0 && are_terms(depth - 1) && cursor_.takes(')');
+    if (!has_column(table_, cursor_.word())) return false;
+    if (cursor_.takes_word("is")) {
+      cursor_.takes_word("not");
+      return cursor_.takes_word("null");
+    }
+    bool is_compared = false;
+    while (cursor_.takes('=') || cursor_.takes('!') || cursor_.takes('<') || cursor_.takes('>'))
+      is_compared = true;
+    return is_compared && cursor_.takes('?');
+  }
+
+  std::string_view table_;
+  Cursor cursor_;
+};
+
 void put_together_insert(const StatementKey& key, const Dialect& dialect, std::string& sql) {
   sql.append("INSERT INTO ").append(key.table);
   if (key.columns.empty()) {
@@ -61,16 +94,9 @@ StatementKey question_key(std::string_view table, std::string_view where) {
   return {StatementKey::Form::Question, table, {}, where, hash_of(where, hash_of(table))};
 }
 
-bool can_be_asked(std::string_view where) {
-  if (!where.starts_with(kOneRow)) return false;
-  const char* const end = where.data() + where.size();
-  int depth = 1;
-  for (const char* p = where.data() + kOneRow.size(); p < end; ++p) {
-    if (*p == '\'' || *p == '"' || *p == '`' || skip_comment(p, end) != p) return false;
-    depth += *p == '(' ? 1 : *p == ')' ? -1 : 0;
-    if (depth == 0) return p + 1 == end;
-  }
-  return false;
+bool can_be_asked(std::string_view table, std::string_view where) {
+  if (!where.starts_with(kOneRow) || !where.ends_with(')')) return false;
+  return Condition(table, where.substr(kOneRow.size() - 1)).is_plain();
 }
 
 StatementKey update_key(const StatementKey& question, std::string_view columns) {

@@ -16,8 +16,8 @@ StatementKey insert_key(std::string_view table, std::string_view columns);
 // Whether the row with an id matches a condition: a row with 1, or with 0, or none. The id is the last of its
 // values.
 StatementKey question_key(std::string_view table, std::string_view where);
-// Whether the where text is that of such a question, "_id=? AND (condition)", where the id comes first.
-bool can_be_asked(std::string_view where);
+// Whether the where text can be asked so: "_id=? AND (condition)", where the id comes first.
+bool can_be_asked(std::string_view table, std::string_view where);
 // The update of the rows that the question is about; all rows where its text is empty.
 StatementKey update_key(const StatementKey& question, std::string_view columns);
 

@@ -16,7 +16,7 @@ struct Value {
   static Value unsigned64(uint64_t number) {
     return {nullptr, 0, static_cast<int64_t>(number), Kind::Unsigned};
   }
-  // A number that a column is compared with, of either kind.
+  // A number of a condition, which may be compared with a column of either kind.
   static Value compared(int64_t number) { return {nullptr, 0, number, Kind::Integer, true}; }
   static Value text_of(std::string_view text) { return {text.data(), text.size(), 0, Kind::Text}; }
 

@@ -58,13 +58,14 @@ TEST_P(Contract, RowsComeAsTheyWereInserted) {
       {"PCIAdapter", "PCIFuncKey", "SlotNo BETWEEN 1 AND 20 OR PCIKey>20", ""},
       {"PCIAdapter", "SlotNo", "1=1 ORDER BY Location", ""},
       {"PCIAdapter", "SlotNo", "PCIKey!=99", "NodeNo, Location"},
+      {"PCIAdapter", "SlotNo", "1=1", ""},
+      {"PCIAdapter", "SlotNo", "SlotNo>0 -- all", ""},
   };
   for (const auto& [table, column, where, order] : cases) {
     EXPECT_EQ(query(handle, table, column, where, {}, order), keys) << table << " " << where;
   }
-  std::string settings = "a" + keys;
-  for (size_t at = 0; (at = settings.find(';', at)) != std::string::npos; at += 2)
-    settings.insert(at + 1, "a");
+  EXPECT_EQ(query(handle, "PCIAdapter", "SlotNo,1,true"), replaced(keys, ";", ",1,1;") + ",1,1");
+  const std::string settings = "a" + replaced(keys, ";", ";a");
   for (const char* where : {"PfaKey=1", "PfaKey=1 AND Flags = 0", "PfaKey=1 AND SettingID like 'a%'", ""}) {
     EXPECT_EQ(query(handle, "PCISetting", "SettingID", where), settings) << where;
   }
@@ -293,7 +294,11 @@ TEST_P(Contract, NumbersAreComparedAsTheirColumnIs) {
   const char* const cases[][2] = {
       {"PCIKey=9007199254740993", ""},
       {"pcikey != 9007199254740993", "1;2;3"},
-      {"CardName=7 OR CardName=0", ""},
+      {"CardName=7 OR CardName=0 OR CardName=-0", ""},
+      {"PCIKey='07' OR PCIKey=\" 8.0 \"", "2;3"},
+      {"PCIKey='0x8' OR PCIKey=\"8 a\" OR PCIKey>'' OR PCIKey >= '.'", ""},
+      {"PCIKey!='eight' AND PCIKey<='+' AND CardName<'eights'", "1;2;3"},
+      {"_id=3 AND PCIKey IN (SELECT PCIKey FROM PCIAdapter WHERE PCIKey<'eight' AND _id='3')", "3"},
       {"CardName=9007199254740992", "1"},
       {"`CardName`=7 OR _id<1", ""},
       {"PCIKey>0 AND (CardName != 07)", "1;2;3"},
@@ -305,7 +310,14 @@ TEST_P(Contract, NumbersAreComparedAsTheirColumnIs) {
   }
   raw(handle, "insert into AimDisks (BayNo, Location) values (8, 'Slot 8')");
   EXPECT_EQ(query(handle, "AimDisks", "_id", "Location=0 AND BayNo IN (SELECT DevKey FROM PCIs)"), "");
+  EXPECT_EQ(query(handle, "AimDisks", "_id", "BayNo IN (SELECT DevKey FROM PCIs) AND Location=0"), "");
   EXPECT_EQ(raw(handle, "select AimDisks._id from PCIs, AimDisks where AimDisks.Location=0"), "");
+  for (const char* where : {"CardName IN (?) OR ?=CardName", "CardName=? OR CardName=/**/?"}) {
+    EXPECT_EQ(query(handle, "PCIAdapter", "_id", where, {{3, 0, 1, 0}, {2, 0, 1, 7}}), "") << where;
+  }
+  // Two minus signs to a server, a comment to us.
+  EXPECT_EQ(query(handle, "PCIAdapter", "PCIKey--1", "PCIKey=7"),
+            database.kind() == Engine::Sqlite ? "status 2" : "8");
 }
 
 TEST_P(Contract, TheSchemaRefusesTheSameValues) {

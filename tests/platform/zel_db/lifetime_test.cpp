@@ -64,6 +64,7 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
         {"_id=2 AND " + changed, 0, 0},
         {"_id=2 AND " + changed + " OR (SlotNo=2)", 0, slot == 2 ? 1 : 0},
         {"_id=1 AND " + changed + "=", 2, 77},
+        {"_id=1 AND (CardName!='x' OR ConnectorType=-1 OR " + changed + ")", 0, slot == 1 ? 0 : 1},
     };
     for (const auto& [where, status, rows] : cases) {
       int64_t updated = 77;

@@ -34,7 +34,7 @@ TEST(Literals, AreLiftedAsWholeTokens) {
       {"A=5 AND B!=0 AND(C < 7)", "A=? AND B!=? AND(C < ?) 5 0 7"},
       {"A=9223372036854775807 OR A=9223372036854775808", "A=? OR A=9223372036854775808 9223372036854775807"},
       {"A=15B3A2D4 OR A=0x5 OR A=5.5 OR A=5e3", "A=15B3A2D4 OR A=0x5 OR A=5.5 OR A=5e3"},
-      {"A=-5 AND B IN (5) AND C & 64 > 0", "A=-5 AND B IN (5) AND C & 64 > ? 0"},
+      {"A=-5 AND B IN (-5) AND C & 64 > - 0 OR D<--1", "A=? AND B IN (-5) AND C & 64 > - 0 OR D<--1 -5"},
       {"1 GROUP BY 1 ORDER BY 2", "1 GROUP BY 1 ORDER BY 2"},
       {"`a\"b`=1 -- it's\nAND B=2 /* \" */", "`a\"b`=? -- it's\nAND B=? /* \" */ 1 2"},
       {"A=\"x\" ; \n;-- end", "A=?  [x]"},

@@ -93,7 +93,7 @@ bool MariadbConnection::is_usable() {
 bool MariadbConnection::in_transaction() {
   unsigned status = 0;
   mariadb_get_infov(client(), MARIADB_CONNECTION_SERVER_STATUS, &status);
-  return (status & SERVER_STATUS_IN_TRANS) != 0;
+  return (status & SERVER_STATUS_IN_TRANS) != 0 || (status & SERVER_STATUS_AUTOCOMMIT) == 0;
 }
 
 }  // namespace zel_db

@@ -14,6 +14,9 @@
 namespace zel_db {
 namespace {
 
+// What a text that is no number is beside a column of numbers. The server would take "five" for 0.
+constexpr double kAboveAllNumbers = 1e300;
+
 constexpr unsigned kBinary = 63;  // the character set of what is no text
 
 CellType type_of(const MYSQL_FIELD& field) {
@@ -50,11 +53,33 @@ bool is_outdated(unsigned code) {
   return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
 }
 
-std::string_view sent(const Value& value, bool as_digits, char (&digits)[24]) {
-  if (value.kind == Value::Kind::Text) return {value.text, value.size};
-  if (!as_digits) return {reinterpret_cast<const char*>(&value.number), sizeof value.number};
-  const char* const end = std::to_chars(digits, digits + sizeof digits, value.number).ptr;
-  return {digits, static_cast<size_t>(end - digits)};
+template <class Number>
+std::string_view bytes_of(const Number& number) {
+  return {reinterpret_cast<const char*>(&number), sizeof number};
+}
+
+// What the server gets for a value.
+struct Sent {
+  enum_field_types type;
+  my_bool is_unsigned;
+  std::string_view bytes;
+};
+
+// A number goes as its digits where it may be compared with a column of texts, in which the server would take
+// "five" for 0 if it got a number, and read the whole table to do so. It understands digits everywhere, but
+// takes longer.
+Sent sent(const Value& value, bool meets_number, char (&digits)[24]) {
+  if (value.kind == Value::Kind::Text) {
+    const std::string_view text(value.text, value.size);
+    if (meets_number && !reads_as_number(text)) return {MYSQL_TYPE_DOUBLE, 0, bytes_of(kAboveAllNumbers)};
+    return {MYSQL_TYPE_STRING, 0, text};
+  }
+  if (value.is_compared && !meets_number) {
+    const char* const end = std::to_chars(digits, digits + sizeof digits, value.number).ptr;
+    return {MYSQL_TYPE_STRING, 0, {digits, static_cast<size_t>(end - digits)}};
+  }
+  const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
+  return {MYSQL_TYPE_LONGLONG, is_unsigned, bytes_of(value.number)};
 }
 
 }  // namespace
@@ -91,6 +116,8 @@ int MariadbStatement::prepare() {
 }
 
 void MariadbStatement::begin_binding(size_t count) {
+  // What the server takes for a placeholder may be a comment to us.
+  if (compares_numbers_.size() != count) compares_numbers_.assign(count, false);
   is_bound_ = false;
   bound_.assign(count, {});
   parameters_.assign(count, {});
@@ -103,9 +130,6 @@ void MariadbStatement::begin_binding(size_t count) {
   }
 }
 
-// A number goes as its digits where it may be compared with a column of texts, in which the server would take
-// "five" for 0 if it got a number, and read the whole table to do so. It understands digits everywhere, but
-// takes longer.
 // The client library keeps where parameters are, the server of which types they are: both are told again only
 // when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
@@ -116,17 +140,13 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     Parameter& parameter = bound_[i];
     parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
     if (parameter.is_null != 0) continue;
-    const bool as_digits = value.is_compared && !compares_numbers_[i];
-    const bool is_text = value.kind == Value::Kind::Text || as_digits;
-    const enum_field_types type = is_text ? MYSQL_TYPE_STRING : MYSQL_TYPE_LONGLONG;
-    const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
+    char digits[24];
+    const auto [type, is_unsigned, bytes] = sent(value, compares_numbers_[i], digits);
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
       bind.buffer_type = type;
       bind.is_unsigned = is_unsigned;
       is_bound = false;
     }
-    char digits[24];
-    const std::string_view bytes = sent(value, as_digits, digits);
     parameter.size = static_cast<unsigned long>(bytes.size());
     if (parameter.size > parameter.bytes.size()) {
       parameter.bytes.resize(2 * parameter.size);

@@ -60,7 +60,7 @@ class MariadbStatement : public Prepared {
   MariadbConnection& connection_;
   const std::string sql_;
   const bool has_sub_select_;
-  const std::vector<bool> compares_numbers_;
+  std::vector<bool> compares_numbers_;
   std::unique_ptr<MYSQL_STMT, CloseStatement> statement_;
   uint64_t last_use_ = 0;
   std::vector<MYSQL_BIND> parameters_;
