@@ -7,12 +7,15 @@
 namespace zel_db {
 namespace {
 
-// A select with its table, or with several: then nobody knows whose its columns are.
+// A select, or an update.
 struct Scope {
+  explicit Scope(int parentheses = 0, size_t around = 0) : depth(parentheses), outer(around) {}
+
   std::string_view table;
   int tables = 0;
-  int depth = 0;  // of the parentheses that it stands in
-  size_t outer = 0;
+  int depth;  // of the parentheses that it stands in
+  size_t outer;
+  bool names_tables = false;
 };
 
 struct Compared {
@@ -20,37 +23,36 @@ struct Compared {
   size_t scope;
 };
 
-class Scan {
+class Comparisons {
  public:
-  void word(std::string_view word, bool is_qualified) {
-    if (is_opened_ && equal_ignoring_case(word, "select")) {
-      scopes_.push_back({{}, 0, depth_, current_});
+  void word(std::string_view word) {
+    if (before_ == '(' && equal_ignoring_case(word, "select")) {
+      scopes_.emplace_back(depth_, current_);
       current_ = scopes_.size() - 1;
     }
-    Scope& scope = scopes_[current_];
-    if (names_table_) scope.table = word;
-    names_table_ = equal_ignoring_case(word, "from") || equal_ignoring_case(word, "update");
-    if (names_table_) ++scope.tables;
-    column_ = is_qualified ? std::string_view() : word;
-    is_opened_ = false;
+    take_table(word, scopes_[current_]);
+    column_ = before_ == '.' ? std::string_view() : word;
+    before_ = ' ';
     is_compared_ = false;
   }
 
   void symbol(char c) {
+    before_ = c;
     if (c == '=' || c == '<' || c == '>' || c == '!') {
       is_compared_ = true;
       return;
     }
+    Scope& scope = scopes_[current_];
     if (c == '?') placeholders_.push_back({is_compared_ ? column_ : std::string_view(), current_});
-    is_opened_ = c == '(';
+    if (c == ',' && scope.names_tables) ++scope.tables;
     if (c == '(') ++depth_;
-    if (c == ')' && scopes_[current_].depth == depth_) current_ = scopes_[current_].outer;
+    if (c == ')' && scope.depth == depth_) current_ = scope.outer;
     if (c == ')') --depth_;
     column_ = {};
     is_compared_ = false;
   }
 
-  std::vector<bool> numbers() const {
+  std::vector<bool> with_numbers() const {
     std::vector<bool> numbers;
     for (const Compared& compared : placeholders_)
       numbers.push_back(is_number(compared.column, compared.scope));
@@ -58,11 +60,20 @@ class Scan {
   }
 
  private:
-  // A name that the table of a select does not have is one of the select around it.
+  void take_table(std::string_view word, Scope& scope) {
+    if (is_table_next_) scope.table = word;
+    const bool is_from = equal_ignoring_case(word, "from");
+    is_table_next_ = is_from || equal_ignoring_case(word, "update");
+    if (is_table_next_ || equal_ignoring_case(word, "join")) ++scope.tables;
+    scope.names_tables = is_from || (scope.names_tables && !equal_ignoring_case(word, "where"));
+  }
+
+  // A name that the table of a select does not have is one of the select around it. Where there are several
+  // tables, or an unknown one, nobody knows.
   bool is_number(std::string_view column, size_t place) const {
     for (;; place = scopes_[place].outer) {
       const Scope& scope = scopes_[place];
-      if (scope.tables != 1) return false;
+      if (scope.tables != 1 || !has_row_ids(scope.table)) return false;
       if (place == 0 || has_column(scope.table, column)) return has_number(scope.table, column);
     }
   }
@@ -72,32 +83,19 @@ class Scan {
   std::string_view column_;
   size_t current_ = 0;
   int depth_ = 0;
-  bool is_opened_ = false;
-  bool names_table_ = false;
+  char before_ = ' ';  // the symbol, unless it was a word
+  bool is_table_next_ = false;
   bool is_compared_ = false;
 };
 
 }  // namespace
 
 std::vector<bool> compares_numbers(std::string_view sql) {
-  Scan scan;
-  const char* const end = sql.data() + sql.size();
-  const char* behind = nullptr;
-  for (const char* p = sql.data(); p < end; p = behind) {
-    behind = skip_blanks(p, end);
-    if (behind != p) continue;
-    behind = p + 1;
-    if (is_word(*p)) {
-      const std::string_view word = first_word({p, static_cast<size_t>(end - p)});
-      scan.word(word, p != sql.data() && p[-1] == '.');
-      behind = p + word.size();
-      continue;
-    }
-    if (*p == '\'' || *p == '"' || *p == '`') behind = skip_quoted(p, end);
-    if (behind == nullptr) break;
-    scan.symbol(*p);
-  }
-  return scan.numbers();
+  Comparisons comparisons;
+  scan(
+      sql, [&](std::string_view word) { comparisons.word(word); },
+      [&](char symbol) { comparisons.symbol(symbol); });
+  return comparisons.with_numbers();
 }
 
 }  // namespace zel_db

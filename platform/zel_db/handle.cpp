@@ -137,8 +137,8 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
 
 // A condition of many values looks for what has changed, and mostly nothing has. A query finds that out for
 // less than an update, which takes its locks before it finds nothing to write, and in nobody's way. The
-// update is known to be right: it has run before. A query of a transaction would see what was there when it
-// began.
+// update is known to be right: it was prepared before. A query of a transaction would see what was there when
+// it began.
 bool _zel_db_handle_t::finds_nothing(const StatementKey& question, const StatementKey& update,
                                      std::span<const Value> values) {
   constexpr size_t kMany = 8;

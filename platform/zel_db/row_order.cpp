@@ -28,21 +28,15 @@ void take_word(std::string_view word, Tail& tail) {
 
 Tail tail_of(std::string_view text) {
   Tail tail;
-  const char* const end = text.data() + text.size();
   int depth = 0;
-  for (const char* p = text.data(); p != nullptr && p < end;) {
-    if (*p == '\'' || *p == '"' || *p == '`') {
-      p = skip_quoted(p, end);
-    } else if (is_word(*p)) {
-      const std::string_view word = first_word({p, static_cast<size_t>(end - p)});
-      if (depth == 0) take_word(word, tail);
-      p += word.size();
-    } else {
-      depth += *p == '(' ? 1 : *p == ')' ? -1 : 0;
-      const char* const behind = skip_comment(p, end);
-      p = behind != p ? behind : p + 1;
-    }
-  }
+  scan(
+      text,
+      [&](std::string_view word) {
+        if (depth == 0) take_word(word, tail);
+      },
+      [&](char c) { depth += c == '('   ? 1
+                             : c == ')' ? -1
+                                        : 0; });
   return tail;
 }
 

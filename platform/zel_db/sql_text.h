@@ -42,6 +42,25 @@ bool equal_ignoring_case(std::string_view a, std::string_view b);
 // Whether all of a text is a decimal number, between blanks.
 bool reads_as_number(std::string_view text);
 
+// Shows what is neither blank nor in a comment, word by word and character by character; of a quoted text or
+// name only its opening quote. Ends at a quote or comment that is not closed.
+template <class OnWord, class OnSymbol>
+void scan(std::string_view text, OnWord on_word, OnSymbol on_symbol) {
+  const char* const end = text.data() + text.size();
+  const char* p = skip_blanks(text.data(), end);
+  while (p != nullptr && p < end) {
+    if (is_word(*p)) {
+      const std::string_view word = first_word({p, static_cast<size_t>(end - p)});
+      on_word(word);
+      p += word.size();
+    } else {
+      on_symbol(*p);
+      p = *p == '\'' || *p == '"' || *p == '`' ? skip_quoted(p, end) : p + 1;
+    }
+    if (p != nullptr) p = skip_blanks(p, end);
+  }
+}
+
 // Reads a text from its beginning. Blanks mean nothing, comments are not understood.
 class Cursor {
  public:

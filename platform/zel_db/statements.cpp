@@ -95,8 +95,7 @@ StatementKey question_key(std::string_view table, std::string_view where) {
 }
 
 bool can_be_asked(std::string_view table, std::string_view where) {
-  if (!where.starts_with(kOneRow) || !where.ends_with(')')) return false;
-  return Condition(table, where.substr(kOneRow.size() - 1)).is_plain();
+  return where.starts_with(kOneRow) && Condition(table, where.substr(kOneRow.size() - 1)).is_plain();
 }
 
 StatementKey update_key(const StatementKey& question, std::string_view columns) {

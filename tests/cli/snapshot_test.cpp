@@ -178,6 +178,9 @@ TEST_P(Snapshot, IsReadWhenItIsOne) {
   EXPECT_NE(slots.out.find("Onboard SATA controller"), std::string::npos) << slots.out;
   EXPECT_FALSE(fs::exists(folder_ / "escaped"));
   EXPECT_TRUE(fs::is_empty(temporary_));
+  fs::remove(temporary_);
+  expect_failure(zeldb({"slots", "--from", older}), 1,
+                 "zeldb: no folder for temporary files (TMPDIR): No such");
 }
 
 std::string lower(std::string text) {

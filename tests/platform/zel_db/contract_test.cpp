@@ -284,8 +284,7 @@ TEST_P(Contract, ParametersTakeTheirPlaceAmongLiterals) {
   EXPECT_EQ(query(handle, "PCIAdapter", "_id", "CardName=?", {{2, 0, 1, 0}}), "4");
 }
 
-// A column of numbers compares all their digits, one of texts compares texts; also where the names say
-// little.
+// A column of numbers compares all their digits, one of texts compares texts. Location is both.
 TEST_P(Contract, NumbersAreComparedAsTheirColumnIs) {
   raw(handle,
       "insert into PCIAdapter (PCIKey, CardName) values (9007199254740992, '9007199254740992'), (7, '07'), "
@@ -309,9 +308,19 @@ TEST_P(Contract, NumbersAreComparedAsTheirColumnIs) {
     EXPECT_EQ(query(handle, "PCIAdapter", "_id", where), expected) << where;
   }
   raw(handle, "insert into AimDisks (BayNo, Location) values (8, 'Slot 8')");
-  EXPECT_EQ(query(handle, "AimDisks", "_id", "Location=0 AND BayNo IN (SELECT DevKey FROM PCIs)"), "");
-  EXPECT_EQ(query(handle, "AimDisks", "_id", "BayNo IN (SELECT DevKey FROM PCIs) AND Location=0"), "");
-  EXPECT_EQ(raw(handle, "select AimDisks._id from PCIs, AimDisks where AimDisks.Location=0"), "");
+  for (const char* where : {"Location=0 AND BayNo IN (SELECT DevKey FROM PCIs)",
+                            "BayNo IN (SELECT DevKey FROM PCIs) AND Location=0",
+                            "BayNo IN (SELECT DevKey FROM PCIs WHERE AimDisks.Location=0)",
+                            "BayNo IN (SELECT DevKey FROM (SELECT 8 DevKey) made WHERE Location=0)"}) {
+    EXPECT_EQ(query(handle, "AimDisks", "_id", where), "") << where;
+  }
+  raw(handle, "update PCIs set Location=1");
+  raw(handle, "insert into Disks (RAIDCtrlId) values (1)");
+  for (const char* from : {"Disks, AimDisks disk", "`AimDisks` disk", "Disks join AimDisks disk"}) {
+    const std::string where =
+        std::string("EXISTS (SELECT 1 FROM ") + from + " WHERE disk.BayNo=8 AND Location=0)";
+    EXPECT_EQ(query(handle, "PCIs", "_id", where), "") << where;
+  }
   for (const char* where : {"CardName IN (?) OR ?=CardName", "CardName=? OR CardName=/**/?"}) {
     EXPECT_EQ(query(handle, "PCIAdapter", "_id", where, {{3, 0, 1, 0}, {2, 0, 1, 7}}), "") << where;
   }

@@ -73,6 +73,15 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
     }
     if (begun) raw(client, "commit");
   }
+  // A server may refuse in an update what it lets pass in a query: then each time.
+  const std::string converts =
+      "_id=1 AND (CardName IN (5) OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR "
+      "PCIKey!=7 OR OOBSrc!=8)";
+  const auto convert = [&] {
+    return zel_db_update(client, "PCIAdapter", values, converts.c_str(), nullptr, 0, nullptr);
+  };
+  const int status = convert();
+  EXPECT_EQ(convert(), status);
   zel_db_free_content_values(values);
   EXPECT_EQ(query(client, "PCIAdapter", "CardName"), "x");
 }
@@ -155,7 +164,10 @@ TEST_P(Lifetime, TransactionsHoldOffWritersAndEndWithTheirHandle) {
     EXPECT_EQ(raw(other, "update PCIAdapter set SlotNo=3"), "status 5");
     EXPECT_EQ(raw(holder, end), "");
   }
-  EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1");
+  // A connection that was told not to commit is not handed to the next.
+  if (GetParam() == Engine::MariaDb) raw(Client(), "set autocommit=0");
+  insert(Client(), 2);
+  EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1;2");
 }
 
 TEST_P(Lifetime, TraceHasTheCallersWords) {

@@ -17,6 +17,8 @@ namespace {
 // What a text that is no number is beside a column of numbers. The server would take "five" for 0.
 constexpr double kAboveAllNumbers = 1e300;
 
+constexpr size_t kDigits = 24;  // room for a number
+
 constexpr unsigned kBinary = 63;  // the character set of what is no text
 
 CellType type_of(const MYSQL_FIELD& field) {
@@ -68,14 +70,14 @@ struct Sent {
 // A number goes as its digits where it may be compared with a column of texts, in which the server would take
 // "five" for 0 if it got a number, and read the whole table to do so. It understands digits everywhere, but
 // takes longer.
-Sent sent(const Value& value, bool meets_number, char (&digits)[24]) {
+Sent sent(const Value& value, bool meets_number, char (&digits)[kDigits]) {
   if (value.kind == Value::Kind::Text) {
     const std::string_view text(value.text, value.size);
     if (meets_number && !reads_as_number(text)) return {MYSQL_TYPE_DOUBLE, 0, bytes_of(kAboveAllNumbers)};
     return {MYSQL_TYPE_STRING, 0, text};
   }
   if (value.is_compared && !meets_number) {
-    const char* const end = std::to_chars(digits, digits + sizeof digits, value.number).ptr;
+    const char* const end = std::to_chars(digits, digits + kDigits, value.number).ptr;
     return {MYSQL_TYPE_STRING, 0, {digits, static_cast<size_t>(end - digits)}};
   }
   const my_bool is_unsigned = value.kind == Value::Kind::Unsigned ? 1 : 0;
@@ -122,7 +124,7 @@ void MariadbStatement::begin_binding(size_t count) {
   bound_.assign(count, {});
   parameters_.assign(count, {});
   for (size_t i = 0; i < count; ++i) {
-    bound_[i].bytes.resize(24);
+    bound_[i].bytes.resize(kDigits);
     parameters_[i].buffer_type = MYSQL_TYPE_STRING;
     parameters_[i].buffer = bound_[i].bytes.data();
     parameters_[i].length = &bound_[i].size;
@@ -140,7 +142,7 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     Parameter& parameter = bound_[i];
     parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
     if (parameter.is_null != 0) continue;
-    char digits[24];
+    char digits[kDigits];
     const auto [type, is_unsigned, bytes] = sent(value, compares_numbers_[i], digits);
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
       bind.buffer_type = type;
