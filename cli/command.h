@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a command is. Each stands in a file of its own in commands/, defines one setup function, and is listed
-// in commands.cpp; the rest of the program knows no command by name.
+// What a command is. Each has a file of its own in commands/, which defines one setup function, and a line in
+// commands.def; the rest of the program knows no command by name.
 #ifndef CLI_COMMAND_H
 #define CLI_COMMAND_H
 
@@ -42,34 +42,9 @@ struct Command {
 // In the order of the help text.
 std::vector<Command> commands();
 
-void setup_init(CLI::App& app);
-void setup_load(CLI::App& app);
-void setup_export(CLI::App& app);
-
-void setup_slots(CLI::App& app);
-void setup_processors(CLI::App& app);
-void setup_memory(CLI::App& app);
-void setup_functions(CLI::App& app);
-void setup_adapters(CLI::App& app);
-void setup_ports(CLI::App& app);
-void setup_gpus(CLI::App& app);
-void setup_vpd(CLI::App& app);
-void setup_cards(CLI::App& app);
-void setup_firmware(CLI::App& app);
-void setup_embedded(CLI::App& app);
-void setup_disks(CLI::App& app);
-void setup_backplanes(CLI::App& app);
-void setup_platform(CLI::App& app);
-void setup_baseline(CLI::App& app);
-void setup_diff(CLI::App& app);
-void setup_report(CLI::App& app);
-void setup_settings(CLI::App& app);
-void setup_pending(CLI::App& app);
-void setup_dpu_log(CLI::App& app);
-void setup_retimer(CLI::App& app);
-void setup_decode_vpd(CLI::App& app);
-void setup_columns(CLI::App& app);
-void setup_schema(CLI::App& app);
+#define COMMAND(NAME, WORD, HELP, GROUP) void setup_##NAME(CLI::App& app);
+#include "cli/commands.def"
+#undef COMMAND
 
 }  // namespace zeldb::cli
 

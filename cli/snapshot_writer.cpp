@@ -14,14 +14,13 @@
 #include "cli/snapshot_mask.h"
 #include "cli/sqlite_file.h"
 #include "platform/zel_db.h"
+#include "zeldb/status.h"
 
 namespace zeldb::cli {
 
 namespace {
 
 constexpr const char* kProperties = "propertiesDCTbl";
-constexpr int kRow = 9;
-constexpr int kNoMoreRows = 10;
 
 int run(_zel_db_handle_t* handle, const char* statement) {
   return zel_db_raw_query(handle, statement, static_cast<int>(std::strlen(statement)), nullptr);
@@ -128,8 +127,8 @@ class TableCopy {
   void each_row(const Source& source, Visit visit) const {
     const Result rows = source.read(table_);
     int status = zel_db_result_step(rows.get());
-    for (; status == kRow; status = zel_db_result_step(rows.get())) visit(rows.get());
-    if (status != kNoMoreRows) check(status, "table " + table_.name);
+    for (; status == ZELDB_ROW; status = zel_db_result_step(rows.get())) visit(rows.get());
+    if (status != ZELDB_NO_MORE_ROWS) check(status, "table " + table_.name);
   }
 
   int place_of(const char* column) const {
