@@ -15,7 +15,8 @@ if(NOT ZELDB_PLATFORM STREQUAL "external")
           FILES_MATCHING PATTERN "*.h")
 endif()
 
-file(RELATIVE_PATH from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+# From the start: a path that CMake can replace when it installs ends in an empty entry, the current folder.
+set_target_properties(ucm_parser zeldb_cli ${libraries} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 set_target_properties(ucm_parser zeldb_cli PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin}")
 set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS ucm_parser zeldb_cli)
@@ -23,19 +24,19 @@ install(TARGETS ${libraries} EXPORT zeldbTargets)
 
 install(DIRECTORY include/zeldb TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
 
-# For CMake and pkg-config.
+# For CMake and pkg-config. They are made where find_package does not look: the package is whole only when installed.
+set(made ${CMAKE_CURRENT_BINARY_DIR}/for_installation)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zeldb)
 install(EXPORT zeldbTargets NAMESPACE zeldb:: DESTINATION ${package_dir})
-configure_package_config_file(cmake/zeldbConfig.cmake.in zeldbConfig.cmake INSTALL_DESTINATION ${package_dir})
-write_basic_package_version_file(zeldbConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zeldbConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/zeldbConfigVersion.cmake
-        DESTINATION ${package_dir})
+configure_package_config_file(cmake/zeldbConfig.cmake.in ${made}/zeldbConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${made}/zeldbConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${made}/zeldbConfig.cmake ${made}/zeldbConfigVersion.cmake DESTINATION ${package_dir})
 
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH from_pkgconfig ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 foreach(module ${modules})
-  configure_file(cmake/${module}.pc.in ${module}.pc @ONLY)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  configure_file(cmake/${module}.pc.in ${made}/${module}.pc @ONLY)
+  install(FILES ${made}/${module}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
 
 # For people.
@@ -46,5 +47,5 @@ install(CODE "
   set(bindir \"${CMAKE_INSTALL_BINDIR}\")
   cmake_path(ABSOLUTE_PATH bindir BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
   configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/contrib/systemd/ucm-parser.service.in\"
-                 \"${CMAKE_CURRENT_BINARY_DIR}/ucm-parser.service\" @ONLY)")
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ucm-parser.service DESTINATION ${ZELDB_SYSTEMD_UNIT_DIR})
+                 \"${made}/ucm-parser.service\" @ONLY)")
+install(FILES ${made}/ucm-parser.service DESTINATION ${ZELDB_SYSTEMD_UNIT_DIR})
