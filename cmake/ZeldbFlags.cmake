@@ -9,9 +9,8 @@ target_compile_definitions(zeldb_flags INTERFACE _FILE_OFFSET_BITS=64)
 target_link_options(zeldb_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
 if(ZELDB_SANITIZE)
-  target_compile_options(zeldb_flags INTERFACE -fsanitize=${ZELDB_SANITIZE} -fno-sanitize-recover=all
-                                               -fno-omit-frame-pointer)
-  target_link_options(zeldb_flags INTERFACE -fsanitize=${ZELDB_SANITIZE})
+  add_compile_options(-fsanitize=${ZELDB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ZELDB_SANITIZE})
 elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   target_compile_definitions(zeldb_flags INTERFACE _FORTIFY_SOURCE=2)
 endif()
