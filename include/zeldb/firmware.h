@@ -194,9 +194,10 @@ ZELDB_API int zeldb_clear_pldm_firmware_by_type(int deviceType);
  * differs, or else a new row is inserted. Names, keys, place, SoftwareID, VersionString, ReleaseDate and
  * UpdateSupport are written, empty texts are not. A PCIKey of 0 becomes location times 65536 plus slot, in
  * the record too. A row differs when its PCIKey is not that one (for a record with a key of its own: not 0),
- * or its SoftwareID is not the record's, which stands in the condition without quotes: with an id that is no
- * decimal number the database refuses to update the row. Returns 0 whether or not the row could be stored,
- * which is logged. */
+ * or its SoftwareID is not the record's, which stands in the condition without quotes: an id that reads as a
+ * decimal number, also with leading zeros or an exponent (12E45678), is compared digit by digit; with any
+ * other the database refuses to update the row. Returns 0 whether or not the row could be stored, which is
+ * logged. */
 ZELDB_API int zeldb_insert_or_update_pldm_firmware(uint32_t vendorId, uint32_t deviceId, uint32_t subVendorId,
                                                    uint32_t subDeviceId, _ZELDB_PldmFirmware* record);
 

@@ -9,8 +9,8 @@
 #include "zel_db/c_face.h"
 #include "zel_db/connections.h"
 #include "zel_db/schema.h"
-#include "zel_db/script.h"
 #include "zel_db/session.h"
+#include "zel_db/sql/tokens.h"
 
 namespace zel_db {
 namespace {
@@ -27,7 +27,7 @@ std::string url_or_environment(const char* url) {
 
 void run(Connection& connection, const std::string& sql, Result* rows = nullptr) {
   int status = kOk;
-  const auto statement = connection.prepare(sql, false, &status);
+  const auto statement = connection.prepare(sql, {}, Use::Once, &status);
   if (statement != nullptr) status = statement->run({}, rows, nullptr);
   if (status != kOk) throw Failure(status, connection.message());
 }

@@ -5,7 +5,7 @@
 #include <charconv>
 #include <stdexcept>
 
-#include "zel_db/sql_text.h"
+#include "zel_db/sql/tokens.h"
 
 namespace zel_db {
 namespace {

@@ -15,6 +15,7 @@
 #include "zel_db/database_url.h"
 #include "zel_db/result.h"
 #include "zel_db/schema.h"
+#include "zel_db/sql/facts.h"
 #include "zel_db/value.h"
 
 namespace zel_db {
@@ -26,7 +27,7 @@ struct Outcome {
 
 class Prepared {
  public:
-  Prepared() = default;
+  explicit Prepared(Facts facts) : facts_(std::move(facts)) {}
   Prepared(const Prepared&) = delete;
   Prepared& operator=(const Prepared&) = delete;
   virtual ~Prepared() = default;
@@ -35,7 +36,14 @@ class Prepared {
   // locked. rows and outcome may be null; rows receives all rows. values must be as many as the statement's
   // placeholders: else kSqlError.
   virtual int run(std::span<const Value> values, Result* rows, Outcome* outcome) = 0;
+
+  const Facts& facts() const { return facts_; }
+
+ private:
+  const Facts facts_;
 };
+
+enum class Use : uint8_t { Once, Often };
 
 class Connection {
  public:
@@ -44,8 +52,8 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   virtual ~Connection() = default;
 
-  // Null and a status when sql is not exactly one statement that the database understands. keep: for long.
-  virtual std::unique_ptr<Prepared> prepare(std::string_view sql, bool keep, int* status) = 0;
+  // Null and a status when sql is not exactly one statement that the database understands.
+  virtual std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) = 0;
   // Whether the database still answers, without asking it.
   virtual bool is_usable() = 0;
   virtual bool in_transaction() = 0;

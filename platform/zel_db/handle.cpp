@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "platform/vrel_log.h"
-#include "zel_db/sql_text.h"
-#include "zel_db/statements.h"
+#include "zel_db/sql/statements.h"
+#include "zel_db/unchanged_row.h"
 
 using namespace zel_db;  // NOLINT(google-build-using-namespace): the C tag stands outside the namespace
 
@@ -38,15 +38,16 @@ void _zel_db_handle_t::begin_statement() {
   values_.clear();
 }
 
-int _zel_db_handle_t::append_template(std::string_view text, Parameters parameters, bool lift, bool* ended) {
-  const LiftOutcome outcome = lift_literals(text, parameters, lift, sql_, values_);
+int _zel_db_handle_t::append_template(std::string_view text, Parameters parameters, Literals literals,
+                                      bool* ended) {
+  const LiftOutcome outcome = lift_literals(text, parameters, literals, sql_, values_);
   *ended = outcome.ended;
   return outcome.status == kOk ? outcome.status : failed(outcome.status, outcome.reason, text);
 }
 
 int _zel_db_handle_t::append_where(std::string_view where, Parameters parameters, bool* ended) {
   if (!where.empty()) sql_.append(" WHERE ");
-  return append_template(where, parameters, true, ended);
+  return append_template(where, parameters, Literals::Lift, ended);
 }
 
 int _zel_db_handle_t::query(std::string_view table, std::span<const char* const> columns,
@@ -63,7 +64,6 @@ int _zel_db_handle_t::query(std::string_view table, std::span<const char* const>
   sql_.back() = ' ';
   sql_.append("FROM ");
   sql_.append(table);
-  const size_t table_end = sql_.size();
   bool ended = false;
   int status = append_where(where, parameters, &ended);
   if (status != kOk) return status;
@@ -73,7 +73,7 @@ int _zel_db_handle_t::query(std::string_view table, std::span<const char* const>
     sql_.append(order);
   }
   std::unique_ptr<Result> rows;
-  status = execute(query_key(sql_.view(), table_end), values_.all(), true, &rows, nullptr);
+  status = execute(query_key(sql_.view()), Access::Read, &rows, nullptr);
   *out = rows.release();
   return status;
 }
@@ -82,11 +82,12 @@ int _zel_db_handle_t::raw_query(std::string_view sql, Result** out) {
   const std::lock_guard lock(mutex_);
   begin_statement();
   bool ended = false;
-  int status = append_template(sql, {}, takes_placeholders(sql), &ended);
+  const Verb verb = verb_of(sql);
+  int status = append_template(sql, {}, takes_placeholders(verb) ? Literals::Lift : Literals::Keep, &ended);
   if (status != kOk) return status;
   std::unique_ptr<Result> rows;
-  const bool reads = equal_ignoring_case(first_word(sql_.view()), "select");
-  status = execute(text_key(sql_.view()), values_.all(), reads, out != nullptr ? &rows : nullptr, nullptr);
+  status = execute(text_key(sql_.view()), verb == Verb::Select ? Access::Read : Access::Write,
+                   out != nullptr ? &rows : nullptr, nullptr);
   if (out != nullptr) *out = rows.release();
   return status;
 }
@@ -96,8 +97,7 @@ int _zel_db_handle_t::insert(std::string_view table, const ContentValues& values
   begin_statement();
   for (size_t i = 0; i < values.size(); ++i) values_.list.push_back(values.value(i));
   Outcome outcome;
-  const int status = execute(insert_key(table, values.names()), values_.all(), false, nullptr,
-                             id != nullptr ? &outcome : nullptr);
+  const int status = execute(insert_key(table, values.names()), Access::Write, nullptr, &outcome);
   if (status == kOk && id != nullptr) *id = outcome.row_id;
   return status;
 }
@@ -108,14 +108,13 @@ int _zel_db_handle_t::update(std::string_view table, const ContentValues& values
   begin_statement();
   for (size_t i = 0; i < values.size(); ++i) values_.list.push_back(values.value(i));
   bool ended = false;
-  int status = append_template(where, parameters, true, &ended);
+  int status = append_template(where, parameters, Literals::Lift, &ended);
   if (status != kOk) return status;
-  const StatementKey question = question_key(table, sql_.view());
-  const StatementKey key = update_key(question, values.names());
+  const StatementKey key = update_key(table, values.names(), sql_.view());
   Outcome outcome;
-  if (!finds_nothing(question, key, values_.all().subspan(values.size()))) {
-    status = execute(key, values_.all(), false, nullptr, updated != nullptr ? &outcome : nullptr);
-  }
+  const bool is_unchanged =
+      session_ != nullptr && row_is_unchanged(*session_, key, values_.all().subspan(values.size()));
+  if (!is_unchanged) status = execute(key, Access::Write, nullptr, &outcome);
   if (status == kOk && updated != nullptr) *updated = outcome.changed;
   return status;
 }
@@ -130,42 +129,24 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
   int status = append_where(where, parameters, &ended);
   if (status != kOk) return status;
   Outcome outcome;
-  status = execute(text_key(sql_.view()), values_.all(), false, nullptr, &outcome);
+  status = execute(text_key(sql_.view()), Access::Write, nullptr, &outcome);
   if (status == kOk && deleted != nullptr) *deleted = outcome.changed;
   return status;
-}
-
-// A condition of many values looks for what has changed, and mostly nothing has. A query finds that out for
-// less than an update, which takes its locks before it finds nothing to write, and in nobody's way. The
-// update is known to be right: it was prepared before. A query of a transaction would see what was there when
-// it began.
-bool _zel_db_handle_t::finds_nothing(const StatementKey& question, const StatementKey& update,
-                                     std::span<const Value> values) {
-  constexpr size_t kMany = 8;
-  if (values.size() < kMany || session_ == nullptr || session_->connection->in_transaction()) return false;
-  if (!session_->cache.contains(update)) return false;
-  if (!session_->cache.contains(question) && !can_be_asked(question.table, question.text)) return false;
-  SmallVector<Value, 64> id_last;
-  id_last.append(values.data() + 1, values.size() - 1);
-  id_last.push_back(values.front());
-  std::unique_ptr<Result> rows;
-  if (execute(question, {id_last.begin(), id_last.size()}, true, &rows, nullptr) != kOk) return false;
-  uint64_t matches = 0;
-  return rows->step() != kRow || (rows->number(0, &matches) == kOk && matches == 0);
 }
 
 // A read is repeated on a new connection. A write is not: the old connection may have done it before it was
 // lost, so that all that can be done is to look at the connection first. Nothing is repeated that belongs to
 // a transaction, which is lost with its connection.
-int _zel_db_handle_t::execute(const StatementKey& key, std::span<const Value> values, bool retry,
-                              std::unique_ptr<Result>* rows, Outcome* outcome) {
+int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::unique_ptr<Result>* rows,
+                              Outcome* outcome) {
+  const bool retry = access == Access::Read;
   const bool in_transaction = session_ != nullptr && session_->connection->in_transaction();
   if (!retry && !in_transaction && session_ != nullptr && !session_->connection->is_usable()) disconnect();
   int status = kConnectionLost;
   for (int attempt = 0; attempt == 0 || (attempt == 1 && retry && !in_transaction); ++attempt) {
     if (!connect()) break;  // with its reason as the message
     if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
-    status = execute_once(key, values, rows != nullptr ? rows->get() : nullptr, outcome);
+    status = execute_once(key, rows != nullptr ? rows->get() : nullptr, outcome);
     if (status != kConnectionLost) break;
     disconnect();
   }
@@ -173,18 +154,17 @@ int _zel_db_handle_t::execute(const StatementKey& key, std::span<const Value> va
   return status;
 }
 
-int _zel_db_handle_t::execute_once(const StatementKey& key, std::span<const Value> values, Result* rows,
-                                   Outcome* outcome) {
+int _zel_db_handle_t::execute_once(const StatementKey& key, Result* rows, Outcome* outcome) {
   Connection& connection = *session_->connection;
   const auto run = [&](const StatementCache::Lease& lease) {
-    const int status = lease.statement().run(values, rows, outcome);
+    const int status = lease.statement().run(values_.all(), rows, outcome);
     return status == kOk ? status : failed(status, connection.message(), key.text);
   };
   if (const StatementCache::Lease lease = session_->cache.find(key); lease) return run(lease);
 
   int status = kOk;
-  const std::string_view sql = statement_text(key, *session_->dialect, scratch_);
-  std::unique_ptr<Prepared> statement = connection.prepare(sql, true, &status);
+  auto [sql, facts] = statement_text(key, *session_->dialect);
+  std::unique_ptr<Prepared> statement = connection.prepare(sql, std::move(facts), Use::Often, &status);
   if (statement == nullptr) return failed(status, connection.message(), sql);
   return run(session_->cache.add(key, std::move(statement)));
 }

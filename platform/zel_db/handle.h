@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "zel_db/content_values.h"
-#include "zel_db/literals.h"
 #include "zel_db/session.h"
+#include "zel_db/sql/lifting.h"
 #include "zel_db/trace.h"
 
 // A database as its callers hold it. It outlives its connection, which is dropped when the server goes away
@@ -45,16 +45,17 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   std::mutex& mutex() { return mutex_; }
 
  private:
+  enum class Access : uint8_t { Read, Write };
+
   bool connect();
   void begin_statement();
-  int append_template(std::string_view text, zel_db::Parameters parameters, bool lift, bool* ended);
+  int append_template(std::string_view text, zel_db::Parameters parameters, zel_db::Literals literals,
+                      bool* ended);
   int append_where(std::string_view where, zel_db::Parameters parameters, bool* ended);
-  bool finds_nothing(const zel_db::StatementKey& question, const zel_db::StatementKey& update,
-                     std::span<const zel_db::Value> values);
-  int execute(const zel_db::StatementKey& key, std::span<const zel_db::Value> values, bool retry,
-              std::unique_ptr<zel_db_result_t>* rows, zel_db::Outcome* outcome);
-  int execute_once(const zel_db::StatementKey& key, std::span<const zel_db::Value> values,
-                   zel_db_result_t* rows, zel_db::Outcome* outcome);
+  // With the values of values_.
+  int execute(const zel_db::StatementKey& key, Access access, std::unique_ptr<zel_db_result_t>* rows,
+              zel_db::Outcome* outcome);
+  int execute_once(const zel_db::StatementKey& key, zel_db_result_t* rows, zel_db::Outcome* outcome);
   int failed(int status, std::string_view message, std::string_view sql);
 
   std::mutex mutex_;
@@ -64,7 +65,6 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   std::string message_;
   // Used again by each call.
   zel_db::SqlText sql_;
-  std::string scratch_;
   zel_db::Values values_;
 };
 

@@ -2,11 +2,10 @@
 #include "zel_db/schema.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "zel_db/engine.h"
 #include "zel_db/schema_families.h"
-#include "zel_db/sql_text.h"
+#include "zel_db/sql/tokens.h"
 
 namespace zel_db {
 namespace {
@@ -66,16 +65,6 @@ const Table* table_of(std::string_view name) {
   return nullptr;
 }
 
-std::optional<Kind> kind_of(std::string_view table_name, std::string_view name) {
-  const Table* const table = table_of(table_name);
-  if (table == nullptr) return {};
-  if (equal_ignoring_case(name, "_id"))
-    return table->has_row_id ? std::optional(Kind::Integer) : std::nullopt;
-  const auto column = std::ranges::find_if(
-      table->columns, [&](const Column& one) { return equal_ignoring_case(one.name, name); });
-  return column != table->columns.end() ? std::optional(column->kind) : std::nullopt;
-}
-
 }  // namespace
 
 std::span<const Family> families() {
@@ -96,13 +85,14 @@ bool has_row_ids(std::string_view name) {
   return table != nullptr && table->has_row_id;
 }
 
-bool has_column(std::string_view table, std::string_view column) {
-  return kind_of(table, column).has_value();
-}
-
-bool has_number(std::string_view table, std::string_view column) {
-  const std::optional<Kind> kind = kind_of(table, column);
-  return kind == Kind::Integer || kind == Kind::Unsigned64;
+std::optional<Kind> kind_of(std::string_view table_name, std::string_view name) {
+  const Table* const table = table_of(table_name);
+  if (table == nullptr) return {};
+  if (equal_ignoring_case(name, "_id"))
+    return table->has_row_id ? std::optional(Kind::Integer) : std::nullopt;
+  const auto column = std::ranges::find_if(
+      table->columns, [&](const Column& one) { return equal_ignoring_case(one.name, name); });
+  return column != table->columns.end() ? std::optional(column->kind) : std::nullopt;
 }
 
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect) {

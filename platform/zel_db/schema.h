@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -60,9 +61,11 @@ std::span<const Family> families();
 
 // Whether the table of that name has the column _id.
 bool has_row_ids(std::string_view name);
-// Whether the table of that name has a column of that one, in letters of either case, or one of numbers.
-bool has_column(std::string_view table, std::string_view column);
-bool has_number(std::string_view table, std::string_view column);
+// Of the column of a table, in letters of either case; none when there is no such column or table.
+std::optional<Kind> kind_of(std::string_view table, std::string_view column);
+inline bool has_column(std::string_view table, std::string_view column) {
+  return kind_of(table, column).has_value();
+}
 
 // The statements that make what is missing of a database's tables.
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);

@@ -77,7 +77,7 @@ std::unique_ptr<Location> locate(const Origin& origin, std::string* error) {
 
 bool has_known_schema(Connection& connection, const std::string& database, std::string* error) {
   int status = kOk;
-  const auto statement = connection.prepare("SELECT max(Version) FROM ZeldbSchema", false, &status);
+  const auto statement = connection.prepare("SELECT max(Version) FROM ZeldbSchema", {}, Use::Once, &status);
   Result rows;
   if (statement != nullptr) status = statement->run({}, &rows, nullptr);
   if (status == kSqlError) return true;  // no such table

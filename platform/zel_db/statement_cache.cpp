@@ -62,6 +62,7 @@ StatementCache::Lease StatementCache::add(const StatementKey& key, std::unique_p
   entry.hash = key.hash;
   entry.form = key.form;
   entry.statement = std::move(statement);
+  entry.look.reset();
   entry.last_use = ++clock_;
   if (place == size_) {
     ++size_;

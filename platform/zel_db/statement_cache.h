@@ -9,21 +9,9 @@
 #include <string_view>
 
 #include "zel_db/engine.h"
+#include "zel_db/sql/statements.h"
 
 namespace zel_db {
-
-// What makes a statement the same one again. Those that are known by their parts are only put together when
-// they have to be prepared.
-struct StatementKey {
-  enum class Form : uint8_t { Text, Query, Insert, Update, Question };
-
-  Form form = Form::Text;
-  std::string_view table;
-  std::string_view columns;  // of an insert or update, each followed by a comma
-  std::string_view text;     // the whole statement, or the where text
-  uint64_t hash = 0;
-  size_t table_end = 0;  // of a query: where the name of its table ends in its text
-};
 
 // Prepared statements of one connection, the least recently used one dropped first. They are found through a
 // small index, which is made again when one is dropped: that happens only when another has to be prepared,
@@ -41,6 +29,7 @@ class StatementCache {
     uint64_t hash = 0;
     StatementKey::Form form{};
     std::unique_ptr<Prepared> statement;
+    std::unique_ptr<Prepared> look;
     uint64_t last_use = 0;
     bool busy = false;
   };
@@ -64,13 +53,15 @@ class StatementCache {
 
     explicit operator bool() const { return entry_ != nullptr || owned_ != nullptr; }
     Prepared& statement() const { return entry_ != nullptr ? *entry_->statement : *owned_; }
+    // Of a cached update: the look before it, null until somebody has prepared one.
+    std::unique_ptr<Prepared>& look() const { return entry_->look; }
 
    private:
     Entry* entry_ = nullptr;
     std::unique_ptr<Prepared> owned_;
   };
 
-  bool contains(const StatementKey& key) { return entry_of(key) != nullptr; }
+  // False when there is none, or it is busy.
   Lease find(const StatementKey& key);
   Lease add(const StatementKey& key, std::unique_ptr<Prepared> statement);
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "zel_db/literals.h"
+#include "zel_db/sql/lifting.h"
 
 namespace zel_db {
 

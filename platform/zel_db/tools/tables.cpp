@@ -35,6 +35,29 @@ The inventory is the database `dmdb`, the property store the database `propertie
 | unsigned 64-bit | `INTEGER` | `BIGINT UNSIGNED` |
 | text N | `TEXT` | `VARCHAR(N)`, latin1, binary collation |
 | bytes N | `BLOB` | `VARBINARY(N)` |
+
+## Conditions
+
+A where text is SQL, and both engines answer alike as long as it compares columns with values of their own kind:
+`=`, `!=`, `<`, `<=`, `>`, `>=`, `IN`, `BETWEEN`, `LIKE`, `IS NULL`, `AND`, `OR`, `NOT`, `||`, `&`, `|`, `<<`, `>>`, `+`, `-`,
+`*`, `%`, `CASE`, sub-selects, `count`, `sum`, `min`, `max`, `length`, `lower`, `upper`, `substr`, `trim`, `replace`,
+`coalesce`. A number beside a column of texts is a text (`DriveTypeId IN (5)` does not meet `05`), a text beside a
+column of numbers that is no number meets none. These are not alike:
+
+| Form | Why | Portable form |
+|---|---|---|
+| `Text=5+0`, `Text=(SELECT max(Number) ...)` | compared as numbers by MariaDB: `05` is one, too | `Text=5` |
+| `Text=Number`, `Text & 4` | MariaDB takes a text that is no number for 0, and reads exponents | compare with a value |
+| `Text=0x5`, `Text=x'35'`, `Number=x'35'` | MariaDB takes them for bytes, or for a number | decimal numbers, quoted texts |
+| `Number / 2` | MariaDB keeps the fraction: 32.5, 32.0000 | `>>`, or compare the product |
+| `avg(Number)` | MariaDB gives four decimals | `sum` and `count` |
+| `~Number` | unsigned on MariaDB | `-1 - Number` |
+| `"Column"` among the columns or in the order | a name to SQLite, a text to MariaDB | the bare name, or in backticks |
+| `-- ` and `/*` among the columns or in the order | not the same comments | none |
+| `==`, `IS 5`, `ISNULL`, `NOTNULL`, `GLOB`, `COLLATE`, `NULLS LAST`, `rowid`, `cast(... as text)`, `iif`, `min(a, b)` | SQLite alone; MariaDB refuses them | `=`, `IS NULL`, `LIKE`, `_id`, `CASE` |
+| `<=>`, `&&`, `XOR`, `!`, `^`, `DIV`, `MOD`, `REGEXP`, `> ALL`, `concat`, `if` | MariaDB alone; SQLite refuses them | `AND`, `OR`, `NOT`, `%`, `CASE` |
+| functions of dates, random numbers, characters | named or working differently | none |
+| `#`, `@`, `[`, `\` outside of quotes, an unclosed quote | refused on both | |
 )";
 
 std::string type_of(const Column& column) {

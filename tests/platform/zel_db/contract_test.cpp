@@ -94,6 +94,12 @@ TEST_P(Contract, QueriesArePastedAsTheyStand) {
       {"_id", "PCIKey=8)", nullptr, "status 2"},
       {"_id", "CardName=\"b", nullptr, "status 2"},
       {"_id", "CardName=15B3A2D4", nullptr, "status 2"},
+      {"_id", "CardName=''1", nullptr, "status 2"},
+      {"_id", "CardName='a'AND PCIKey=7", nullptr, "2"},
+      {"_id", "CardName||'x'='cx' /* x", nullptr, "1"},
+      {"_id", "PCIKey=8 /*! OR PCIKey=7 */ -- x", "_id", "3"},
+      {"_id", "PCIKey=8--1", nullptr, "3"},
+      {"_id", "PCIKey=8 # x", nullptr, "status 2"},
       {"NoColumn", "", nullptr, "status 2"},
   };
   for (const auto& [columns, where, order, expected] : cases) {
@@ -300,7 +306,10 @@ TEST_P(Contract, NumbersAreComparedAsTheirColumnIs) {
       {"_id=3 AND PCIKey IN (SELECT PCIKey FROM PCIAdapter WHERE PCIKey<'eight' AND _id='3')", "3"},
       {"CardName=9007199254740992", "1"},
       {"`CardName`=7 OR _id<1", ""},
-      {"PCIKey>0 AND (CardName != 07)", "1;2;3"},
+      {"PCIKey>0 AND (CardName != 07)", "1;3"},  // as it is spelled
+      {"CardName=7 OR CardName=+7 OR CardName IN (7,0) OR CardName BETWEEN 6 AND 8 OR 7=CardName", ""},
+      {"CardName=1E3 OR CardName=12E45678 OR CardName IN (07)", "2"},
+      {"PCIKey IN ('five') OR PCIKey=7E0 AND PCIKey=007 OR 'eight'=PCIKey", "2"},
       {"PCIKey IN (SELECT DevKey FROM PCIs WHERE SlotDesignation=8)", "3"},
       {"PCIKey IN (SELECT DevKey FROM PCIs WHERE SlotDesignation=0)", ""},
   };

@@ -64,8 +64,9 @@ void MariadbConnection::report_loss(const char* reason) {
   lost_ = true;
 }
 
-std::unique_ptr<Prepared> MariadbConnection::prepare(std::string_view sql, bool /*keep*/, int* status) {
-  auto statement = std::make_unique<MariadbStatement>(*this, sql);
+std::unique_ptr<Prepared> MariadbConnection::prepare(std::string_view sql, Facts facts, Use /*use*/,
+                                                     int* status) {
+  auto statement = std::make_unique<MariadbStatement>(*this, sql, std::move(facts));
   *status = statement->prepare();
   if (*status != kOk) return nullptr;
   return statement;

@@ -24,7 +24,7 @@ class MariadbConnection : public Connection {
   // place: which server, for the log.
   MariadbConnection(MariadbClient client, std::string place);
 
-  std::unique_ptr<Prepared> prepare(std::string_view sql, bool keep, int* status) override;
+  std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override;
   const std::string& message() const override { return message_; }

@@ -12,13 +12,14 @@ constexpr unsigned kConnectSeconds = 3;
 // Longer than any lock is waited for.
 constexpr unsigned kAnswerSeconds = 60;
 
-// Texts are bytes, "..." is one, a backslash means nothing; what does not fit is refused. Locks are waited
-// for as long as on the other engine. A semi-join would start with the rows of a sub-select, and deliver in
-// their order.
+// Texts are bytes, "..." is one, "||" joins two, a backslash means nothing; what does not fit is refused.
+// Locks are waited for as long as on the other engine. A semi-join would start with the rows of a sub-select,
+// and deliver in their order.
 constexpr const char* kSessionSettings =
     "SET NAMES latin1 COLLATE latin1_nopad_bin, autocommit=1, innodb_lock_wait_timeout=5, "
     "lock_wait_timeout=5, optimizer_switch='semijoin=off,mrr=off', "
-    "sql_mode='STRICT_TRANS_TABLES,NO_ENGINE_SUBSTITUTION,NO_BACKSLASH_ESCAPES,NO_AUTO_VALUE_ON_ZERO'";
+    "sql_mode='STRICT_TRANS_TABLES,NO_ENGINE_SUBSTITUTION,NO_BACKSLASH_ESCAPES,NO_AUTO_VALUE_ON_ZERO,"
+    "PIPES_AS_CONCAT'";
 
 constexpr const char* kCharacters = " CHARACTER SET latin1 COLLATE latin1_nopad_bin";
 

@@ -8,8 +8,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "zel_db/compared_columns.h"
-#include "zel_db/sql_text.h"
+#include "zel_db/sql/tokens.h"
 
 namespace zel_db {
 namespace {
@@ -86,11 +85,8 @@ Sent sent(const Value& value, bool meets_number, char (&digits)[kDigits]) {
 
 }  // namespace
 
-MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_view sql)
-    : connection_(connection),
-      sql_(sql),
-      has_sub_select_(has_sub_select(sql)),
-      compares_numbers_(compares_numbers(sql)) {
+MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_view sql, Facts facts)
+    : Prepared(std::move(facts)), connection_(connection), sql_(sql) {
   connection_.add(this);
 }
 
@@ -118,8 +114,6 @@ int MariadbStatement::prepare() {
 }
 
 void MariadbStatement::begin_binding(size_t count) {
-  // What the server takes for a placeholder may be a comment to us.
-  if (compares_numbers_.size() != count) compares_numbers_.assign(count, false);
   is_bound_ = false;
   bound_.assign(count, {});
   parameters_.assign(count, {});
@@ -136,6 +130,7 @@ void MariadbStatement::begin_binding(size_t count) {
 // when that changes, for it costs more than to copy the values there.
 bool MariadbStatement::bind(std::span<const Value> values) {
   bool is_bound = is_bound_;
+  const std::vector<bool>& meets_number = facts().meets_number;
   for (size_t i = 0; i < values.size(); ++i) {
     const Value& value = values[i];
     MYSQL_BIND& bind = parameters_[i];
@@ -143,7 +138,7 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     parameter.is_null = value.kind == Value::Kind::Null ? 1 : 0;
     if (parameter.is_null != 0) continue;
     char digits[kDigits];
-    const auto [type, is_unsigned, bytes] = sent(value, compares_numbers_[i], digits);
+    const auto [type, is_unsigned, bytes] = sent(value, i < meets_number.size() && meets_number[i], digits);
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
       bind.buffer_type = type;
       bind.is_unsigned = is_unsigned;
@@ -283,7 +278,7 @@ int MariadbStatement::run(std::span<const Value> values, Result* rows, Outcome* 
   last_use_ = connection_.tick();
   int status = execute(values);
   if (status == kOk) status = complete(rows, outcome);
-  if (has_sub_select_) release();
+  if (facts().has_sub_select) release();
   return status;
 }
 

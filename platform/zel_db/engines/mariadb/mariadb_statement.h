@@ -14,7 +14,7 @@ namespace zel_db {
 // when its place is needed for another, or when a table has changed too much.
 class MariadbStatement : public Prepared {
  public:
-  MariadbStatement(MariadbConnection& connection, std::string_view sql);
+  MariadbStatement(MariadbConnection& connection, std::string_view sql, Facts facts);
   MariadbStatement(const MariadbStatement&) = delete;
   MariadbStatement& operator=(const MariadbStatement&) = delete;
   ~MariadbStatement() override { connection_.remove(this); }
@@ -59,8 +59,6 @@ class MariadbStatement : public Prepared {
 
   MariadbConnection& connection_;
   const std::string sql_;
-  const bool has_sub_select_;
-  std::vector<bool> compares_numbers_;
   std::unique_ptr<MYSQL_STMT, CloseStatement> statement_;
   uint64_t last_use_ = 0;
   std::vector<MYSQL_BIND> parameters_;

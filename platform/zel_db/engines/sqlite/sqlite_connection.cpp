@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <ctime>
 
-#include "zel_db/sql_text.h"
+#include "zel_db/sql/tokens.h"
 
 namespace zel_db {
 namespace {
@@ -40,8 +40,9 @@ struct ResetSqlite {
 
 class SqlitePrepared : public Prepared {
  public:
-  SqlitePrepared(SqliteConnection& connection, SqliteStatement statement)
-      : connection_(connection),
+  SqlitePrepared(SqliteConnection& connection, SqliteStatement statement, Facts facts)
+      : Prepared(std::move(facts)),
+        connection_(connection),
         statement_(std::move(statement)),
         placeholders_(static_cast<size_t>(sqlite3_bind_parameter_count(statement_.get()))) {}
 
@@ -166,11 +167,11 @@ int SqliteConnection::fail(int code) {
   return status_for(code);
 }
 
-std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, bool keep, int* status) {
+std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, Facts facts, Use use, int* status) {
   sqlite3_stmt* prepared = nullptr;
   const char* tail = nullptr;
   const int code = sqlite3_prepare_v3(database(), sql.data(), static_cast<int>(sql.size()),
-                                      keep ? SQLITE_PREPARE_PERSISTENT : 0, &prepared, &tail);
+                                      use == Use::Often ? SQLITE_PREPARE_PERSISTENT : 0, &prepared, &tail);
   SqliteStatement statement(prepared);
   if (code != SQLITE_OK) {
     *status = fail(code);
@@ -182,7 +183,7 @@ std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, bool k
     *status = refuse(more ? "more than one statement" : "no statement");
     return nullptr;
   }
-  return std::make_unique<SqlitePrepared>(*this, std::move(statement));
+  return std::make_unique<SqlitePrepared>(*this, std::move(statement), std::move(facts));
 }
 
 // An open file keeps its content when another takes its place, and what is written to it is lost. Looking at

@@ -26,7 +26,7 @@ class SqliteConnection : public Connection {
  public:
   SqliteConnection(SqliteDatabase database, std::string path);
 
-  std::unique_ptr<Prepared> prepare(std::string_view sql, bool keep, int* status) override;
+  std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override { return sqlite3_get_autocommit(database_.get()) == 0; }
   const std::string& message() const override { return message_; }

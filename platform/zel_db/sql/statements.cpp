@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/sql/statements.h"
+
+#include "zel_db/engine.h"
+#include "zel_db/hash.h"
+
+namespace zel_db {
+namespace {
+
+using Form = StatementKey::Form;
+
+std::string insert_text(const StatementKey& key, const Dialect& dialect) {
+  std::string sql("INSERT INTO ");
+  sql.append(key.table);
+  if (key.columns.empty()) return sql.append(dialect.insert_without_values);
+  sql.append(" (").append(key.columns).back() = ')';  // in place of the last comma
+  sql.append(" VALUES (");
+  for (const char c : key.columns) {
+    if (c == ',') sql.append("?,");
+  }
+  sql.back() = ')';
+  return sql;
+}
+
+std::string update_text(const StatementKey& key) {
+  std::string sql("UPDATE ");
+  sql.append(key.table).append(" SET ");
+  for (const char c : key.columns) {
+    if (c == ',') sql.append("=?");
+    sql.push_back(c);
+  }
+  sql.pop_back();
+  if (!key.text.empty()) sql.append(" WHERE ").append(key.text);
+  return sql;
+}
+
+std::string look_text(const StatementKey& key, const Dialect& dialect) {
+  const std::string condition(key.text.substr(key.text.find('(')));
+  const std::string table(key.table);
+  return dialect.searches_conditions ? "SELECT " + condition + " IS TRUE FROM " + table + " WHERE _id=?"
+                                     : "SELECT 1 FROM " + table + " WHERE " + condition + " AND _id=?";
+}
+
+std::string template_of(const StatementKey& key, const Dialect& dialect) {
+  switch (key.form) {
+    case Form::Insert:
+      return insert_text(key, dialect);
+    case Form::Update:
+      return update_text(key);
+    case Form::Look:
+      return look_text(key, dialect);
+    case Form::Text:
+    case Form::Query:
+      break;
+  }
+  return std::string(key.text);
+}
+
+// Beside a text a number is one, too: to a server 5 would equal "05", and 12E45678 is more than it can count.
+void quote_numbers(Facts& facts, std::string& sql) {
+  for (size_t i = facts.beside_texts.size(); i-- > 0;) {
+    const auto& [begin, end] = facts.beside_texts[i];
+    sql.insert(end, 1, '\'').insert(begin, 1, '\'');
+    if (end <= facts.table_end) facts.table_end += 2;
+  }
+}
+
+// The line may end in a comment.
+void add_order(const Facts& facts, const Dialect& dialect, std::string& sql) {
+  switch (facts.order) {
+    case RowOrder::Fixed:
+      break;
+    case RowOrder::Natural:
+      if (!dialect.pays_for_order) sql.append("\nORDER BY _id");
+      break;
+    case RowOrder::Open:
+      sql.append("\nORDER BY _id");
+      break;
+    case RowOrder::Asked:
+      sql.append("\n, _id");
+      break;
+    case RowOrder::Distinct:
+      sql.insert(facts.table_end, dialect.without_indexes);
+      break;
+  }
+}
+
+}  // namespace
+
+StatementKey text_key(std::string_view statement) {
+  return {Form::Text, {}, {}, statement, hash_of(statement)};
+}
+
+StatementKey query_key(std::string_view statement) {
+  return {Form::Query, {}, {}, statement, hash_of(statement)};
+}
+
+StatementKey insert_key(std::string_view table, std::string_view columns) {
+  return {Form::Insert, table, columns, {}, hash_of(columns, hash_of(table))};
+}
+
+StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where) {
+  return {Form::Update, table, columns, where, hash_of(columns, hash_of(where, hash_of(table)))};
+}
+
+StatementKey look_key(const StatementKey& update) {
+  StatementKey look = update;
+  look.form = Form::Look;
+  return look;
+}
+
+StatementText statement_text(const StatementKey& key, const Dialect& dialect) {
+  std::string sql = template_of(key, dialect);
+  Facts facts = facts_of(sql);
+  quote_numbers(facts, sql);
+  if (key.form == Form::Query) add_order(facts, dialect, sql);
+  return {std::move(sql), std::move(facts)};
+}
+
+}  // namespace zel_db

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// From a call's parts to the statement that an engine prepares.
+#ifndef ZEL_DB_SQL_STATEMENTS_H
+#define ZEL_DB_SQL_STATEMENTS_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "zel_db/sql/facts.h"
+
+namespace zel_db {
+
+struct Dialect;
+
+// What makes a statement the same one again. Its text is only put together when it has to be prepared.
+struct StatementKey {
+  enum class Form : uint8_t { Text, Query, Insert, Update, Look };
+
+  Form form = Form::Text;
+  std::string_view table;
+  std::string_view columns;  // of an insert or update, each followed by a comma
+  std::string_view text;     // the whole template, or that of the where text
+  uint64_t hash = 0;
+};
+
+// A caller's own statement.
+StatementKey text_key(std::string_view statement);
+// A select whose rows come in the order of their ids.
+StatementKey query_key(std::string_view statement);
+StatementKey insert_key(std::string_view table, std::string_view columns);
+// All rows where the where text is empty.
+StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where);
+// A select that tells whether an update of one row would find it: a row with 1, or with 0, or none. Its
+// values are those of the update's condition, with the id at the end.
+StatementKey look_key(const StatementKey& update);
+
+struct StatementText {
+  std::string sql;
+  Facts facts;
+};
+StatementText statement_text(const StatementKey& key, const Dialect& dialect);
+
+}  // namespace zel_db
+
+#endif

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zel_db/sql/tokens.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace zel_db {
+namespace {
+
+using Kind = Token::Kind;
+
+// What a character may begin.
+enum class Class : uint8_t { Symbol, Blank, Word, Digit, Quote, Backtick };
+
+struct Characters {
+  std::array<Class, 256> classes{};
+  std::array<uint8_t, 256> marks{};
+};
+
+constexpr Characters kCharacters = [] {
+  Characters all{};
+  for (size_t i = 0; i < 256; ++i) {
+    const char c = static_cast<char>(i);
+    if (is_blank(c)) all.classes[i] = Class::Blank;
+    if (is_word(c)) all.classes[i] = is_digit(c) ? Class::Digit : Class::Word;
+  }
+  all.classes['"'] = all.classes['\''] = Class::Quote;
+  all.classes['`'] = Class::Backtick;
+  for (const char c : std::string_view("\"'`=<>?-/;()#@[\\:")) all.marks[static_cast<uint8_t>(c)] = 1;
+  return all;
+}();
+
+Class class_of(char c) {
+  return kCharacters.classes[static_cast<unsigned char>(c)];
+}
+unsigned mark_of(char c) {
+  return kCharacters.marks[static_cast<unsigned char>(c)];
+}
+
+// Past the closing quote, null when there is none.
+const char* end_of_quoted(const char* begin, const char* end) {
+  const char quote = *begin;
+  for (const char* p = begin + 1; p < end;) {
+    p = static_cast<const char*>(std::memchr(p, quote, static_cast<size_t>(end - p)));
+    if (p == nullptr) return nullptr;
+    if (p + 1 == end || p[1] != quote) return p + 1;
+    p += 2;
+  }
+  return nullptr;
+}
+
+// With the sign of an exponent: 1e-3.
+const char* end_of_number(const char* p, const char* end) {
+  bool is_decimal = true;
+  for (; p < end && (is_word(*p) || *p == '.'); ++p) {
+    if (is_digit(*p) || *p == '.') continue;
+    const bool has_signed_exponent = is_decimal && (*p == 'e' || *p == 'E') && end - p > 2 &&
+                                     (p[1] == '+' || p[1] == '-') && is_digit(p[2]);
+    if (has_signed_exponent) ++p;
+    is_decimal = false;
+  }
+  return p;
+}
+
+bool is_prefix(char c) {
+  return std::string_view("xXbBnN").find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+Token Tokens::token(Kind kind, const char* end) {
+  const Token token{kind, {p_, static_cast<size_t>(end - p_)}, depth_};
+  p_ = end;
+  return token;
+}
+
+Token Tokens::quoted(const char* quote, Kind kind) {
+  const char* const end = end_of_quoted(quote, end_);
+  return end != nullptr ? token(kind, end) : token(Kind::Open, end_);
+}
+
+Token Tokens::word() {
+  const char* const end = std::find_if_not(p_, end_, is_word);
+  if (end == p_ + 1 && end < end_ && *end == '\'' && is_prefix(*p_)) return quoted(end, Kind::Prefixed);
+  return token(Kind::Word, end);
+}
+
+// A text may end within a comment, but not with its first two characters.
+Token Tokens::comment() {
+  const std::string_view rest(p_, static_cast<size_t>(end_ - p_));
+  const bool is_line = rest.front() == '-';
+  const size_t close = is_line ? rest.find('\n') : rest.find("*/", 2);
+  if (!is_line && rest.size() == 2) return token(Kind::Open, end_);
+  return token(Kind::Comment, close == std::string_view::npos ? end_ : p_ + close + (is_line ? 1 : 2));
+}
+
+Token Tokens::symbol() {
+  const char after = end_ - p_ > 1 ? p_[1] : '\0';
+  switch (*p_) {
+    case '?':
+      return token(Kind::Placeholder, p_ + 1);
+    case '(': {
+      const Token outside = token(Kind::Symbol, p_ + 1);
+      ++depth_;
+      return outside;
+    }
+    case ')':
+      --depth_;
+      break;
+    case '-':
+      if (after == '-') return comment();
+      break;
+    case '/':
+      if (after == '*') return comment();
+      break;
+    case '.':
+      if (is_digit(after)) return token(Kind::Number, end_of_number(p_, end_));
+      break;
+    default:
+      break;
+  }
+  return token(Kind::Symbol, p_ + 1);
+}
+
+Token Tokens::next_or_comment() {
+  while (p_ < end_ && is_blank(*p_)) ++p_;
+  if (p_ == end_) return token(Kind::End, end_);
+  switch (class_of(*p_)) {
+    case Class::Word:
+      return word();
+    case Class::Digit:
+      return token(Kind::Number, end_of_number(p_, end_));
+    case Class::Quote:
+      return quoted(p_, Kind::Text);
+    case Class::Backtick:
+      return quoted(p_, Kind::Name);
+    default:
+      return symbol();
+  }
+}
+
+Token Tokens::next() {
+  Token token = next_or_comment();
+  while (token.kind == Kind::Comment) token = next_or_comment();
+  return token;
+}
+
+Token Tokens::next_mark() {
+  const char* p = p_;
+  const char* const end = end_;
+  while (end - p >= 4 && (mark_of(p[0]) | mark_of(p[1]) | mark_of(p[2]) | mark_of(p[3])) == 0) p += 4;
+  while (p < end && mark_of(*p) == 0) ++p;
+  const char* const skipped = p_;
+  p_ = p;
+  if (p == end) return token(Kind::End, end);
+  if (*p == '"') return quoted(p, Kind::Text);
+  if (*p == '`') return quoted(p, Kind::Name);
+  if (*p != '\'') return symbol();
+  // The letter of x'00' has been passed.
+  if (p == skipped || !is_prefix(p[-1]) || (p - 1 != begin_ && is_word(p[-2]))) return quoted(p, Kind::Text);
+  --p_;
+  return quoted(p, Kind::Prefixed);
+}
+
+bool Token::is(std::string_view word) const {
+  return kind == Kind::Word && equal_ignoring_case(text, word);
+}
+
+std::string_view Token::name() const {
+  if (kind == Kind::Word) return text;
+  return kind == Kind::Name ? text.substr(1, text.size() - 2) : std::string_view();
+}
+
+bool equal_ignoring_case(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char left, char right) { return lower(left) == lower(right); });
+}
+
+bool reads_as_number(std::string_view text) {
+  const char* p = std::find_if_not(text.begin(), text.end(), is_blank);
+  const char* const end = text.end();
+  const auto skip_sign = [&] { p += p < end && (*p == '+' || *p == '-') ? 1 : 0; };
+  const auto skip_digits = [&] {
+    const char* const from = p;
+    p = std::find_if_not(p, end, is_digit);
+    return p - from;
+  };
+  skip_sign();
+  auto digits = skip_digits();
+  if (p < end && *p == '.') {
+    ++p;
+    digits += skip_digits();
+  }
+  if (digits == 0) return false;
+  if (p < end && (*p == 'e' || *p == 'E')) {
+    ++p;
+    skip_sign();
+    if (skip_digits() == 0) return false;
+  }
+  return std::find_if_not(p, end, is_blank) == end;
+}
+
+std::vector<std::string_view> split_statements(std::string_view script) {
+  std::vector<std::string_view> statements;
+  Tokens tokens(script);
+  const char* begin = nullptr;
+  for (Token token = tokens.next();; token = tokens.next()) {
+    const bool ends = token.kind == Kind::End || token.is(';');
+    if (!ends && begin == nullptr) begin = token.begin();
+    if (ends && begin != nullptr) {
+      statements.emplace_back(begin, static_cast<size_t>(token.begin() - begin));
+      begin = nullptr;
+    }
+    if (token.kind == Kind::End) return statements;
+  }
+}
+
+}  // namespace zel_db

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// SQL as both engines spell it. This is the only code that knows where a quoted text or a comment ends.
+#ifndef ZEL_DB_SQL_TOKENS_H
+#define ZEL_DB_SQL_TOKENS_H
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace zel_db {
+
+struct Token {
+  enum class Kind : uint8_t {
+    End,
+    Word,         // a keyword or a name
+    Number,       // from its first digit to its last letter: 5, 5.5, 1e-3, 0x5, 15B3
+    Text,         // "..." or '...'; a doubled quote stands for one, a backslash for itself
+    Prefixed,     // x'00', N'text'
+    Name,         // `...`
+    Symbol,       // one character
+    Placeholder,  // ?
+    Comment,      // also one that is not closed: it ends with the text
+    Open,         // a text, name or comment that cannot stand because it is not closed
+  };
+
+  Kind kind = Kind::End;
+  std::string_view text;  // as it is spelled
+  int depth = 0;          // of parentheses around it; a parenthesis is outside of its own pair
+
+  bool is(char symbol) const { return kind == Kind::Symbol && text.front() == symbol; }
+  bool is(std::string_view word) const;  // a word, in letters of either case
+  bool is_comparison() const { return is('=') || is('<') || is('>') || is('!'); }
+  // What a word or name refers to, empty for anything else.
+  std::string_view name() const;
+  const char* begin() const { return text.data(); }
+  const char* end() const { return text.data() + text.size(); }
+};
+
+class Tokens {
+ public:
+  explicit Tokens(std::string_view text) : begin_(text.data()), p_(begin_), end_(begin_ + text.size()) {}
+
+  // The next token that is no comment.
+  Token next();
+  Token next_or_comment();
+  // The same, but skips words, numbers, blanks and the symbols that mean nothing to literals. Most of a
+  // statement is such, and is passed over four characters at a time.
+  Token next_mark();
+
+ private:
+  Token token(Token::Kind kind, const char* end);
+  Token quoted(const char* quote, Token::Kind kind);
+  Token comment();
+  Token word();
+  Token symbol();
+
+  const char* begin_;
+  const char* p_;
+  const char* end_;
+  int depth_ = 0;
+};
+
+constexpr bool is_blank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+constexpr bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+// Bytes above 0x7F are letters to both engines.
+constexpr bool is_word(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || is_digit(c) || c == '_' ||
+         c == '$' || byte >= 0x80;
+}
+
+bool equal_ignoring_case(std::string_view a, std::string_view b);
+
+// Whether all of a text is a decimal number between blanks: "-5", " 5.0e3 ", not "0x5".
+bool reads_as_number(std::string_view text);
+
+// The statements of a script, split at ";". Blanks and comments alone are no statement; after a quote that is
+// not closed the rest is one statement.
+std::vector<std::string_view> split_statements(std::string_view script);
+
+}  // namespace zel_db
+
+#endif
