@@ -41,21 +41,32 @@ constexpr bool ended_well(int status) {
   return status == ZELDB_ROW || status == ZELDB_NO_MORE_ROWS;
 }
 
+// What became of a single row. A step may answer 0 without having one, so the status alone does not tell.
+struct OneRow {
+  int status;
+  bool found;
+};
+
 // One row: read takes it and returns nothing, or the status to return. Without a row, that of the step.
 template <typename Read>
-int read_one(_zel_db_handle_t* handle, const Select& select, Read read) {
+OneRow look_for_one(_zel_db_handle_t* handle, const Select& select, Read read) {
   Result result;
   int status = query(handle, select, result);
-  if (status != ZELDB_OK) return status;
-  if (!result) return ZELDB_NO_MORE_ROWS;
+  if (status != ZELDB_OK) return {status, false};
+  if (!result) return {ZELDB_NO_MORE_ROWS, false};
   status = result.step();
-  if (status != ZELDB_ROW) return status;
+  if (status != ZELDB_ROW) return {status, false};
   if constexpr (std::is_void_v<decltype(read(result.row()))>) {
     read(result.row());
-    return ZELDB_OK;
+    return {ZELDB_OK, true};
   } else {
-    return read(result.row());
+    return {read(result.row()), true};
   }
+}
+
+template <typename Read>
+int read_one(_zel_db_handle_t* handle, const Select& select, Read read) {
+  return look_for_one(handle, select, read).status;
 }
 
 enum class Next { Keep, Skip };
@@ -68,17 +79,25 @@ struct ListRules {
   OnError on_error = OnError::Discard;
   bool skipped_rows_count = false;  // against the row count, as kept ones do
   bool empty_is_not_found = false;  // no item kept: the status of the last step, and no array
+  bool zero_ends_well = false;      // a step that answers 0 ends the rows as ZELDB_NO_MORE_ROWS does
 };
 
-// The rows of a result as the list's array: take fills an item and keeps or skips it. The row count bounds
-// the array; rows beyond it are left out. The list is set at the end, or not at all; Items stays as it is
-// when no row was counted. A narrow Index wraps, and with it the places and the count.
-template <typename Index = uint32_t, typename List, typename Take>
-int collect(Result& result, List* list, Take take, ListRules rules = {}) {
-  using Item = std::remove_pointer_t<decltype(list->Items)>;
+template <typename List>
+using ListArray = MallocArray<std::remove_pointer_t<decltype(List::Items)>>;
+
+// Room for every row that the result counts; none is taken for none. False when memory is short.
+template <typename T>
+bool make_room(Result& result, MallocArray<T>& items) {
   const unsigned rows = result.row_count();
-  MallocArray<Item> items;
-  if (rows > 0 && !items.allocate(rows)) return ZEL_DB_STATUS_NO_MEMORY;
+  return rows == 0 || items.allocate(rows);
+}
+
+// The rows of a result as the list's array, for which there is room: take fills an item and keeps or skips
+// it. The row count bounds the array; rows past it are left out. The list is set at the end, or not at all;
+// Items stays as it is when no row was counted. A narrow Index wraps, and with it the places and the count.
+template <typename Index = uint32_t, typename List, typename Take>
+int collect_into(ListArray<List>& items, Result& result, List* list, Take take, ListRules rules = {}) {
+  const unsigned rows = result.row_count();
   Index count = 0;
   unsigned skipped = 0;
   int status = ZELDB_OK;
@@ -89,12 +108,19 @@ int collect(Result& result, List* list, Take take, ListRules rules = {}) {
       ++skipped;
     }
   }
-  const bool failed = !ended_well(status);
+  const bool failed = !ended_well(status) && !(rules.zero_ends_well && status == ZELDB_OK);
   if (failed && rules.on_error == OnError::Discard) return status;
   if (count == 0 && rules.empty_is_not_found) return status;
   list->Count = count;
   if (rows > 0) list->Items = items.release();
   return failed && rules.on_error == OnError::PublishAndFail ? status : ZELDB_OK;
+}
+
+template <typename Index = uint32_t, typename List, typename Take>
+int collect(Result& result, List* list, Take take, ListRules rules = {}) {
+  ListArray<List> items;
+  if (!make_room(result, items)) return ZEL_DB_STATUS_NO_MEMORY;
+  return collect_into<Index>(items, result, list, take, rules);
 }
 
 template <typename List, typename Take>

@@ -12,10 +12,14 @@ namespace zeldb {
 
 enum class EmptyText { AsNull, AsText, LeftOut };
 
-// Content values, cleared and released on every path; false when they could not be allocated.
+// The values of a row that is written, released on every path; false when they could not be allocated. A put
+// for which memory is short is remembered: the row would lack that column, so it is not written. What else
+// the database has against a value it says when it gets the row.
 class ContentValues {
  public:
-  explicit ContentValues(_zel_db_handle_t* handle) : values_(zel_db_get_content_values(handle)) {}
+  // The function is the one that log readers know; null logs nothing.
+  explicit ContentValues(_zel_db_handle_t* handle, const char* function = nullptr)
+      : handle_(handle), function_(function), values_(zel_db_get_content_values(handle)) {}
   ContentValues(const ContentValues&) = delete;
   ContentValues& operator=(const ContentValues&) = delete;
   ~ContentValues() {
@@ -26,18 +30,49 @@ class ContentValues {
 
   explicit operator bool() const { return values_ != nullptr; }
   zel_db_content_values_t* get() const { return values_; }
-  void clear() { zel_db_content_clear(values_); }
+  // False when a value since the last clear is missing.
+  bool is_complete() const { return complete_; }
+
+  void clear() {
+    zel_db_content_clear(values_);
+    complete_ = true;
+  }
 
   // One column per field, in their order, but for empty texts that are left out. The texts of the record must
   // be terminated.
   void put(std::span<const Field> fields, const void* record, EmptyText empty);
 
- private:
-  zel_db_content_values_t* values_;
-};
+  void put_text(const char* column, const char* value) {
+    note(zel_db_content_put_text(values_, column, value));
+  }
+  void put_null(const char* column) { note(zel_db_content_put_null(values_, column)); }
+  void put_int(const char* column, int32_t value) { note(zel_db_content_put_int(values_, column, value)); }
+  void put_uint(const char* column, uint32_t value) { note(zel_db_content_put_uint(values_, column, value)); }
+  void put_uint64(const char* column, uint64_t value) {
+    note(zel_db_content_put_uint64(values_, column, value));
+  }
+  void put_uint16(const char* column, uint16_t value) {
+    note(zel_db_content_put_short_uint(values_, column, value));
+  }
+  void put_uint8(const char* column, uint8_t value) {
+    note(zel_db_content_put_uchar(values_, column, value));
+  }
 
-// Logs that the function's content values could not be allocated, and returns the status for it.
-int no_memory(const char* function);
+  // What no_memory returns, and nothing is sent, when a value is missing. id may be null.
+  int insert(const char* table, int64_t* id) const;
+  int update(const char* table, const char* where) const;
+
+  // Logs that memory for the values was short, and returns the status for it.
+  int no_memory() const;
+
+ private:
+  void note(int status);
+
+  _zel_db_handle_t* handle_;
+  const char* function_;
+  zel_db_content_values_t* values_;
+  bool complete_ = true;
+};
 
 }  // namespace zeldb
 

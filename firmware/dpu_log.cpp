@@ -23,10 +23,10 @@ struct Extent {
   int32_t newest;
 };
 
-int read_extent(_zel_db_handle_t* handle, int slot, Extent& extent) {
+OneRow read_extent(_zel_db_handle_t* handle, int slot, Extent& extent) {
   static constexpr const char* kColumns[] = {"COUNT(*)", "MIN(_id)", "MAX(_id)"};
   const Filter<32> filter("Slot=%d", slot);
-  return read_one(handle, {.table = kEvents, .columns = kColumns, .where = filter}, [&](const Row& row) {
+  return look_for_one(handle, {.table = kEvents, .columns = kColumns, .where = filter}, [&](const Row& row) {
     int status = row.read(0, extent.count);
     if (status != ZELDB_OK || extent.count == 0) return status;  // the ids of no events are NULL
     status = row.read(1, extent.oldest);
@@ -35,7 +35,7 @@ int read_extent(_zel_db_handle_t* handle, int slot, Extent& extent) {
 }
 
 // One event per new one, also from a log that holds too many.
-int make_room(_zel_db_handle_t* handle, const Extent& extent) {
+int drop_oldest(_zel_db_handle_t* handle, const Extent& extent) {
   if (extent.count < kMostEvents) return ZELDB_OK;
   const Filter<32> filter("_id=%d", extent.oldest);
   const int status = zel_db_delete(handle, kEvents, filter, nullptr, 0, nullptr);
@@ -44,15 +44,15 @@ int make_room(_zel_db_handle_t* handle, const Extent& extent) {
 }
 
 int append(_zel_db_handle_t* handle, int slot, const R& event) {
-  ContentValues values(handle);
-  if (!values) return no_memory("dpu_insert_log");
+  ContentValues values(handle, "dpu_insert_log");
+  if (!values) return values.no_memory();
   R stored = event;
   terminate_texts(kTexts.fields, &stored);
-  zel_db_content_put_uint(values.get(), "Slot", static_cast<uint32_t>(slot));
+  values.put_uint("Slot", static_cast<uint32_t>(slot));
   values.put(kTexts.fields, &stored, EmptyText::AsText);
-  zel_db_content_put_uint(values.get(), "Timestamp", static_cast<uint32_t>(stored.Timestamp));
+  values.put_uint("Timestamp", static_cast<uint32_t>(stored.Timestamp));
   int64_t row = 0;
-  return zel_db_insert(handle, kEvents, values.get(), 0, &row);
+  return values.insert(kEvents, &row);
 }
 
 Next take_event(const Row& row, R& event) {
@@ -81,8 +81,9 @@ int dpu_insert_log(int slot, const _ZELDB_DpuLog* event, int32_t* nextId) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   Extent extent = {};
-  int status = read_extent(handle, slot, extent);
-  if (status == ZELDB_OK) status = make_room(handle, extent);
+  const OneRow known = read_extent(handle, slot, extent);
+  if (!known.found || known.status != ZELDB_OK) return known.status;
+  int status = drop_oldest(handle, extent);
   if (status == ZELDB_OK) status = append(handle, slot, *event);
   if (status == ZELDB_OK) *nextId = static_cast<int32_t>(static_cast<uint32_t>(extent.newest) + 1);
   return status;

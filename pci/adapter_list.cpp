@@ -182,12 +182,13 @@ int zeldb_get_ncsi_id_list(_ZELDB_NCSI_Id_List* list) {
   if (status != ZELDB_OK) return status;
   *list = {};
   if (!result) return ZELDB_OK;
-  // The count is one byte, and wraps.
-  return collect<uint8_t>(result, list, [](const Row& row, Id& id) {
+  const auto take = [](const Row& row, Id& id) {
     const bool complete = row.read(0, id.SlotNo) == ZELDB_OK && row.read(1, id.Location) == ZELDB_OK &&
                           row.read(2, id.PackageID1) == ZELDB_OK && row.read(3, id.PackageID2) == ZELDB_OK;
     return complete ? Next::Keep : Next::Skip;
-  });
+  };
+  // The count is one byte, and wraps.
+  return collect<uint8_t>(result, list, take, {.zero_ends_well = true});
 }
 
 int zeldb_get_pci_adapter_list(_ZELDB_PCI_Adapter_List* list) {
@@ -200,7 +201,9 @@ int zeldb_get_pci_adapter_list(_ZELDB_PCI_Adapter_List* list) {
   Result result;
   const int status = query(handle, {.table = kAdapters, .columns = kGrouped, .where = grouped}, result);
   if (status != ZELDB_OK || !result) return status;
+  MallocArray<R> adapters;
+  if (!make_room(result, adapters)) return ZEL_DB_STATUS_NO_MEMORY;
   const NcsiIds ncsi;
-  return collect(result, list,
-                 [&](const Row& row, R& adapter) { return take_adapter(handle, ncsi, row, adapter); });
+  return collect_into(adapters, result, list,
+                      [&](const Row& row, R& adapter) { return take_adapter(handle, ncsi, row, adapter); });
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 #include <cstring>
-#include <new>
+#include <exception>
 
 #include "db/field.h"
 #include "db/filter.h"
@@ -70,8 +70,12 @@ void set_missing_gpu_vpd_info(_ZELDB_PCIVpdInfo* record, unsigned int slotNo,
     const char* const name = *item++;
     char* const text = reinterpret_cast<char*>(bytes_of(field, record));
     if (!is_missing(text)) continue;
-    if (read_gpu_property(kGpuSlots, name, slotNo, text, field.size) == ZELDB_OK)
+    if (read_gpu_property(kGpuSlots, name, slotNo, text, field.size) != ZELDB_OK) continue;
+    try {
       changes[field.column] = text;
+    } catch (const std::exception&) {
+      // Completed in the record alone.
+    }
   }
 }
 
@@ -89,18 +93,14 @@ int zeldb_get_pci_vpd_info(unsigned int funKey, _ZELDB_PCIVpdInfo* record) {
   const Filter<128> filter("%s=%d AND %s=%d", "HardwareId", static_cast<int>(hardware_id), "HardwareTypeId",
                            kPciFunction);
   uint32_t slot = 0;
-  const int status =
-      read_one(handle, {.table = "VPDs", .columns = kColumns, .where = filter}, [&](const Row& row) {
+  const OneRow vpd =
+      look_for_one(handle, {.table = "VPDs", .columns = kColumns, .where = filter}, [&](const Row& row) {
         slot = row.number(0);
         row.fill(kTexts.fields, record, 1);
       });
-  if (status != ZELDB_OK) return status;
-  try {
-    std::map<std::string, std::string> changes;
-    set_missing_gpu_vpd_info(record, slot, changes);
-    if (!changes.empty()) update_pci_table("VPDs", changes, slot);
-  } catch (const std::bad_alloc&) {
-    return ZEL_DB_STATUS_NO_MEMORY;
-  }
+  if (!vpd.found) return vpd.status;
+  std::map<std::string, std::string> changes;
+  set_missing_gpu_vpd_info(record, slot, changes);
+  if (!changes.empty()) update_pci_table("VPDs", changes, slot);
   return ZELDB_OK;
 }

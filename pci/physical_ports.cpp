@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <vector>
 
 #include "db/code_text.h"
@@ -55,10 +56,11 @@ class PortList {
     return items_.allocate(capacity);
   }
 
-  int append(_zel_db_handle_t* handle, uint32_t function_key) {
+  // Nothing, or the status that ends the call.
+  std::optional<int> append(_zel_db_handle_t* handle, uint32_t function_key) {
     const Filter<128> filter("%s=%d", "PCIFuncKey", static_cast<int>(function_key));
-    const int status = append_ports(handle, filter);
-    return status == ZELDB_OK ? append_statistics(handle, filter) : status;
+    const std::optional<int> ended = append_ports(handle, filter);
+    return ended ? ended : append_statistics(handle, filter);
   }
 
   void publish(_ZELDB_PhysicalPort_List* list) {
@@ -67,28 +69,29 @@ class PortList {
   }
 
  private:
-  int append_ports(_zel_db_handle_t* handle, const char* filter) {
+  std::optional<int> append_ports(_zel_db_handle_t* handle, const char* filter) {
     Result result;
     int status =
         query(handle, {.table = "PCIPhysicalPort", .columns = kPort.columns, .where = filter}, result);
-    if (status != ZELDB_OK || !result) return status;
+    if (status != ZELDB_OK) return status;
+    if (!result) return std::nullopt;
     while ((status = result.step()) == ZELDB_ROW && ports_ < capacity_) {
       R& port = items_[ports_++];
       result.row().fill(kPort.fields, &port);
       copy_text(port.ConnectorLayoutText, text_of(kConnectors, port.ConnectorLayout, "Unknown"));
     }
-    return ended_well(status) ? ZELDB_OK : status;
+    return ended_well(status) ? std::nullopt : std::optional(status);
   }
 
   // Paired with the ports by their place among all statistics read so far, whatever function they belong to.
-  int append_statistics(_zel_db_handle_t* handle, const char* filter) {
+  std::optional<int> append_statistics(_zel_db_handle_t* handle, const char* filter) {
     Result result;
     const int status = query(
         handle, {.table = "PCIPhysicalPortStat", .columns = kStatistics.columns, .where = filter}, result);
     if (status != ZELDB_OK) return status;
     while (statistics_ < capacity_ && result.next())
       result.row().fill(kStatistics.fields, &items_[statistics_++]);
-    return ZELDB_OK;
+    return std::nullopt;
   }
 
   MallocArray<R> items_;
@@ -111,7 +114,7 @@ int physical_ports(const char* key_column, unsigned int key, _ZELDB_PhysicalPort
     if (!ports.allocate(functions.ports)) return ZEL_DB_STATUS_NO_MEMORY;
     for (auto function = functions.keys.begin(); function != functions.keys.end(); ++function) {
       if (std::find(functions.keys.begin(), function, *function) != function) continue;
-      if (const int status = ports.append(handle, *function); status != ZELDB_OK) return status;
+      if (const auto ended = ports.append(handle, *function)) return *ended;
     }
     ports.publish(list);
     return ZELDB_OK;

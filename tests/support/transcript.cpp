@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -52,6 +53,7 @@ const std::pair<const char*, Rule> kFaults[] = {
     {"row 1 fails", {.op = "step", .status = 5, .after = 0}},
     {"row 2 fails", {.op = "step", .status = 5, .after = 1}},
     {"row 3 fails", {.op = "step", .status = 5, .after = 2}},
+    {"0 for row 2", {.op = "step", .status = 0, .after = 1}},
     {"column 1 unreadable", {.op = "column", .status = 8, .column = 0}}};
 
 constexpr const char* kTraced[] = {"ZEL_PLATFORM_TRACE", "CMR_CALL_LOG"};
@@ -65,11 +67,11 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
 
   void play(const std::string& command) {
     static const std::map<std::string, void (Transcript::*)(const std::string&)> kVerbs = {
-        {"sql", &Transcript::sql},       {"show", &Transcript::show},     {"set", &Transcript::set},
-        {"fill", &Transcript::fill},     {"fail", &Transcript::fail},     {"memory", &Transcript::memory},
-        {"repeat", &Transcript::repeat}, {"file", &Transcript::file},     {"trace", &Transcript::trace},
-        {"mark", &Transcript::mark},     {"result", &Transcript::result}, {"check", &Transcript::check},
-        {"faults", &Transcript::faults}};
+        {"sql", &Transcript::sql},       {"show", &Transcript::show},    {"set", &Transcript::set},
+        {"fill", &Transcript::fill},     {"fail", &Transcript::fail},    {"memory", &Transcript::memory},
+        {"repeat", &Transcript::repeat}, {"file", &Transcript::file},    {"trace", &Transcript::trace},
+        {"mark", &Transcript::mark},     {"pipe", &Transcript::pipe},    {"result", &Transcript::result},
+        {"check", &Transcript::check},   {"faults", &Transcript::faults}};
     const std::string verb = command.substr(0, command.find(' '));
     const auto found = kVerbs.find(verb);
     if (found == kVerbs.end()) return call(command);
@@ -88,6 +90,12 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
   void fail(const std::string& rule) { faults_.push_back(nlohmann::json::parse(rule).get<Rule>()); }
   void memory(const std::string& size) { allocation_ = std::stoul(size); }
   void mark(const std::string& name) { libc().mark(name); }
+  void pipe(const std::string& name) {
+    libc().mark(name);
+    const std::string marker = libc().tmp + "/" + name;
+    std::filesystem::remove(marker);
+    mkfifo(marker.c_str(), 0600);
+  }
   void trace(const std::string& /*none*/) {
     for (const char* traced : kTraced) setenv(traced, path("trace").c_str(), 1);
   }
