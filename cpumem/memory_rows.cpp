@@ -23,10 +23,10 @@ constexpr FieldTable kTexts{ZELDB_FIELD(R, DevLocator),   ZELDB_FIELD(R, BankLoc
                             ZELDB_FIELD(R, AssetTag),     ZELDB_FIELD(R, PartNo)};
 
 // The caller's text may fill its field to the last byte.
-void put_text(const ContentValues& values, const Field& field, const R* memory) {
+void put_text(ContentValues& values, const Field& field, const R* memory) {
   char text[sizeof(R::DevLocator) + 1] = {};
   std::memcpy(text, bytes_of(field, memory), field.size);
-  zel_db_content_put_text(values.get(), field.column, text);
+  values.put_text(field.column, text);
 }
 
 }  // namespace
@@ -34,16 +34,17 @@ void put_text(const ContentValues& values, const Field& field, const R* memory) 
 int zeldb_insert_memory_info(_zel_db_handle_t* handle, const _ZELDB_Memory* memory) {
   if (memory == nullptr) return ZELDB_INVALID_ARGUMENT;
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  const ContentValues values(handle);
+  ContentValues values(handle);
   if (!values) return ZELDB_NO_HANDLE;
-  zel_db_content_put_uint64(values.get(), "ArrayId", memory->ArrayId);
+  values.put_uint64("ArrayId", memory->ArrayId);
   for (const Field& field : kNumbers.fields) {
     // Sizes from 2^31 on are stored negative and read back as they were.
-    zel_db_content_put_int(values.get(), field.column, static_cast<int32_t>(number_of(field, memory)));
+    values.put_int(field.column, static_cast<int32_t>(number_of(field, memory)));
   }
   for (const Field& field : kTexts.fields) put_text(values, field, memory);
+  if (!values.is_complete()) return ZELDB_NO_HANDLE;
   int64_t row = 0;
-  zel_db_insert(handle, "Memory", values.get(), 0, &row);
+  values.insert("Memory", &row);
   return ZELDB_OK;
 }
 

@@ -68,11 +68,11 @@ int zeldb_update_dcpmm_smart_info(const _ZELDB_Memory* memory, int kind) {
   if (memory == nullptr) return ZELDB_INVALID_ARGUMENT;
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, "zeldb_update_dcpmm_smart_info");
+  if (!values) return values.no_memory();
   values.put(fields_of(kind), memory, EmptyText::AsText);
   const Filter<16> filter("%s=%u", "_id", memory->_id);
-  return zel_db_update(handle, "Memory", values.get(), filter, nullptr, 0, nullptr);
+  return values.update("Memory", filter);
 }
 
 void bps_format_fips_str(uint32_t code, char* buffer, uint32_t size) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstring>
-#include <new>
+#include <exception>
 #include <string>
 
 #include "db/read.h"
@@ -19,6 +19,17 @@ constexpr int64_t kFailed = -1;
 
 const char* or_null(const char* text) {
   return text != nullptr ? text : "null";
+}
+
+std::string slot_update(const char* table, const std::map<std::string, std::string>& columns, unsigned slot) {
+  std::string statement = std::string("update ") + table + " set ";
+  const char* separator = "";
+  for (const auto& [name, value] : columns) {
+    statement.append(separator).append(name).append("='").append(value).append("'");
+    separator = ", ";
+  }
+  statement.append(" where SlotNo=").append(std::to_string(slot));
+  return statement;
 }
 
 }  // namespace
@@ -77,7 +88,7 @@ int64_t update_db_record(_zel_db_handle_t* handle, const char* table, const char
     logErr("Failed to update record:");
     logErr("table=%s", table);
     logErr("filter=%s", update.c_str());
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     // As a failed update.
   }
   return kFailed;
@@ -104,14 +115,11 @@ void update_pci_table(const char* table, const std::map<std::string, std::string
   if (table == nullptr || columns.empty()) return;
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return;
-  std::string statement = std::string("update ") + table + " set ";
-  const char* separator = "";
-  for (const auto& [name, value] : columns) {
-    statement.append(separator).append(name).append("='").append(value).append("'");
-    separator = ", ";
-  }
-  statement.append(" where SlotNo=").append(std::to_string(slot));
-  if (zel_db_raw_query(handle, statement.c_str(), static_cast<int>(statement.size()), nullptr) != ZELDB_OK) {
-    logErr("%s: sql failed: %s", "update_pci_table", statement.c_str());
+  try {
+    const std::string statement = slot_update(table, columns, slot);
+    if (zel_db_raw_query(handle, statement.c_str(), static_cast<int>(statement.size()), nullptr) != ZELDB_OK)
+      logErr("%s: sql failed: %s", "update_pci_table", statement.c_str());
+  } catch (const std::exception&) {
+    logErr("%s, ZEL_DB_STATUS_NO_MEMORY", "update_pci_table");
   }
 }

@@ -21,6 +21,7 @@ using R = _ZELDB_AdapterFirmware;
 
 constexpr const char* kImages = "Firmwares";
 constexpr const char* kListFunction = "zeldb_update_adapter_firmware_list";
+constexpr const char* kImageFunction = "zeldb_insert_or_update_firmware_info";
 constexpr uint32_t kPciFunction = 3;
 constexpr uint8_t kNoHardwareType = 255;
 
@@ -53,9 +54,9 @@ Filter<128> image_filter(const R& image, const Hardware& hardware) {
                      image.Classification);
 }
 
-int refresh(_zel_db_handle_t* handle, ContentValues& values, const R& image, const char* filter) {
+int refresh(ContentValues& values, const R& image, const char* filter) {
   values.put(kRefreshed.fields, &image, EmptyText::AsText);
-  const int status = zel_db_update(handle, kImages, values.get(), filter, nullptr, 0, nullptr);
+  const int status = values.update(kImages, filter);
   if (status != ZELDB_OK) {
     logDbg("%s  zel_db_update failed, update SQL: UPDATE %s SET %s = %s, %s = %s WHERE %s", kListFunction,
            kImages, "ReleaseDate", image.ReleaseDate, "VersionString", image.VersionString, filter);
@@ -63,15 +64,15 @@ int refresh(_zel_db_handle_t* handle, ContentValues& values, const R& image, con
   return status;
 }
 
-int insert(_zel_db_handle_t* handle, ContentValues& values, const R& image, const Hardware& hardware) {
+int insert(ContentValues& values, const R& image, const Hardware& hardware) {
   values.put(kInserted.fields, &image, EmptyText::AsText);
-  zel_db_content_put_int(values.get(), "HardwareTypeId", hardware.type);
-  zel_db_content_put_int(values.get(), "HardwareId", hardware.id);
+  values.put_int("HardwareTypeId", hardware.type);
+  values.put_int("HardwareId", hardware.id);
   logInfo("%s: insert new firmware row, softerwareID %s classfication %x hwtype %x hwid %x", kListFunction,
           image.SoftwareID, image.Classification, static_cast<unsigned>(hardware.type),
           static_cast<unsigned>(hardware.id));
   int64_t row = 0;
-  const int status = zel_db_insert(handle, kImages, values.get(), 0, &row);
+  const int status = values.insert(kImages, &row);
   if (status != ZELDB_OK) {
     logDbg(
         "%s  zel_db_insert failed, insert SQL: INSERT INTO %s (%s, %s, %s, %s, %s, %s, %s, %s, %s) VALUES "
@@ -92,8 +93,8 @@ int store_image(_zel_db_handle_t* handle, ContentValues& values, R& image, const
   const int64_t row = find_db_record(handle, kImages, filter);
   logDbg("%s  find SQL: SELECT _id FROM %s WHERE %s    rowId: %x", kListFunction, kImages,
          static_cast<const char*>(filter), static_cast<unsigned>(row));
-  if (row >= 1) return refresh(handle, values, image, filter);
-  if (row == 0 && onlyUpdate == 0) return insert(handle, values, image, hardware);
+  if (row >= 1) return refresh(values, image, filter);
+  if (row == 0 && onlyUpdate == 0) return insert(values, image, hardware);
   logErr(
       "%s: query firmwares table failed, softerwareID %s classfication %x hwtype %x hwid %x, onlyUpdate %d",
       kListFunction, image.SoftwareID, image.Classification, static_cast<unsigned>(hardware.type),
@@ -120,8 +121,8 @@ int zeldb_update_adapter_firmware_list(int adapterKey, _ZELDB_AdapterFirmware_Li
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr || (list->Items == nullptr && list->Count > 0)) return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, kListFunction);
+  if (!values) return values.no_memory();
   LocalList<_ZELDB_PCI_FunKey_List> functions;
   int status = zeldb_get_pci_funkey_list(adapterKey, functions.out());
   if (status != ZELDB_OK) return status;
@@ -141,18 +142,19 @@ int zeldb_insert_or_update_firmware_info(uint32_t functionKey, const _ZELDB_Adap
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (image == nullptr) return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, kImageFunction);
+  if (!values) return values.no_memory();
   R stored = *image;
   terminate_texts(kStored.fields, &stored);
   values.put(kStored.fields, &stored, EmptyText::AsText);
-  zel_db_content_put_uint(values.get(), "HardwareId", functionKey);
-  zel_db_content_put_uint(values.get(), "HardwareTypeId", kPciFunction);
+  values.put_uint("HardwareId", functionKey);
+  values.put_uint("HardwareTypeId", kPciFunction);
+  if (!values.is_complete()) return values.no_memory();
   // Neither type nor software id: another image of this class and number is taken over.
   const Filter<64> selector("%s=%u and %s=%u", "HardwareId", functionKey, "Classification",
                             unsigned{stored.Classification});
   if (insert_or_update_db_record(handle, kImages, selector, values.get(), nullptr) >= 1) return ZELDB_OK;
-  syslog_info("%s: Failed to insert/update PCI FW info, where:%s\n\n", __func__,
+  syslog_info("%s: Failed to insert/update PCI FW info, where:%s\n\n", kImageFunction,
               static_cast<const char*>(selector));
   return ZELDB_FAILED;
 }

@@ -49,17 +49,17 @@ int zeldb_insert_or_update_embedded_firmware_info(const _ZELDB_EmbeddedFirmware*
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, "zeldb_insert_or_update_embedded_firmware_info");
+  if (!values) return values.no_memory();
   R device = *record;
   terminate_texts(kFields.fields, &device);
   values.put(kFields.fields, &device, EmptyText::AsNull);
   const int64_t row = find_db_record(handle, kDevices, device_filter(device));
   if (row < 1) {  // A lookup that failed, too: better a second row than none.
     int64_t inserted = 0;
-    return zel_db_insert(handle, kDevices, values.get(), 0, &inserted);
+    return values.insert(kDevices, &inserted);
   }
-  return zel_db_update(handle, kDevices, values.get(), change_filter(device, row), nullptr, 0, nullptr);
+  return values.update(kDevices, change_filter(device, row));
 }
 
 int zeldb_clear_all_embedded_firmware_info(void) {

@@ -62,12 +62,12 @@ void log_failed_update(const R& component, const char* filter, int status) {
       "UpdateErrCode", component.UpdateErrCode, "Status", component.Status, status);
 }
 
-void put_device(const ContentValues& values, uint32_t vendor, uint32_t device, uint32_t sub_vendor,
+void put_device(ContentValues& values, uint32_t vendor, uint32_t device, uint32_t sub_vendor,
                 uint32_t sub_device) {
-  zel_db_content_put_uint(values.get(), "VendorId", vendor);
-  zel_db_content_put_uint(values.get(), "SubVendorId", sub_vendor);
-  zel_db_content_put_uint(values.get(), "DeviceId", device);
-  zel_db_content_put_uint(values.get(), "SubDeviceId", sub_device);
+  values.put_uint("VendorId", vendor);
+  values.put_uint("SubVendorId", sub_vendor);
+  values.put_uint("DeviceId", device);
+  values.put_uint("SubDeviceId", sub_device);
 }
 
 // The key with which a stored row of the same software is left alone. For a component that has a key of its
@@ -85,13 +85,13 @@ int zeldb_update_pldm_firmware(int location, int slot, _ZELDB_PldmFirmware* reco
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (record == nullptr || record->Location != location || record->SlotNo != slot)
     return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, "zeldb_update_pldm_firmware");
+  if (!values) return values.no_memory();
   terminate_texts(kOutcome.fields, record);
   values.clear();
   values.put(kOutcome.fields, record, EmptyText::AsText);
   const Filter<128> filter = component_filter(*record, location, slot, matchFunction != 0);
-  const int status = zel_db_update(handle, kComponents, values.get(), filter, nullptr, 0, nullptr);
+  const int status = values.update(kComponents, filter);
   if (status != ZELDB_OK) log_failed_update(*record, filter, status);
   return status;
 }
@@ -99,11 +99,11 @@ int zeldb_update_pldm_firmware(int location, int slot, _ZELDB_PldmFirmware* reco
 int zeldb_clear_all_pldm_firmware_pending_status(void) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
-  zel_db_content_put_int(values.get(), "Status", 0);
+  ContentValues values(handle, "zeldb_clear_all_pldm_firmware_pending_status");
+  if (!values) return values.no_memory();
+  values.put_int("Status", 0);
   const Filter<64> filter("%s=%d", "Status", kPendingActivation);
-  const int status = zel_db_update(handle, kComponents, values.get(), filter, nullptr, 0, nullptr);
+  const int status = values.update(kComponents, filter);
   if (status != ZELDB_OK) {
     logErr("clear all pending pldm firmware failed, filter: %s, ret: %d\n", static_cast<const char*>(filter),
            status);
@@ -121,8 +121,8 @@ int zeldb_insert_or_update_pldm_firmware(uint32_t vendorId, uint32_t deviceId, u
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, "zeldb_insert_or_update_pldm_firmware");
+  if (!values) return values.no_memory();
   const uint32_t compared_key = complete_key(*record);
   R component = *record;
   terminate_texts(kIdentity.fields, &component);
@@ -131,6 +131,7 @@ int zeldb_insert_or_update_pldm_firmware(uint32_t vendorId, uint32_t deviceId, u
   values.put(kIdentity.fields, &component, EmptyText::LeftOut);
   put_device(values, vendorId, deviceId, subVendorId, subDeviceId);
   values.put(kState.fields, &component, EmptyText::LeftOut);
+  if (!values.is_complete()) return values.no_memory();
 
   const Filter<64> selector("%s=%u AND %s=%d AND %s=%d", "DeviceType", component.DeviceType, "SlotNo",
                             component.SlotNo, "Location", component.Location);

@@ -15,6 +15,7 @@ namespace {
 
 using R = _ZELDB_PCIVpdInfo;
 
+constexpr const char* kFunction = "zeldb_insert_or_update_vpd_info";
 constexpr uint32_t kPciFunction = 3;
 
 constexpr FieldTable kCardName{ZELDB_FIELD_AS(R, ProductName, "CardName")};
@@ -30,8 +31,8 @@ constexpr std::span<const Field> kModel = std::span(kTexts.fields).last(1);
 void name_card(_zel_db_handle_t* handle, ContentValues& values, uint32_t function_key, const R& record) {
   values.put(kCardName.fields, &record, EmptyText::AsText);
   const Filter<64> selector("%s=%u", "PCIFuncKey", function_key);
-  if (update_db_record(handle, "PCIAdapter", selector, values.get(), nullptr) < 1) {
-    syslog_info("%s: Failed to update PCI Adapter name, where:%s\n\n", "zeldb_insert_or_update_vpd_info",
+  if (!values.is_complete() || update_db_record(handle, "PCIAdapter", selector, values.get(), nullptr) < 1) {
+    syslog_info("%s: Failed to update PCI Adapter name, where:%s\n\n", kFunction,
                 static_cast<const char*>(selector));
   }
 }
@@ -39,10 +40,10 @@ void name_card(_zel_db_handle_t* handle, ContentValues& values, uint32_t functio
 void put_vpd(ContentValues& values, uint32_t function_key, uint32_t pci_key, const R& record) {
   values.put(kUuid, &record, EmptyText::LeftOut);
   values.put(kAlways, &record, EmptyText::AsText);
-  zel_db_content_put_uint(values.get(), "HardwareId", function_key);
-  zel_db_content_put_uint(values.get(), "HardwareTypeId", kPciFunction);
-  zel_db_content_put_uint(values.get(), "SlotNo", pci_key % 0x10000);
-  zel_db_content_put_uint(values.get(), "Location", (pci_key >> 16) & 0xFF);
+  values.put_uint("HardwareId", function_key);
+  values.put_uint("HardwareTypeId", kPciFunction);
+  values.put_uint("SlotNo", pci_key % 0x10000);
+  values.put_uint("Location", (pci_key >> 16) & 0xFF);
   values.put(kModel, &record, EmptyText::LeftOut);
 }
 
@@ -52,16 +53,17 @@ int zeldb_insert_or_update_vpd_info(uint32_t functionKey, uint32_t pciKey, const
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, kFunction);
+  if (!values) return values.no_memory();
   R vpd = *record;
   terminate_texts(kTexts.fields, &vpd);
   name_card(handle, values, functionKey, vpd);
   values.clear();
   put_vpd(values, functionKey, pciKey, vpd);
+  if (!values.is_complete()) return values.no_memory();
   const Filter<64> selector("%s=%u", "HardwareId", functionKey);
   if (insert_or_update_db_record(handle, "VPDs", selector, values.get(), nullptr) >= 1) return ZELDB_OK;
-  syslog_info("%s: Failed to insert/update PCI VPD info, where:%s\n\n", __func__,
+  syslog_info("%s: Failed to insert/update PCI VPD info, where:%s\n\n", kFunction,
               static_cast<const char*>(selector));
   return ZELDB_FAILED;
 }

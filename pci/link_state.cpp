@@ -31,12 +31,13 @@ void log_refused(const std::string& filter, const R& state, int status) {
 }
 
 int write_state(_zel_db_handle_t* handle, unsigned int funKey, const R& state, int portIndex) {
-  ContentValues values(handle);
-  if (!values) return no_memory("zeldb_set_network_physical_port_state");
+  // Log readers know it by this name.
+  ContentValues values(handle, "zeldb_set_network_physical_port_state");
+  if (!values) return values.no_memory();
   values.put(kWritten, &state, EmptyText::AsText);
   std::string filter = " PCIFuncKey='" + std::to_string(funKey) + "'";
   if (portIndex != kOnlyPort) filter += " AND  Idx='" + std::to_string(portIndex) + "'";
-  const int status = zel_db_update(handle, kStatistics, values.get(), filter.c_str(), nullptr, 0, nullptr);
+  const int status = values.update(kStatistics, filter.c_str());
   if (status != ZELDB_OK) log_refused(filter, state, status);
   return status;
 }

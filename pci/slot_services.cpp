@@ -20,10 +20,9 @@ Filter<128> location_first(int location, int slotNo) {
   return Filter<128>("%s=%d AND %s=%d", "Location", location, "SlotNo", slotNo);
 }
 
-int update_ncsi_id(_zel_db_handle_t* handle, const ContentValues& values, int location, int slotNo, int id1,
-                   int id2) {
+int update_ncsi_id(const ContentValues& values, int location, int slotNo, int id1, int id2) {
   const Filter<128> filter = slot_first(location, slotNo);
-  const int status = zel_db_update(handle, kNcsiIds, values.get(), filter, nullptr, 0, nullptr);
+  const int status = values.update(kNcsiIds, filter);
   if (status != ZELDB_OK) {
     vrel_log::logErr(
         "Update pci location [%d], slot [%d]  id1 [%d], id2 [%d] fail, sql where segment:[%s], return [%d]",
@@ -32,10 +31,9 @@ int update_ncsi_id(_zel_db_handle_t* handle, const ContentValues& values, int lo
   return status;
 }
 
-int insert_ncsi_id(_zel_db_handle_t* handle, const ContentValues& values, int location, int slotNo, int id1,
-                   int id2) {
+int insert_ncsi_id(const ContentValues& values, int location, int slotNo, int id1, int id2) {
   int64_t row = 0;
-  const int status = zel_db_insert(handle, kNcsiIds, values.get(), 0, &row);
+  const int status = values.insert(kNcsiIds, &row);
   if (status != ZELDB_OK) {
     vrel_log::logErr("insert pci location [%d], slot [%d]  id1 [%d], id2 [%d] fail, return [%d]", location,
                      slotNo, id1, id2, status);
@@ -62,13 +60,13 @@ int zeldb_get_adapter_health_status(int location, int slotNo, unsigned char* sta
 int zeldb_set_adapter_health_status(int location, int slotNo, unsigned int status) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  ContentValues values(handle);
-  if (!values)
-    return no_memory("zeldb_set_network_physical_port_state");  // Log readers know it by this name.
+  // Log readers know it by this name.
+  ContentValues values(handle, "zeldb_set_network_physical_port_state");
+  if (!values) return values.no_memory();
   values.clear();
-  zel_db_content_put_uint(values.get(), "HealthStatus", status);
+  values.put_uint("HealthStatus", status);
   const Filter<128> filter = slot_first(location, slotNo);
-  const int code = zel_db_update(handle, kAdapters, values.get(), filter, nullptr, 0, nullptr);
+  const int code = values.update(kAdapters, filter);
   if (code != ZELDB_OK) {
     vrel_log::logErr(
         "Update pci location [%d], slot [%d]  health status [%d] fail, sql where segment:[%s], return [%d]",
@@ -105,18 +103,18 @@ int zeldb_set_ncsi_id_by_slotNo(int location, int slotNo, unsigned char type, un
                                 unsigned char id2) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
+  ContentValues values(handle, "zeldb_set_ncsi_id_by_slotNo");
+  if (!values) return values.no_memory();
   values.clear();
-  zel_db_content_put_uchar(values.get(), "PackageID1", id1);
-  zel_db_content_put_uchar(values.get(), "PackageID2", id2);
+  values.put_uint8("PackageID1", id1);
+  values.put_uint8("PackageID2", id2);
   unsigned char known1 = 0;
   unsigned char known2 = 0;
   if (zeldb_get_ncsi_id_by_slotNo(location, slotNo, &known1, &known2) == ZELDB_OK) {
-    return update_ncsi_id(handle, values, location, slotNo, id1, id2);
+    return update_ncsi_id(values, location, slotNo, id1, id2);
   }
-  zel_db_content_put_uchar(values.get(), "Location", static_cast<uint8_t>(location));
-  zel_db_content_put_short_uint(values.get(), "SlotNo", static_cast<uint16_t>(slotNo));
-  zel_db_content_put_uchar(values.get(), "Type", type);
-  return insert_ncsi_id(handle, values, location, slotNo, id1, id2);
+  values.put_uint8("Location", static_cast<uint8_t>(location));
+  values.put_uint16("SlotNo", static_cast<uint16_t>(slotNo));
+  values.put_uint8("Type", type);
+  return insert_ncsi_id(values, location, slotNo, id1, id2);
 }

@@ -27,10 +27,6 @@ constexpr FieldTable kTexts{ZELDB_FIELD(R, Location),    ZELDB_FIELD(R, FruNo), 
                             ZELDB_FIELD(R, SerialNo),    ZELDB_FIELD(R, Model),     ZELDB_FIELD(R, UUID),
                             ZELDB_FIELD(R, Manufacture), ZELDB_FIELD(R, FwVersion), ZELDB_FIELD(R, Capacity)};
 
-int update(_zel_db_handle_t* handle, const char* table, const ContentValues& values, const char* filter) {
-  return zel_db_update(handle, table, values.get(), filter, nullptr, 0, nullptr);
-}
-
 Filter<128> in_place(const char* kind_column, uint32_t kind, const char* number_column, uint32_t number) {
   return Filter<128>("%s=%d AND %s=%d", kind_column, static_cast<int>(kind), number_column,
                      static_cast<int>(number));
@@ -38,17 +34,17 @@ Filter<128> in_place(const char* kind_column, uint32_t kind, const char* number_
 
 using PlaceText = Filter<24>;
 
-void put_smart(const ContentValues& values, const R& disk) {
-  zel_db_content_put_uchar(values.get(), "SFlags", disk.SFlags);
-  zel_db_content_put_uchar(values.get(), "Warning", disk.Warning);
-  zel_db_content_put_uchar(values.get(), "Temperature", disk.Temperature);
-  zel_db_content_put_uchar(values.get(), "RemainLife", disk.RemainLife);
-  zel_db_content_put_short_uint(values.get(), "InfoMask", disk.InfoMask);
+void put_smart(ContentValues& values, const R& disk) {
+  values.put_uint8("SFlags", disk.SFlags);
+  values.put_uint8("Warning", disk.Warning);
+  values.put_uint8("Temperature", disk.Temperature);
+  values.put_uint8("RemainLife", disk.RemainLife);
+  values.put_uint16("InfoMask", disk.InfoMask);
 }
 
 // Columns of text: their readers convert them.
-void put_number_text(const ContentValues& values, const char* column, int number) {
-  zel_db_content_put_text(values.get(), column, Filter<16>("%d", number));
+void put_number_text(ContentValues& values, const char* column, int number) {
+  values.put_text(column, Filter<16>("%d", number));
 }
 
 }  // namespace
@@ -57,22 +53,22 @@ int zeldb_update_nvme_disk_firmware_version(uint32_t location, uint32_t slot, co
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (version == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const ContentValues values(handle);
-  if (!values) return ZEL_DB_STATUS_NO_MEMORY;
-  zel_db_content_put_text(values.get(), "FwVer", version);
-  return update(handle, "NVMeDrives", values, in_place("Location", location, "SlotNo", slot));
+  ContentValues values(handle, "zeldb_update_nvme_disk_firmware_version");
+  if (!values) return values.no_memory();
+  values.put_text("FwVer", version);
+  return values.update("NVMeDrives", in_place("Location", location, "SlotNo", slot));
 }
 
 int zeldb_update_aim_disk_presence(uint32_t locationId, uint32_t bayNo, uint16_t presence) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  ContentValues values(handle);
-  if (!values) return ZEL_DB_STATUS_NO_MEMORY;
+  ContentValues values(handle, "zeldb_update_aim_disk_presence");
+  if (!values) return values.no_memory();
   values.clear();
-  zel_db_content_put_short_uint(values.get(), "Presence", presence);
+  values.put_uint16("Presence", presence);
   const Filter<128> filter("%s=%d AND %s=%d AND %s!=%d", "LocationId", static_cast<int>(locationId), "BayNo",
                            static_cast<int>(bayNo), "Presence", presence);
-  return update(handle, kDisks, values, filter);
+  return values.update(kDisks, filter);
 }
 
 int zeldb_update_aim_disk_vpd_info(uint32_t locationId, uint32_t bayNo, const char* model,
@@ -88,10 +84,10 @@ int zeldb_update_aim_disk_vpd_info(uint32_t locationId, uint32_t bayNo, const ch
   for (const auto& item : identity) {
     if (item.text == nullptr) return ZELDB_INVALID_ARGUMENT;
   }
-  const ContentValues values(handle);
-  if (!values) return ZEL_DB_STATUS_NO_MEMORY;
-  for (const auto& item : identity) zel_db_content_put_text(values.get(), item.column, item.text);
-  return update(handle, kDisks, values, in_place("LocationId", locationId, "BayNo", bayNo));
+  ContentValues values(handle, "zeldb_update_aim_disk_vpd_info");
+  if (!values) return values.no_memory();
+  for (const auto& item : identity) values.put_text(item.column, item.text);
+  return values.update(kDisks, in_place("LocationId", locationId, "BayNo", bayNo));
 }
 
 int zeldb_update_aim_disk_smart_info(const aim_disk_info_t* disk) {
@@ -104,15 +100,15 @@ int zeldb_update_aim_disk_smart_info(const aim_disk_info_t* disk) {
     if (name == nullptr) return ZELDB_INVALID_ARGUMENT;
     place = PlaceText("%s%d", name, disk->BayNo);
   }
-  const ContentValues values(handle);
-  if (!values) return ZEL_DB_STATUS_NO_MEMORY;
+  ContentValues values(handle, "zeldb_update_aim_disk_smart_info");
+  if (!values) return values.no_memory();
   put_smart(values, *disk);
   const Filter<256> filter(
       "%s=\"%s\" AND (%s!=%d OR %s!=%d OR %s!=%d OR %s!=%d OR ((%s+%d)<%d) OR ((%s-%d)>%d))", "Location",
       place.text(), "SFlags", disk->SFlags, "Warning", disk->Warning, "RemainLife", disk->RemainLife,
       "InfoMask", disk->InfoMask, "Temperature", kToleratedDegrees, disk->Temperature, "Temperature",
       kToleratedDegrees, disk->Temperature);
-  return update(handle, kDisks, values, filter);
+  return values.update(kDisks, filter);
 }
 
 int zeldb_update_aim_disk_ctrl_type(uint32_t locationId, uint32_t number, uint8_t ctrlType) {
@@ -120,20 +116,20 @@ int zeldb_update_aim_disk_ctrl_type(uint32_t locationId, uint32_t number, uint8_
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   const char* const name = place_name(locationId);
   if (name == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const ContentValues values(handle);
-  if (!values) return ZEL_DB_STATUS_NO_MEMORY;
-  zel_db_content_put_uchar(values.get(), "CtrlType", ctrlType);
+  ContentValues values(handle, "zeldb_update_aim_disk_ctrl_type");
+  if (!values) return values.no_memory();
+  values.put_uint8("CtrlType", ctrlType);
   PlaceText place("%s%d", name, static_cast<int>(number));
   const Filter<72> filter("%s=\"%s\" AND %s!=%d", "Location", place.text(), "CtrlType", ctrlType);
-  return update(handle, kDisks, values, filter);
+  return values.update(kDisks, filter);
 }
 
 int zeldb_add_update_nvme_aim_disk(const aim_disk_info_t* disk) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (disk == nullptr) return ZELDB_INVALID_ARGUMENT;
-  ContentValues values(handle);
-  if (!values) return ZEL_DB_STATUS_NO_MEMORY;
+  ContentValues values(handle, "zeldb_add_update_nvme_aim_disk");
+  if (!values) return values.no_memory();
   R written = *disk;
   terminate_texts(kTexts.fields, &written);
   written.MediaType[sizeof(written.MediaType) - 1] = '\0';
@@ -141,9 +137,10 @@ int zeldb_add_update_nvme_aim_disk(const aim_disk_info_t* disk) {
   values.put(kPlace.fields, &written, EmptyText::AsNull);
   put_number_text(values, "DriveTypeId", written.DriveTypeId);
   put_number_text(values, "MediaTypeId", solid ? 1 : written.RotationRate);
-  zel_db_content_put_short_uint(values.get(), "Presence", kPresent);
+  values.put_uint16("Presence", kPresent);
   put_smart(values, written);
   values.put(kTexts.fields, &written, EmptyText::AsNull);
+  if (!values.is_complete()) return values.no_memory();
   const Filter<128> own_row = in_place("LocationId", written.LocationId, "BayNo", written.BayNo);
   const int64_t id = insert_or_update_db_record(handle, kDisks, own_row, values.get(), nullptr);
   return id >= 1 ? ZELDB_OK : ZELDB_FAILED;

@@ -51,16 +51,19 @@ constexpr FieldTable kWritten{ZELDB_FIELD(Function, SegNo),
 
 enum class By { Function, Adapter };
 
-void release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& values) {
-  zel_db_content_put_uchar(values.get(), "AIMSupported", 0);
+// False when memory is short: without the first step the second one would remove rows that it keeps.
+bool release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& values) {
+  values.put_uint8("AIMSupported", 0);
+  if (!values.is_complete()) return false;
   const Filter<128> known("%s=%d AND %s NOT IN ( SELECT %s FROM %s) AND %s IN (SELECT %s FROM %s)",
                           "AIMSupported", kMerged, "PCIFuncKey", "PfaKey", "PCISetting", "PCIFuncKey",
                           "FunKey", "PCIs");
-  zel_db_update(handle, kAdapters, values.get(), known, nullptr, 0, nullptr);
+  values.update(kAdapters, known);
   // Those that are left are gone from PCIs.
   const Filter<128> gone("%s=%d AND %s NOT IN ( SELECT %s FROM %s)", "AIMSupported", kMerged, "PCIFuncKey",
                          "PfaKey", "PCISetting");
   zel_db_delete(handle, kAdapters, gone, nullptr, 0, nullptr);
+  return true;
 }
 
 // Reads the fields from the row that the key selects. Nothing, or the status that ends the merge.
@@ -119,9 +122,7 @@ std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& value
   values.clear();
   values.put(kWritten.fields, &function, EmptyText::AsText);
   const Filter<128> own_row("PCIFuncKey=%u", function.FunKey);
-  int64_t row = 0;
-  const int status = known ? zel_db_update(handle, kAdapters, values.get(), own_row, nullptr, 0, nullptr)
-                           : zel_db_insert(handle, kAdapters, values.get(), 0, &row);
+  const int status = known ? values.update(kAdapters, own_row) : values.insert(kAdapters, nullptr);
   if (status != ZELDB_OK) {
     logWarn("Merge: failed to insert/update funkey %d to PCIAdapter, rc=%d\n", shown, status);
     return status;
@@ -151,9 +152,8 @@ int merge_functions(_zel_db_handle_t* handle, ContentValues& values) {
 int zeldb_merge_aim_ucm_pfa(void) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  ContentValues values(handle);
-  if (!values) return no_memory(__func__);
-  release_adapters_without_settings(handle, values);
+  ContentValues values(handle, "zeldb_merge_aim_ucm_pfa");
+  if (!values || !release_adapters_without_settings(handle, values)) return values.no_memory();
   const int status = merge_functions(handle, values);
   return ended_well(status) ? ZELDB_OK : status;
 }

@@ -40,10 +40,10 @@ std::string change_filter(const Entry& entry) {
   return id_filter(entry) + " AND  " + kPending + "!='" + entry.PendingValue + "'";
 }
 
-int store_pending(_zel_db_handle_t* handle, ContentValues& values, const Entry& entry) {
+int store_pending(ContentValues& values, const Entry& entry) {
   values.clear();
-  zel_db_content_put_text(values.get(), kPending, entry.PendingValue);
-  return zel_db_update(handle, kSettings, values.get(), change_filter(entry).c_str(), nullptr, 0, nullptr);
+  values.put_text(kPending, entry.PendingValue);
+  return values.update(kSettings, change_filter(entry).c_str());
 }
 
 struct Stored {
@@ -52,10 +52,10 @@ struct Stored {
 };
 
 Stored store_entries(_zel_db_handle_t* handle, std::span<const Entry> entries) {
-  ContentValues values(handle);
-  if (!values) return {no_memory("zeldb_save_pci_configSet_list")};
+  ContentValues values(handle, "zeldb_save_pci_configSet_list");
+  if (!values) return {values.no_memory()};
   for (const Entry& entry : entries) {
-    if (const int status = store_pending(handle, values, entry); status != ZELDB_OK) return {status, &entry};
+    if (const int status = store_pending(values, entry); status != ZELDB_OK) return {status, &entry};
   }
   return {};
 }

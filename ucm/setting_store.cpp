@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <exception>
 #include <new>
 #include <optional>
 #include <string>
@@ -73,12 +74,12 @@ std::string change_filter(const R& record) {
 
 // The row's id, or a value below 1; nothing when memory is short.
 std::optional<int64_t> store(_zel_db_handle_t* handle, const R& record, const char* id) {
-  ContentValues values(handle);
-  if (!values) {
-    no_memory("extract_PCISetting_info");
+  ContentValues values(handle, "extract_PCISetting_info");
+  if (values) values.put(kColumns.fields, &record, EmptyText::AsNull);
+  if (!values || !values.is_complete()) {
+    values.no_memory();
     return std::nullopt;
   }
-  values.put(kColumns.fields, &record, EmptyText::AsNull);
   try {
     const std::string key = std::string("SettingID=\"") + id + "\"";
     return insert_or_update_db_record(handle, "PCISetting", key.c_str(), values.get(),
@@ -91,9 +92,13 @@ std::optional<int64_t> store(_zel_db_handle_t* handle, const R& record, const ch
 }  // namespace
 
 std::string get_sql_str(const char* column, const unsigned char* value) {
-  std::string condition;
-  append_text_differs(condition, column, reinterpret_cast<const char*>(value));
-  return condition;
+  try {
+    std::string condition;
+    append_text_differs(condition, column, reinterpret_cast<const char*>(value));
+    return condition;
+  } catch (const std::exception&) {
+    return {};
+  }
 }
 
 unsigned extract_PCISetting_info(const PCISetting_info* rec) {
