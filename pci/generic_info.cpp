@@ -45,6 +45,15 @@ constexpr FieldTable kRequested{ZELDB_FIELD(R, _id),
 constexpr size_t kListed = 26;
 constexpr size_t kRead = 27;
 constexpr std::span<const Field> kFields(kRequested.fields);
+
+// Of a list: the texts one character shorter than in a single record.
+constexpr auto kListFields = [] {
+  auto fields = kRequested.fields;
+  for (Field& field : fields) {
+    if (field.kind == Kind::Text) --field.size;
+  }
+  return fields;
+}();
 constexpr std::span<const char* const> kColumns(kRequested.columns);
 
 constexpr const char* kFunctions = "PCIs";
@@ -70,9 +79,7 @@ int zeldb_get_pci_generic_info_list(_ZELDB_PCI_Generic_Info_List* list, char* fi
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   const auto take = [](const Row& row, R& record) {
-    row.fill(kFields.first(kListed), &record);
-    record.SlotDesignation[sizeof(record.SlotDesignation) - 2] =
-        '\0';  // one character shorter than a single record's
+    row.fill(std::span(kListFields).first(kListed), &record);
     return Next::Keep;
   };
   return read_list(handle, list, {.table = kFunctions, .columns = kColumns.first(kListed), .where = filter},

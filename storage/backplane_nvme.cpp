@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The NVMe drives in backplane bays and PCIe slots.
-#include <algorithm>
 #include <new>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "db/syslog_info.h"
@@ -56,11 +57,9 @@ int read_both(aim_disk_list_t* list) {
   if (status != ZELDB_OK) {
     syslog_info("%s: Failed to query NVMeDrives, rc = %d. %s\n\n", kReader, status, drives.c_str());
   }
-  second.drop([&](const aim_disk_info_t& drive) {
-    return std::ranges::any_of(first.disks(), [&](const aim_disk_info_t& disk) {
-      return disk.LocationId == drive.LocationId && disk.BayNo == drive.BayNo;
-    });
-  });
+  std::set<std::pair<uint8_t, uint16_t>> taken;
+  for (const aim_disk_info_t& disk : first.disks()) taken.emplace(disk.LocationId, disk.BayNo);
+  second.drop([&](const aim_disk_info_t& drive) { return taken.contains({drive.LocationId, drive.BayNo}); });
   return join({first.disks(), second.disks()}, list);
 }
 

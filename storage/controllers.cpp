@@ -94,7 +94,13 @@ int zeldb_get_mvl_ctrl_type(uint8_t* type, uint32_t controller) {
       controller == 0 ? "propName like \"%mv/0/type\"" : "propName like \"%mv/1/type\"";
   Result result;
   const int status = query(properties.get(), properties_where(condition), result);
-  if (status == ZELDB_OK && result.next()) *type = Property(result.row()).byte();
+  if (status == ZELDB_OK && result.next()) {
+    char name[48];  // asked for, not looked at
+    uint8_t value[sizeof(Property::value)];
+    result.row().text(0, name);
+    result.row().blob(1, value);
+    *type = value[1];
+  }
   return status;
 }
 

@@ -113,9 +113,9 @@ int read_drives(aim_disk_list_t* list, const Select& select, ReadRow read_row) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
+  *list = {};
   try {
     DriveCompletion completion(handle);
-    *list = {};
     Result result;
     const int status = query(handle, select, result);
     if (status != ZELDB_OK || !result || result.row_count() == 0) return status;

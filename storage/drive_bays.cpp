@@ -52,6 +52,10 @@ class BayForms {
   size_t count_ = 0;
 };
 
+Filter<64> wiring_of(uint32_t location) {
+  return Filter<64>("propName like '%%mv/%d/slots'", location == kInM2Bay ? 0 : 1);
+}
+
 }  // namespace
 
 int read_drive_bays(BayMode mode, std::vector<uint8_t>& bays) {
@@ -72,25 +76,28 @@ int read_drive_bays(BayMode mode, std::vector<uint8_t>& bays) {
   return ZELDB_OK;
 }
 
-int zeldb_get_nvme_pcie_slots(uint32_t location, uint32_t baySlot, uint8_t* pcieSlot) {
-  if (location != kInM2Bay && location != kIn7mmBay) return ZELDB_OK;
+BayWiring::BayWiring(uint32_t location) : location_(location), status_(ZELDB_NO_HANDLE) {
   const PropertyDatabase properties;
-  if (!properties) return ZELDB_NO_HANDLE;
-  Filter<64> selection("propName like '%%mv/%d/slots'", location == kInM2Bay ? 0 : 1);
-  const int status = read_one(properties.get(), properties_where(selection), [&](const Row& row) {
+  if (!properties) return;
+  asked_ = true;
+  status_ = read_one(properties.get(), properties_where(wiring_of(location)), [this](const Row& row) {
     const Property property(row);
-    const uint32_t place = 1 + baySlot;
-    if (place >= property.size) return;
-    const uint8_t slot = property.value[place];
-    if (slot != 0 && slot != kNotWired) *pcieSlot = slot;
+    size_ = property.size;
+    std::ranges::copy(property.value, slots_);
   });
-  if (status == ZELDB_OK) {
-    syslog_info("%s: location=%d, baySlot=%d, pcieSlot=%d, rc = %d\n\n", __func__, static_cast<int>(location),
-                static_cast<int>(baySlot), *pcieSlot, status);
-  } else {
-    syslog_info("%s: selection:%s, rc = %d\n\n", __func__, selection.text(), status);
+}
+
+void BayWiring::find_slot(uint32_t bay, uint8_t& slot) const {
+  static constexpr const char* kFunction = "zeldb_get_nvme_pcie_slots";  // the name that log readers know
+  if (!asked_) return;
+  if (status_ != ZELDB_OK) {
+    syslog_info("%s: selection:%s, rc = %d\n\n", kFunction, wiring_of(location_).text(), status_);
+    return;
   }
-  return status;
+  const uint32_t place = 1 + bay;
+  if (place < size_ && slots_[place] != 0 && slots_[place] != kNotWired) slot = slots_[place];
+  syslog_info("%s: location=%d, baySlot=%d, pcieSlot=%d, rc = %d\n\n", kFunction, static_cast<int>(location_),
+              static_cast<int>(bay), slot, status_);
 }
 
 _AimDiskFormFactor form_factor_of_bay(uint32_t bay) {

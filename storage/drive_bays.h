@@ -16,9 +16,22 @@ enum class BayMode { Edsff, AnyNvme };
 // The numbers of the backplane bays of a kind. A status; without the property store there are none.
 int read_drive_bays(BayMode mode, std::vector<uint8_t>& bays);
 
-// The PCIe slot that an M.2 or 7 mm bay is wired to. The output stays as it was for other places, and when
-// no slot is recorded.
-int zeldb_get_nvme_pcie_slots(uint32_t location, uint32_t baySlot, uint8_t* pcieSlot);
+// The PCIe slots that the M.2 bays, or the 7 mm bays, are wired to.
+class BayWiring {
+ public:
+  // Asks the property store.
+  explicit BayWiring(uint32_t location);
+
+  // The slot of one bay, which stays as it was when none is recorded. Noted in syslog.
+  void find_slot(uint32_t bay, uint8_t& slot) const;
+
+ private:
+  uint32_t location_;
+  int status_;
+  bool asked_ = false;
+  uint8_t slots_[128] = {};  // from the second on
+  unsigned size_ = 0;
+};
 
 // The form factor of a backplane bay. The property store is asked once per process.
 _AimDiskFormFactor form_factor_of_bay(uint32_t bay);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "storage/drive_completion.h"
 
-#include <algorithm>
-
 #include "db/code_text.h"
 #include "db/filter.h"
 #include "db/product.h"
@@ -23,11 +21,9 @@ constexpr uint8_t kNoSlot = 0xFF;
 constexpr uint8_t kHealthUnknown = 2;
 constexpr uint16_t kNoSensor = 0xFFFF;
 
-void find_function_key(aim_disk_info_t& disk) {
-  auto slot = static_cast<uint8_t>(disk.BayNo);
-  zeldb_get_nvme_pcie_slots(disk.LocationId, disk.BayNo, &slot);
-  zeldb_get_nvme_drv_funkey(disk.LocationId == kInBay ? kInBay : kInSlot, slot, &disk.PCIFuncKey);
-}
+// Each drive is looked up by its place, up to as many as there are numbers of bays. In a longer list places
+// repeat, and what they answered is known.
+constexpr unsigned kLookedUpEach = 256;
 
 }  // namespace
 
@@ -59,18 +55,47 @@ DriveCompletion::DriveCompletion(_zel_db_handle_t* handle) : handle_(handle) {
   }
 }
 
+void DriveCompletion::find_function_key(aim_disk_info_t& disk) {
+  const bool anew = ++looked_up_ <= kLookedUpEach;
+  auto slot = static_cast<uint8_t>(disk.BayNo);
+  if (disk.LocationId == kInM2Bay || disk.LocationId == kIn7mmBay) {
+    auto& wiring = disk.LocationId == kInM2Bay ? m2_wiring_ : wiring_7mm_;
+    if (anew || !wiring) wiring.emplace(disk.LocationId);
+    wiring->find_slot(disk.BayNo, slot);
+  }
+  const uint32_t location = disk.LocationId == kInBay ? kInBay : kInSlot;
+  const auto [known, is_new] = function_keys_.try_emplace(location << 8 | slot, 0);
+  uint32_t& key = known->second;
+  if (anew || is_new) {
+    key = 0;
+    zeldb_get_nvme_drv_funkey(location, slot, &key);
+  }
+  disk.PCIFuncKey = key;
+}
+
 bool DriveCompletion::is_edsff(const aim_disk_info_t& disk, int drive_type) {
   if (disk.LocationId != kInBay || drive_type != kNvme) return false;
-  if (!edsff_bays_) read_drive_bays(BayMode::Edsff, edsff_bays_.emplace());
-  return std::ranges::find(*edsff_bays_, disk.BayNo) != edsff_bays_->end();
+  if (!edsff_bays_) {
+    std::vector<uint8_t> bays;
+    read_drive_bays(BayMode::Edsff, bays);
+    edsff_bays_.emplace();
+    for (const uint8_t bay : bays) edsff_bays_->set(bay);
+  }
+  return disk.BayNo < edsff_bays_->size() && edsff_bays_->test(disk.BayNo);
 }
 
 void DriveCompletion::find_controller(aim_disk_info_t& disk) {
-  if (!controllers_) read_onboard_controllers(handle_, controllers_.emplace());
-  const auto controller = std::ranges::find(*controllers_, disk.SlotNo, &OnboardController::slot);
+  if (!controllers_) {
+    std::vector<OnboardController> controllers;
+    read_onboard_controllers(handle_, controllers);
+    controllers_.emplace();
+    // The first of several in a slot counts.
+    for (const auto& [slot, function_key] : controllers) controllers_->emplace(slot, function_key);
+  }
+  const auto controller = controllers_->find(disk.SlotNo);
   if (controller == controllers_->end()) return;
   disk.CtrlType = kOnboard;
-  disk.PCIFuncKey = controller->function_key;
+  disk.PCIFuncKey = controller->second;
 }
 
 DriveCompletion::Sensor DriveCompletion::sensor_of(const aim_disk_info_t& disk, int drive_type, bool edsff) {

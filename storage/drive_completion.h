@@ -2,12 +2,14 @@
 #ifndef STORAGE_DRIVE_COMPLETION_H
 #define STORAGE_DRIVE_COMPLETION_H
 
+#include <bitset>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <vector>
 
 #include "db/read.h"
+#include "storage/drive_bays.h"
 #include "zeldb/storage.h"
 
 namespace zeldb {
@@ -35,14 +37,18 @@ class DriveCompletion {
     uint32_t form_factor;
   };
 
+  void find_function_key(aim_disk_info_t& disk);
   bool is_edsff(const aim_disk_info_t& disk, int drive_type);
   void find_controller(aim_disk_info_t& disk);
   static Sensor sensor_of(const aim_disk_info_t& disk, int drive_type, bool edsff);
 
   _zel_db_handle_t* handle_;
   std::map<uint16_t, uint8_t> health_;
-  std::optional<std::vector<OnboardController>> controllers_;
-  std::optional<std::vector<uint8_t>> edsff_bays_;
+  std::optional<std::map<uint16_t, uint32_t>> controllers_;  // function keys by slot
+  std::optional<std::bitset<256>> edsff_bays_;
+  unsigned looked_up_ = 0;
+  std::optional<BayWiring> m2_wiring_, wiring_7mm_;
+  std::map<uint32_t, uint32_t> function_keys_;  // by location and slot
 };
 
 }  // namespace zeldb
