@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "firmware/retimer_client.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -15,6 +14,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "db/shared_file.h"
 #include "db/syslog_info.h"
 
 namespace zeldb {
@@ -49,20 +49,6 @@ class Descriptor {
   int descriptor_;
 };
 
-// A call that a signal of the host program interrupts before it has done anything is made again.
-template <typename Call>
-auto uninterrupted(Call call) {
-  decltype(call()) result = 0;
-  do {
-    result = call();
-  } while (result < 0 && errno == EINTR);
-  return result;
-}
-
-ssize_t read_some(const Descriptor& from, void* buffer, size_t size) {
-  return uninterrupted([&] { return read(from.get(), buffer, size); });
-}
-
 uint32_t little_endian(const unsigned char* bytes, size_t size) {
   uint32_t value = 0;
   for (size_t i = size; i > 0; --i) value = value << 8 | bytes[i - 1];
@@ -89,8 +75,7 @@ bool connect_to(const Descriptor& client, const char* path) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
   std::memcpy(address.sun_path, path, strnlen(path, sizeof(address.sun_path) - 1));
-  const int status = uninterrupted(
-      [&] { return connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)); });
+  const int status = connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
   if (status == 0) return true;
   char text[128] = {};
   syslog_info("%s, connect error, rc=%d(%s)\n\n", kExchange, status,
@@ -114,18 +99,21 @@ Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
   return ready < 0 || (wanted.revents & POLLNVAL) != 0 ? Waited::Failed : Waited::Ready;
 }
 
-void bound_reads(const Descriptor& client, milliseconds timeout) {
+// SO_RCVTIMEO for each read, SO_SNDTIMEO for a connect that a full queue keeps waiting.
+void bound(const Descriptor& client, int option, milliseconds timeout) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
-  timeval bound = {};
-  bound.tv_sec = static_cast<time_t>(seconds.count());
-  bound.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(timeout - seconds).count());
-  setsockopt(client.get(), SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof(bound));
+  timeval time = {};
+  time.tv_sec = static_cast<time_t>(seconds.count());
+  time.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(timeout - seconds).count());
+  setsockopt(client.get(), SOL_SOCKET, option, &time, sizeof(time));
 }
 
+// A read that a signal interrupts has failed: made again it would have its whole time again, and a proxy that
+// says nothing more would never be given up.
 bool skip(const Descriptor& client, size_t length) {
   unsigned char piece[kPiece];
   while (length > 0) {
-    const ssize_t count = read_some(client, piece, std::min(length, sizeof(piece)));
+    const ssize_t count = read(client.get(), piece, std::min(length, sizeof(piece)));
     if (count <= 0) return false;
     length -= static_cast<size_t>(count);
   }
@@ -135,14 +123,14 @@ bool skip(const Descriptor& client, size_t length) {
 bool read_reply(const Descriptor& client, int32_t& result) {
   unsigned char header[kHeaderSize];
   // In one piece, or it is none.
-  if (read_some(client, header, sizeof(header)) != static_cast<ssize_t>(sizeof(header))) return false;
+  if (read(client.get(), header, sizeof(header)) != static_cast<ssize_t>(sizeof(header))) return false;
   if (!skip(client, little_endian(header, 2))) return false;
   result = static_cast<int32_t>(little_endian(header + kResultOffset, 4));
   return true;
 }
 
-bool read_state(const Descriptor& file, const char* name, void* value, size_t size) {
-  if (read_some(file, value, size) == static_cast<ssize_t>(size)) return true;
+bool read_state(const SharedFile& file, const char* name, void* value, size_t size) {
+  if (file.read(value, size)) return true;
   syslog_info("%s, read %s from retimer update progress file failed\n\n", kProgress, name);
   return false;
 }
@@ -154,9 +142,9 @@ RetimerClient::Step RetimerClient::exchange(const retimer_fw_req_t& request, int
   std::signal(SIGPIPE, SIG_IGN);  // a proxy that closes early must not end the host program
   const Descriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!client.is_open()) return Step::Socket;
+  bound(client, SO_SNDTIMEO, endpoint_.reply_timeout);
   if (!connect_to(client, endpoint_.socket_path)) return Step::Connect;
-  const ssize_t written = uninterrupted([&] { return write(client.get(), message.data(), message.size()); });
-  if (written != static_cast<ssize_t>(message.size())) {
+  if (write(client.get(), message.data(), message.size()) != static_cast<ssize_t>(message.size())) {
     syslog_info("%s, write error\n\n", kExchange);
     return Step::Write;
   }
@@ -168,7 +156,7 @@ RetimerClient::Step RetimerClient::exchange(const retimer_fw_req_t& request, int
     case Waited::Ready:
       break;
   }
-  bound_reads(client, endpoint_.receive_timeout);
+  bound(client, SO_RCVTIMEO, endpoint_.receive_timeout);
   return read_reply(client, result) ? Step::Done : Step::Reply;
 }
 
@@ -182,7 +170,7 @@ int RetimerClient::update(const retimer_fw_req_t& request) const {
 }
 
 int RetimerClient::progress(uint32_t slot, retimer_fw_progress_t& progress) const {
-  const Descriptor file(uninterrupted([&] { return open(endpoint_.state_path, O_RDONLY | O_CLOEXEC); }));
+  const SharedFile file(endpoint_.state_path, Links::Refuse);
   if (!file.is_open()) {
     // "raid" is what log readers look for.
     syslog_info("%s, open raid update progress file failed\n\n", kProgress);

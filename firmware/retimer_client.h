@@ -12,8 +12,8 @@ namespace zeldb {
 // Where the retimer configuration proxy is, and how long it may take.
 struct RetimerEndpoint {
   const char* socket_path;
-  std::chrono::milliseconds reply_timeout;    // for the reply to begin
-  std::chrono::milliseconds receive_timeout;  // for each further piece of it
+  std::chrono::milliseconds reply_timeout;    // for the proxy to take the request, and for its reply to begin
+  std::chrono::milliseconds receive_timeout;  // for each piece of the reply
   const char* state_path;
 };
 

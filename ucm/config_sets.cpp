@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <memory>
-#include <new>
 #include <span>
 #include <string>
 
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/shared_file.h"
 #include "zeldb/pci.h"
 #include "zeldb/ucm.h"
 
@@ -46,11 +45,7 @@ constexpr FieldTable kFields{ZELDB_FIELD(R, Flags),         ZELDB_FIELD(R, Group
 int begin_reading(_zel_db_handle_t*& handle) {
   handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  try {
-    return fileexist(kParseMarker) ? ZELDB_PARSE_IN_PROGRESS : ZELDB_OK;
-  } catch (const std::bad_alloc&) {
-    return ZEL_DB_STATUS_NO_MEMORY;
-  }
+  return SharedFile(kParseMarker, Links::Refuse).is_open() ? ZELDB_PARSE_IN_PROGRESS : ZELDB_OK;
 }
 
 Filter<128> setting_filter(int funkey, const char* prefix) {
@@ -68,7 +63,7 @@ char* collection_of(char* id) {
 }  // namespace
 
 bool fileexist(const std::string& path) {
-  return std::ifstream(path).good();
+  return SharedFile(path.c_str(), Links::Follow).is_open();
 }
 
 int zeldb_get_pci_configID(int funkey, char* out) {

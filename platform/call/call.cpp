@@ -22,7 +22,8 @@ void trace_call(const char* function, std::initializer_list<std::string> argumen
     line += argument;
   }
   line += "|" + std::to_string(status) + "\n";
-  const FileDescriptor file(open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  const FileDescriptor file(
+      open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR));
   [[maybe_unused]] const ssize_t written = write(file.get(), line.data(), line.size());
 }
 

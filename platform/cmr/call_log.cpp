@@ -77,7 +77,8 @@ std::string lines_of(const Call& call) {
 void log_call(const Call& call) {
   const char* path = std::getenv("CMR_CALL_LOG");
   if (path == nullptr || *path == '\0') return;
-  const FileDescriptor file(open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  const FileDescriptor file(
+      open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR));
   const std::string lines = lines_of(call);
   [[maybe_unused]] const ssize_t written = write(file.get(), lines.data(), lines.size());
 }

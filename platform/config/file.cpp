@@ -16,6 +16,8 @@
 namespace zel_platform {
 namespace {
 
+constexpr size_t kLongest = size_t{64} << 20;
+
 [[noreturn]] void fail(int error, const char* what) {
   throw std::system_error(error, std::generic_category(), what);
 }
@@ -58,6 +60,7 @@ std::optional<std::string> read_file(const std::string& path) {
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) fail(errno, "cannot read");
     if (size == 0) return content;
+    if (content.size() >= kLongest) throw std::runtime_error("longer than 64 MiB");
     content.append(block.data(), static_cast<size_t>(size));
   }
 }

@@ -47,7 +47,9 @@ bool write_once(int fd, std::string_view line) {
 }
 
 bool append_to_file(const char* path, std::string_view line) {
-  const int fd = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY, S_IRUSR | S_IWUSR);
+  // A pipe in the file's place must not keep the process waiting for its reader.
+  const int fd =
+      open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, S_IRUSR | S_IWUSR);
   if (fd < 0) return false;
   const bool written = write_once(fd, line);
   close(fd);

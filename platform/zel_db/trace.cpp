@@ -40,7 +40,8 @@ const Trace* Trace::current() {
 
 Trace::Trace(std::string path)
     : path_(std::move(path)),
-      fd_(open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY, S_IRUSR | S_IWUSR)) {
+      fd_(open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
+               S_IRUSR | S_IWUSR)) {
   if (fd_ < 0) vrel_log::logErr("zel_db: no trace, cannot write %s", path_.c_str());
 }
 

@@ -3,9 +3,11 @@
 #include "tests/support/libc_shim.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdarg>
@@ -59,14 +61,14 @@ void log_line(std::vector<std::string>& lines, const char* level, const char* sy
   inside_log = false;
 }
 
-// Where a marker file of the system's temporary folder is to be looked for; other paths stay.
-std::string mapped(const char* path) {
+// Calls with the path where a marker file of the system's temporary folder is to be looked for; other paths
+// stay.
+template <typename Call>
+int with_mapped(const char* path, Call call) {
   constexpr std::array<std::string_view, 4> kMarkers = {"/tmp/slowucm", "/tmp/enable_ucm_parse_log)",
                                                         "/tmp/dp.ucmparsing", "/tmp/.rt_upd_state"};
-  for (const std::string_view marker : kMarkers) {
-    if (marker == path && !libc().tmp.empty()) return libc().tmp + std::strrchr(path, '/');
-  }
-  return path;
+  if (libc().tmp.empty() || std::ranges::find(kMarkers, path) == kMarkers.end()) return call(path);
+  return call((libc().tmp + std::strrchr(path, '/')).c_str());
 }
 
 [[maybe_unused]] bool allocation_fails(size_t size, void* caller) {
@@ -152,12 +154,15 @@ int gettimeofday(timeval* now, void* zone) noexcept {
 }
 
 int access(const char* path, int mode) noexcept {
-  return ZELDB_NEXT(access)(mapped(path).c_str(), mode);
+  return with_mapped(path, [=](const char* at) { return ZELDB_NEXT(access)(at, mode); });
 }
 
-// What std::ifstream opens files with.
-FILE* fopen64(const char* path, const char* mode) {
-  return ZELDB_NEXT(fopen64)(mapped(path).c_str(), mode);
+int open(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  return with_mapped(path, [=](const char* at) { return ZELDB_NEXT(open)(at, flags, mode); });
 }
 
 #if ZELDB_SHIM_ALLOCATIONS

@@ -12,7 +12,7 @@
 //   sql STATEMENT, show SELECT; {MAKER} is the maker's subsystem vendor id
 //   set FIELD VALUE ...: of every record that has it; fill: with x, so that no text ends
 //   file NAME CONTENT: of the platform, none without content; trace: shows the platform's calls from now on
-//   mark NAME: a marker file
+//   mark NAME: a marker file; pipe NAME: a pipe in its place
 //   repeat N COMMAND: shows the last time
 // Arguments: numbers, texts and null stand for themselves, "-" for the record, a list or a buffer, "new" for
 // the record after it was cleared. Fields that are 0 or empty are not shown; <200 x> is a run of 200 x. In

@@ -31,6 +31,10 @@ const char* condition(const char* column, const char* value) {
   return text.c_str();
 }
 
+bool exists(const char* path) {
+  return fileexist(path);
+}
+
 // After a text that is there already.
 int set_names(int key, const char* before, Buffer* out) {
   if (out != nullptr) std::strcpy(*out, before);
@@ -66,7 +70,7 @@ int save(const char* values, int count) {
 
 #define F(function) ZELDB_CALL(function)
 const Family kFamily = {ZELDB_TRANSCRIPTS,
-                        calls(F(condition), F(set_names), F(zeldb_get_pci_configSet_count), F(settings),
-                              F(save), F(extract_PCISetting_info), F(zeldb_merge_aim_ucm_pfa))};
+                        calls(F(condition), F(exists), F(set_names), F(zeldb_get_pci_configSet_count),
+                              F(settings), F(save), F(extract_PCISetting_info), F(zeldb_merge_aim_ucm_pfa))};
 
 }  // namespace zeldb_test
