@@ -136,9 +136,9 @@ enum { ZELDB_DCPMM_HEALTH = 1, ZELDB_DCPMM_SECURITY = 2, ZELDB_DCPMM_FIPS = 4 };
 
 ZELDB_BEGIN_DECLS
 
-/* The four lists leave the list record untouched when their query fails, and set Count 0 and Items null when
- * there is no row or memory is short; the caller releases Items whatever the status is. Rows come in no
- * particular order. */
+/* The four lists leave the list record untouched when their query fails or the database cannot be reached, so
+ * it should start zeroed; they set Count 0 and Items null when there is no row or memory is short. The caller
+ * releases Items whatever the status is. Rows come in no particular order. */
 
 /* The ids of all processors, or of all memory modules; rows whose id cannot be read are left out. When a step
  * fails its status is returned, and the list holds the ids before it. */
@@ -168,8 +168,8 @@ ZELDB_API int zeldb_get_memory_by_id(_ZELDB_Memory* memory, uint32_t id);
 ZELDB_API int zeldb_get_mpfa_health_by_slot(int32_t slot, uint32_t* major, uint32_t* minor, uint32_t* repair);
 
 /* Adds a module: a new row, whatever is there already, of ArrayId to Attributes without _id; the other
- * columns stay NULL. A null record is ZELDB_INVALID_ARGUMENT; then a null handle, or no memory for the
- * values, ZELDB_NO_HANDLE. A refused insert is not reported. */
+ * columns stay NULL. A null record is ZELDB_INVALID_ARGUMENT; then a null handle, or no memory for all of
+ * the values, ZELDB_NO_HANDLE. A refused insert is not reported. */
 ZELDB_API int zeldb_insert_memory_info(_zel_db_handle_t* handle, const _ZELDB_Memory* memory);
 
 /* Removes the modules with "HbmIo" in their DevLocator; none is a success. A null handle is ZELDB_NO_HANDLE.

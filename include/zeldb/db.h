@@ -61,7 +61,7 @@ ZELDB_API int put_text_value(zel_db_content_values_t* values, const char* column
 
 /* Sets the columns (name to value) of every row of the slot, in the inventory database. Values are pasted
  * between single quotes as they stand: one that holds a single quote breaks the statement, which is logged.
- */
+ * So is that memory was short, and nothing is written then. */
 ZELDB_API void update_pci_table(const char* table, const std::map<std::string, std::string>& columns,
                                 unsigned slot);
 

@@ -8,8 +8,9 @@
  * key), EmbeddedDeviceFirmware one per device of the controller itself, DPUEvents one per event of a DPU.
  *
  * Records and lists belong to the caller; the array that a function allocates for Items is released with
- * free(). Texts end with a NUL and are cut to their fields; where a record that is only read lacks a NUL, a
- * text ends with its field. A column that is NULL or cannot be read is 0 or an empty text.
+ * free(). A list should start zeroed: a function that returns ZELDB_NO_HANDLE leaves it as it was. Texts end
+ * with a NUL and are cut to their fields; where a record that is only read lacks a NUL, a text ends with its
+ * field. A column that is NULL or cannot be read is 0 or an empty text.
  *
  * Functions return 0 for success; ZELDB_NO_HANDLE when the inventory database cannot be reached, which is
  * looked at before the arguments; ZELDB_INVALID_ARGUMENT for a null pointer; ZEL_DB_STATUS_NO_MEMORY; or a
@@ -233,7 +234,8 @@ ZELDB_API int zeldb_insert_or_update_firmware_info(uint32_t functionKey, const _
 /* The part numbers of the disks behind the RAID controller in a slot whose component is updated through the
  * devices behind it. count is the room in ids and becomes the number of part numbers. ZELDB_FAILED when the
  * database cannot be reached or queried; null pointers and a negative count are ZELDB_INVALID_ARGUMENT before
- * that. The filter and the progress of the call go to syslog. */
+ * that. A slot is taken to have one component: of two, SQLite looks at the first, while MariaDB refuses the
+ * query, which is ZELDB_FAILED. The filter and the progress of the call go to syslog. */
 ZELDB_API int zeldb_get_pldm_downstream_software_ids(int location, int slot, char (*ids)[32], int* count);
 
 /* Stores a function's vital product data: the product name as the card name of its row in PCIAdapter (an
@@ -286,11 +288,13 @@ ZELDB_API int dpu_get_log_by_slot(int slot, _ZELDB_DpuLog_List* list);
 /* Hands an update to the retimer configuration proxy on this machine, waits up to an hour for its answer and
  * returns the answer's result code. Failures, which are logged: -1 the answer is incomplete (or request is
  * null, which is not logged), -2 no socket, -3 no proxy, -4 the request could not be written, -5 waiting
- * failed, -6 no answer in time. SIGPIPE is ignored from then on in the whole process. */
+ * failed, -6 no answer in time. An answer is incomplete when it ends early, when five seconds pass without
+ * more of it, or when a signal arrives while the rest is waited for; signals neither end nor prolong the wait
+ * for its beginning. SIGPIPE is ignored from then on in the whole process. */
 ZELDB_API int retimer_update_fw(const retimer_fw_req_t* request);
 
-/* Stage and progress of the update that runs on a slot's retimer. -1 when none is recorded, which is logged,
- * or when it runs on another slot; progress stays untouched then. */
+/* Stage and progress of the update that runs on a slot's retimer. -1 when none is recorded in a regular file,
+ * which is logged, or when it runs on another slot; progress stays untouched then. */
 ZELDB_API int retimer_get_fw_update_progress(uint32_t slot, retimer_fw_progress_t* progress);
 
 ZELDB_END_DECLS

@@ -8,7 +8,8 @@
  *
  * Lists: the caller owns the list record, the function allocates the array that Items points to, the caller
  * releases it with free(). Count and Items are zeroed first and set only on success, unless a function says
- * otherwise. A list without entries is a success.
+ * otherwise; a function that returns ZELDB_NO_HANDLE leaves them as they were, so a list should start zeroed.
+ * A list without entries is a success.
  *
  * Functions return 0 for success; ZELDB_NO_HANDLE when the inventory database cannot be reached, which is
  * looked at before the arguments; ZELDB_INVALID_ARGUMENT for a null pointer; ZEL_DB_STATUS_NO_MEMORY;
@@ -292,7 +293,9 @@ ZELDB_API int zeldb_get_pci_funkey_list_by_slot(int location, int slotNo, _ZELDB
 
 /* The function keys of one adapter, from PCIAdapter when its AIMSupported is 1 to 3; otherwise its first
  * function, if PCIs has it too. PCI key 0 stands for every adapter that has an Intel RAID controller (vendor
- * 0x8086, class 0x010400) in a slot other than 0. An adapter without rows is ZELDB_NO_MORE_ROWS. */
+ * 0x8086, class 0x010400) in a slot other than 0. ZELDB_NO_MORE_ROWS when the adapter has no row, or for key
+ * 0 when there is no such adapter. A first row of which the key or AIMSupported cannot be read fails the call
+ * with the status of that read; later keys that cannot be read are left out. */
 ZELDB_API int zeldb_get_pci_funkey_list(int pciKey, _ZELDB_PCI_FunKey_List* list);
 
 /* How the adapter inventory knows a function: AIMSupported 0 known without settings, 1 to 3 supported; OOBSrc
@@ -414,8 +417,9 @@ ZELDB_API int zeldb_get_gpu_chip_list(unsigned int funKey, _ZELDB_GPU_Chip_List*
 
 /* The vital product data of a function. Texts that are missing or "N/A" are completed from the property
  * store, and what was completed is written back to every row of VPDs with that slot number.
- * A write-back that the database refuses is logged and still a success. ZELDB_INVALID_ARGUMENT when the
- * function's hardware id cannot be found. */
+ * A write-back that the database refuses is logged and still a success. After 33 failures in a row, which a
+ * few functions without data in the store use up, a process asks it no more, not for a GPU either: see
+ * get_gpu_pci_vpd_info. ZELDB_INVALID_ARGUMENT when the function's hardware id cannot be found. */
 ZELDB_API int zeldb_get_pci_vpd_info(unsigned int funKey, _ZELDB_PCIVpdInfo* record);
 
 ZELDB_END_DECLS

@@ -10,7 +10,7 @@ enum {
   ZELDB_OK = 0,
   ZELDB_FAILED = 1,               /* a failed insert-or-update; no row for a few single-record reads */
   ZELDB_INVALID_ARGUMENT = 3,     /* a null pointer, a negative count */
-  ZEL_DB_STATUS_NO_MEMORY = 4,    /* content values or an array could not be allocated */
+  ZEL_DB_STATUS_NO_MEMORY = 4,    /* content values, one of them, or an array could not be allocated */
   ZELDB_NO_HANDLE = 6,            /* the database cannot be reached; any failure of a few slot lookups */
   ZELDB_ROW = 9,                  /* a step has a row ready */
   ZELDB_NO_MORE_ROWS = 10,        /* nothing found */

@@ -9,13 +9,14 @@
  *
  * Lists: the caller owns the list record, the function allocates the array that Items points to, the caller
  * releases it with free(). The list is zeroed first and set only on success, but left as it was when the
- * function returns ZELDB_NO_HANDLE: it should start zeroed. A list without drives is a success. Filters are
- * SQL conditions, pasted as they stand; a null one selects every row.
+ * function returns ZELDB_NO_HANDLE, so it should start zeroed. A list without drives is a success. Filters
+ * are SQL conditions, pasted as they stand; a null one selects every row.
  *
  * Functions return 0 for success; ZELDB_NO_HANDLE when the inventory database cannot be reached, which is
  * looked at before the arguments; ZELDB_INVALID_ARGUMENT for a null pointer; ZEL_DB_STATUS_NO_MEMORY; or a
  * status of the table-access library. An update that matches no row is a success. They log to syslog, as
- * user.info, and may be called from several threads at once.
+ * user.info, but that memory for a row was short to the in-house log, and may be called from several threads
+ * at once.
  */
 #ifndef ZELDB_STORAGE_H
 #define ZELDB_STORAGE_H

@@ -93,7 +93,7 @@ ZELDB_API unsigned extract_PCISetting_info(const PCISetting_info* rec);
 ZELDB_API int zeldb_merge_aim_ucm_pfa(void);
 
 /* A configuration set is the settings of one function whose ids share a prefix, the collection's name. While
- * a parser run is in progress (the file /tmp/dp.ucmparsing can be read) the three readers answer
+ * a parser run is in progress (the regular file /tmp/dp.ucmparsing can be read) the three readers answer
  * ZELDB_PARSE_IN_PROGRESS, before they look at their arguments. A prefix is the beginning of a setting id,
  * null for any; "_" and "%" in it are wildcards, and one of more than 86 to 96 characters, by the length of
  * the key's decimal text, fails. */
@@ -129,10 +129,10 @@ ZELDB_END_DECLS
 #include <string>
 
 /* The condition that a text column differs from value: (C IS NULL OR C!="value"), or C IS NOT NULL for an
- * empty one. The value is pasted as it stands. */
+ * empty one. The value is pasted as it stands. Empty when memory is short. */
 ZELDB_API std::string get_sql_str(const char* column, const unsigned char* value);
 
-/* Whether the file can be opened for reading. */
+/* Whether the regular file can be opened for reading. What is no regular file is not opened. */
 ZELDB_API bool fileexist(const std::string& path);
 
 #endif
