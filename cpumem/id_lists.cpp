@@ -3,13 +3,13 @@
 
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "zeldb/cpumem.h"
 
 using namespace zeldb;
 
 namespace {
 
-constexpr const char* kModules = "Memory";
 constexpr uint32_t kNonVolatile = 0x1000;
 
 int list_ids(_ZELDB_Id_List* list, const char* table) {
@@ -28,17 +28,17 @@ int list_ids(_ZELDB_Id_List* list, const char* table) {
       {.on_error = OnError::PublishAndFail});
 }
 
-// Intel's modules of which the column wants it. The rows are counted, not stepped to their end: a row that
-// does not come wants nothing.
+// Lists those of Intel's modules that wanted accepts. As many steps are made as rows were counted, whatever
+// they answer: a row that does not come is not accepted.
 template <typename Wanted>
 int list_intel_modules(_ZELDB_Id_List* list, const char* column, Wanted wanted) {
   const char* const columns[] = {"_id", column};
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s='%s'", "Manufacturer", "Intel");
+  const Filter<128> filter("Manufacturer='Intel'");
   Result result;
-  const int status = query(handle, {.table = kModules, .columns = columns, .where = filter}, result);
+  const int status = query(handle, {.table = tables::kModules, .columns = columns, .where = filter}, result);
   if (status != ZELDB_OK) return status;
   *list = {};
   const unsigned rows = result ? result.row_count() : 0;
@@ -67,11 +67,11 @@ bool is_non_volatile(const Row& row) {
 }  // namespace
 
 int zeldb_get_processor_list(_ZELDB_Id_List* list) {
-  return list_ids(list, "Processor");
+  return list_ids(list, tables::kProcessors);
 }
 
 int zeldb_get_memory_list(_ZELDB_Id_List* list) {
-  return list_ids(list, kModules);
+  return list_ids(list, tables::kModules);
 }
 
 int zeldb_get_HBM_memory_list(_ZELDB_Id_List* list) {

@@ -3,60 +3,60 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "zeldb/cpumem.h"
 
 using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_Memory;
+using Module = _ZELDB_Memory;
 
-constexpr FieldTable kFields{ZELDB_FIELD(R, _id),
-                             ZELDB_FIELD(R, ArrayId),
-                             ZELDB_FIELD(R, SlotNo),
-                             ZELDB_FIELD(R, TotalWidth),
-                             ZELDB_FIELD(R, DataWidth),
-                             ZELDB_FIELD(R, MemSize),
-                             ZELDB_FIELD(R, FormFactor),
-                             ZELDB_FIELD(R, MemType),
-                             ZELDB_FIELD(R, TypeDetail),
-                             ZELDB_FIELD(R, MaxSpeed),
-                             ZELDB_FIELD(R, ClockSpeed),
-                             ZELDB_FIELD(R, DevLocator),
-                             ZELDB_FIELD(R, BankLocator),
-                             ZELDB_FIELD(R, Manufacturer),
-                             ZELDB_FIELD(R, SerialNo),
-                             ZELDB_FIELD(R, AssetTag),
-                             ZELDB_FIELD(R, PartNo),
-                             ZELDB_FIELD(R, Attributes),
-                             ZELDB_FIELD(R, NodeIndex),
-                             ZELDB_FIELD(R, Capacity),
-                             ZELDB_FIELD(R, MemCapacity),
-                             ZELDB_FIELD(R, AppDirCap),
-                             ZELDB_FIELD(R, UnconfigCap),
-                             ZELDB_FIELD(R, InaccCap),
-                             ZELDB_FIELD(R, ReservedCap),
-                             ZELDB_FIELD(R, Classification),
-                             ZELDB_FIELD(R, RemainingLife),
-                             ZELDB_FIELD(R, SecurityState),
-                             ZELDB_FIELD(R, HealthStatus),
-                             ZELDB_FIELD(R, AlarmTrips),
-                             ZELDB_FIELD(R, LDShutdownCount),
-                             ZELDB_FIELD(R, AITDRAMStatus),
-                             ZELDB_FIELD(R, HealthStatusReason),
-                             ZELDB_FIELD(R, LLShutdownStatus),
-                             ZELDB_FIELD(R, FIPSMode),
-                             ZELDB_FIELD(R, InfoMask),
-                             ZELDB_FIELD(R, CPUIndex),
-                             ZELDB_FIELD(R, iMCNum),
-                             ZELDB_FIELD(R, ChannelNum),
-                             ZELDB_FIELD(R, DimmNum),
-                             ZELDB_FIELD(R, FirmwareVersion),
-                             ZELDB_FIELD(R, SoftwareID),
-                             ZELDB_FIELD(R, MajorHealth),
-                             ZELDB_FIELD(R, MinorHealth),
-                             ZELDB_FIELD(R, RepairStatus)};
-constexpr const char* kModules = "Memory";
+constexpr FieldTable kFields{ZELDB_FIELD(Module, _id),
+                             ZELDB_FIELD(Module, ArrayId),
+                             ZELDB_FIELD(Module, SlotNo),
+                             ZELDB_FIELD(Module, TotalWidth),
+                             ZELDB_FIELD(Module, DataWidth),
+                             ZELDB_FIELD(Module, MemSize),
+                             ZELDB_FIELD(Module, FormFactor),
+                             ZELDB_FIELD(Module, MemType),
+                             ZELDB_FIELD(Module, TypeDetail),
+                             ZELDB_FIELD(Module, MaxSpeed),
+                             ZELDB_FIELD(Module, ClockSpeed),
+                             ZELDB_FIELD(Module, DevLocator),
+                             ZELDB_FIELD(Module, BankLocator),
+                             ZELDB_FIELD(Module, Manufacturer),
+                             ZELDB_FIELD(Module, SerialNo),
+                             ZELDB_FIELD(Module, AssetTag),
+                             ZELDB_FIELD(Module, PartNo),
+                             ZELDB_FIELD(Module, Attributes),
+                             ZELDB_FIELD(Module, NodeIndex),
+                             ZELDB_FIELD(Module, Capacity),
+                             ZELDB_FIELD(Module, MemCapacity),
+                             ZELDB_FIELD(Module, AppDirCap),
+                             ZELDB_FIELD(Module, UnconfigCap),
+                             ZELDB_FIELD(Module, InaccCap),
+                             ZELDB_FIELD(Module, ReservedCap),
+                             ZELDB_FIELD(Module, Classification),
+                             ZELDB_FIELD(Module, RemainingLife),
+                             ZELDB_FIELD(Module, SecurityState),
+                             ZELDB_FIELD(Module, HealthStatus),
+                             ZELDB_FIELD(Module, AlarmTrips),
+                             ZELDB_FIELD(Module, LDShutdownCount),
+                             ZELDB_FIELD(Module, AITDRAMStatus),
+                             ZELDB_FIELD(Module, HealthStatusReason),
+                             ZELDB_FIELD(Module, LLShutdownStatus),
+                             ZELDB_FIELD(Module, FIPSMode),
+                             ZELDB_FIELD(Module, InfoMask),
+                             ZELDB_FIELD(Module, CPUIndex),
+                             ZELDB_FIELD(Module, iMCNum),
+                             ZELDB_FIELD(Module, ChannelNum),
+                             ZELDB_FIELD(Module, DimmNum),
+                             ZELDB_FIELD(Module, FirmwareVersion),
+                             ZELDB_FIELD(Module, SoftwareID),
+                             ZELDB_FIELD(Module, MajorHealth),
+                             ZELDB_FIELD(Module, MinorHealth),
+                             ZELDB_FIELD(Module, RepairStatus)};
 
 }  // namespace
 
@@ -64,17 +64,17 @@ int zeldb_get_memory_with_filter(_ZELDB_Memory* memory, const char* filter, cons
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (memory == nullptr || filter == nullptr || param == nullptr) return ZELDB_INVALID_ARGUMENT;
-  return read_by_name(handle, kModules, filter, *param, kFields.fields, memory);
+  return read_by_name(handle, tables::kModules, filter, *param, kFields.fields, memory);
 }
 
 int zeldb_get_memory_by_slot(_ZELDB_Memory* memory, int32_t slot) {
-  const Filter<64> filter("%s=?", "SlotNo");
+  const Filter<64> filter("SlotNo=?");
   const _zel_db_param_t param = bound(slot);
   return zeldb_get_memory_with_filter(memory, filter, &param);
 }
 
 int zeldb_get_memory_by_id(_ZELDB_Memory* memory, uint32_t id) {
-  const Filter<64> filter("%s=?", "_id");
+  const Filter<64> filter("_id=?");
   const _zel_db_param_t param = bound(id);
   return zeldb_get_memory_with_filter(memory, filter, &param);
 }
@@ -84,10 +84,11 @@ int zeldb_get_mpfa_health_by_slot(int32_t slot, uint32_t* major, uint32_t* minor
   if (major == nullptr || minor == nullptr) return ZELDB_INVALID_ARGUMENT;
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  const Filter<32> filter("%s=%d", "SlotNo", static_cast<int>(slot));
-  return read_one(handle, {.table = kModules, .columns = kColumns, .where = filter}, [&](const Row& row) {
-    *major = row.number(0);
-    *minor = row.number(1);
-    if (repair != nullptr) *repair = row.number(2);
-  });
+  const Filter<32> filter("SlotNo=%d", static_cast<int>(slot));
+  return read_one(handle, {.table = tables::kModules, .columns = kColumns, .where = filter},
+                  [&](const Row& row) {
+                    *major = row.number(0);
+                    *minor = row.number(1);
+                    if (repair != nullptr) *repair = row.number(2);
+                  });
 }

@@ -4,6 +4,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/owners.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "zeldb/cpumem.h"
 
@@ -11,20 +12,20 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_Memory;
+using Module = _ZELDB_Memory;
 
-constexpr FieldTable kNumbers{ZELDB_FIELD(R, SlotNo),     ZELDB_FIELD(R, TotalWidth),
-                              ZELDB_FIELD(R, DataWidth),  ZELDB_FIELD(R, MemSize),
-                              ZELDB_FIELD(R, FormFactor), ZELDB_FIELD(R, MemType),
-                              ZELDB_FIELD(R, TypeDetail), ZELDB_FIELD(R, MaxSpeed),
-                              ZELDB_FIELD(R, ClockSpeed), ZELDB_FIELD(R, Attributes)};
-constexpr FieldTable kTexts{ZELDB_FIELD(R, DevLocator),   ZELDB_FIELD(R, BankLocator),
-                            ZELDB_FIELD(R, Manufacturer), ZELDB_FIELD(R, SerialNo),
-                            ZELDB_FIELD(R, AssetTag),     ZELDB_FIELD(R, PartNo)};
+constexpr FieldTable kNumbers{ZELDB_FIELD(Module, SlotNo),     ZELDB_FIELD(Module, TotalWidth),
+                              ZELDB_FIELD(Module, DataWidth),  ZELDB_FIELD(Module, MemSize),
+                              ZELDB_FIELD(Module, FormFactor), ZELDB_FIELD(Module, MemType),
+                              ZELDB_FIELD(Module, TypeDetail), ZELDB_FIELD(Module, MaxSpeed),
+                              ZELDB_FIELD(Module, ClockSpeed), ZELDB_FIELD(Module, Attributes)};
+constexpr FieldTable kTexts{ZELDB_FIELD(Module, DevLocator),   ZELDB_FIELD(Module, BankLocator),
+                            ZELDB_FIELD(Module, Manufacturer), ZELDB_FIELD(Module, SerialNo),
+                            ZELDB_FIELD(Module, AssetTag),     ZELDB_FIELD(Module, PartNo)};
 
 // The caller's text may fill its field to the last byte.
-void put_text(ContentValues& values, const Field& field, const R* memory) {
-  char text[sizeof(R::DevLocator) + 1] = {};
+void put_text(ContentValues& values, const Field& field, const Module* memory) {
+  char text[sizeof(Module::DevLocator) + 1] = {};
   std::memcpy(text, bytes_of(field, memory), field.size);
   values.put_text(field.column, text);
 }
@@ -44,7 +45,7 @@ int zeldb_insert_memory_info(_zel_db_handle_t* handle, const _ZELDB_Memory* memo
   for (const Field& field : kTexts.fields) put_text(values, field, memory);
   if (!values.is_complete()) return ZELDB_NO_HANDLE;
   int64_t row = 0;
-  values.insert("Memory", &row);
+  values.insert(tables::kModules, &row);
   return ZELDB_OK;
 }
 

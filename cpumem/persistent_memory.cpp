@@ -7,6 +7,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "zeldb/cpumem.h"
 
@@ -14,14 +15,14 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_Memory;
+using Module = _ZELDB_Memory;
 
-constexpr FieldTable kHealth{ZELDB_FIELD(R, RemainingLife),    ZELDB_FIELD(R, HealthStatus),
-                             ZELDB_FIELD(R, AlarmTrips),       ZELDB_FIELD(R, LDShutdownCount),
-                             ZELDB_FIELD(R, AITDRAMStatus),    ZELDB_FIELD(R, HealthStatusReason),
-                             ZELDB_FIELD(R, LLShutdownStatus), ZELDB_FIELD(R, InfoMask)};
-constexpr FieldTable kSecurity{ZELDB_FIELD(R, SecurityState), ZELDB_FIELD(R, InfoMask)};
-constexpr FieldTable kFips{ZELDB_FIELD(R, FIPSMode), ZELDB_FIELD(R, InfoMask)};
+constexpr FieldTable kHealth{ZELDB_FIELD(Module, RemainingLife),    ZELDB_FIELD(Module, HealthStatus),
+                             ZELDB_FIELD(Module, AlarmTrips),       ZELDB_FIELD(Module, LDShutdownCount),
+                             ZELDB_FIELD(Module, AITDRAMStatus),    ZELDB_FIELD(Module, HealthStatusReason),
+                             ZELDB_FIELD(Module, LLShutdownStatus), ZELDB_FIELD(Module, InfoMask)};
+constexpr FieldTable kSecurity{ZELDB_FIELD(Module, SecurityState), ZELDB_FIELD(Module, InfoMask)};
+constexpr FieldTable kFips{ZELDB_FIELD(Module, FIPSMode), ZELDB_FIELD(Module, InfoMask)};
 
 std::span<const Field> fields_of(int kind) {
   switch (kind) {
@@ -71,8 +72,8 @@ int zeldb_update_dcpmm_smart_info(const _ZELDB_Memory* memory, int kind) {
   ContentValues values(handle, "zeldb_update_dcpmm_smart_info");
   if (!values) return values.no_memory();
   values.put(fields_of(kind), memory, EmptyText::AsText);
-  const Filter<16> filter("%s=%u", "_id", memory->_id);
-  return values.update("Memory", filter);
+  const Filter<16> filter("_id=%u", memory->_id);
+  return values.update(tables::kModules, filter);
 }
 
 void bps_format_fips_str(uint32_t code, char* buffer, uint32_t size) {

@@ -3,47 +3,48 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "zeldb/cpumem.h"
 
 using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_Processor;
+using Processor = _ZELDB_Processor;
 
-constexpr FieldTable kFields{ZELDB_FIELD(R, _id),
-                             ZELDB_FIELD(R, ProcId),
-                             ZELDB_FIELD(R, ProcType),
-                             ZELDB_FIELD(R, Family),
-                             ZELDB_FIELD(R, Socket),
-                             ZELDB_FIELD(R, Manufacturer),
-                             ZELDB_FIELD(R, Version),
-                             ZELDB_FIELD(R, Voltage),
-                             ZELDB_FIELD(R, ExtClock),
-                             ZELDB_FIELD(R, MaxSpeed),
-                             ZELDB_FIELD(R, CurSpeed),
-                             ZELDB_FIELD(R, Status),
-                             ZELDB_FIELD(R, Upgrade),
-                             ZELDB_FIELD(R, SerialNo),
-                             ZELDB_FIELD(R, AssetTag),
-                             ZELDB_FIELD(R, PartNo),
-                             ZELDB_FIELD(R, CoreCount),
-                             ZELDB_FIELD(R, CoreEnabled),
-                             ZELDB_FIELD(R, ThreadCount),
-                             ZELDB_FIELD(R, Characteristics),
-                             ZELDB_FIELD(R, L1CacheMaxSize),
-                             ZELDB_FIELD(R, L1CacheInstalled),
-                             ZELDB_FIELD(R, L1CacheType),
-                             ZELDB_FIELD(R, L1CacheConfig),
-                             ZELDB_FIELD(R, L2CacheMaxSize),
-                             ZELDB_FIELD(R, L2CacheInstalled),
-                             ZELDB_FIELD(R, L2CacheType),
-                             ZELDB_FIELD(R, L2CacheConfig),
-                             ZELDB_FIELD(R, L3CacheMaxSize),
-                             ZELDB_FIELD(R, L3CacheInstalled),
-                             ZELDB_FIELD(R, L3CacheType),
-                             ZELDB_FIELD(R, L3CacheConfig),
-                             ZELDB_FIELD(R, NodeIndex)};
+constexpr FieldTable kFields{ZELDB_FIELD(Processor, _id),
+                             ZELDB_FIELD(Processor, ProcId),
+                             ZELDB_FIELD(Processor, ProcType),
+                             ZELDB_FIELD(Processor, Family),
+                             ZELDB_FIELD(Processor, Socket),
+                             ZELDB_FIELD(Processor, Manufacturer),
+                             ZELDB_FIELD(Processor, Version),
+                             ZELDB_FIELD(Processor, Voltage),
+                             ZELDB_FIELD(Processor, ExtClock),
+                             ZELDB_FIELD(Processor, MaxSpeed),
+                             ZELDB_FIELD(Processor, CurSpeed),
+                             ZELDB_FIELD(Processor, Status),
+                             ZELDB_FIELD(Processor, Upgrade),
+                             ZELDB_FIELD(Processor, SerialNo),
+                             ZELDB_FIELD(Processor, AssetTag),
+                             ZELDB_FIELD(Processor, PartNo),
+                             ZELDB_FIELD(Processor, CoreCount),
+                             ZELDB_FIELD(Processor, CoreEnabled),
+                             ZELDB_FIELD(Processor, ThreadCount),
+                             ZELDB_FIELD(Processor, Characteristics),
+                             ZELDB_FIELD(Processor, L1CacheMaxSize),
+                             ZELDB_FIELD(Processor, L1CacheInstalled),
+                             ZELDB_FIELD(Processor, L1CacheType),
+                             ZELDB_FIELD(Processor, L1CacheConfig),
+                             ZELDB_FIELD(Processor, L2CacheMaxSize),
+                             ZELDB_FIELD(Processor, L2CacheInstalled),
+                             ZELDB_FIELD(Processor, L2CacheType),
+                             ZELDB_FIELD(Processor, L2CacheConfig),
+                             ZELDB_FIELD(Processor, L3CacheMaxSize),
+                             ZELDB_FIELD(Processor, L3CacheInstalled),
+                             ZELDB_FIELD(Processor, L3CacheType),
+                             ZELDB_FIELD(Processor, L3CacheConfig),
+                             ZELDB_FIELD(Processor, NodeIndex)};
 
 }  // namespace
 
@@ -51,6 +52,6 @@ int zeldb_get_processor(_ZELDB_Processor* processor) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (processor == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<64> filter("%s=?", "_id");
-  return read_by_name(handle, "Processor", filter, bound(processor->_id), kFields.fields, processor);
+  const Filter<64> filter("_id=?");
+  return read_by_name(handle, tables::kProcessors, filter, bound(processor->_id), kFields.fields, processor);
 }

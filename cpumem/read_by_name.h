@@ -9,8 +9,8 @@
 
 namespace zeldb {
 
-// The first row of a select of all columns as a record of these fields. Without a row, whatever the step said
-// of it, ZELDB_FAILED, and the record stays as it was.
+// Reads the first row of a select of all columns as a record of these fields. Without a row the status is
+// ZELDB_FAILED, whatever the step answered, and the record stays as it was.
 int read_by_name(_zel_db_handle_t* handle, const char* table, const char* where, const _zel_db_param_t& param,
                  std::span<const Field> fields, void* record);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A record's columns as data: one Field per column feeds the column list of a query, the fill of a record,
-// and the content values of a write, so that they cannot drift apart.
+// The columns of a record as data. One Field per column feeds the column list of a query, the fill of a
+// record, and the content values of a write, so that they cannot drift apart.
 #ifndef DB_FIELD_H
 #define DB_FIELD_H
 
@@ -18,7 +18,7 @@ namespace zeldb {
 static_assert(std::endian::native == std::endian::little,
               "numbers are truncated and widened as their low bytes");
 
-// Code: a number that its column holds as text.
+// A Code is a number that its column holds as text.
 enum class Kind : uint8_t { Text, Unsigned, Signed, Code };
 
 struct Field {
@@ -43,8 +43,8 @@ constexpr Field code_field(Field field) {
   return field;
 }
 
-// The column has the member's name; _OR: with another value for an unreadable column; _AS: under another
-// name.
+// The column has the member's name. _OR gives the value for an unreadable column, _AS another name for the
+// column.
 #define ZELDB_FIELD(Record, Member) \
   ::zeldb::field_of<decltype(Record::Member)>(#Member, offsetof(Record, Member))
 #define ZELDB_FIELD_OR(Record, Member, Fallback) \

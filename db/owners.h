@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -29,6 +30,11 @@ class Result {
   explicit operator bool() const { return result_ != nullptr; }
 
   int step() { return zel_db_result_step(result_); }
+  // Nothing if the next row is ready, or else the status of the step.
+  std::optional<int> no_row() {
+    const int status = step();
+    return status != ZELDB_ROW ? std::optional(status) : std::nullopt;
+  }
   bool next() { return result_ != nullptr && step() == ZELDB_ROW; }
   unsigned row_count() { return zel_db_result_row_count(result_); }
   int reset() { return zel_db_result_reset(result_); }
@@ -41,7 +47,7 @@ class Result {
   zel_db_result_t* result_ = nullptr;
 };
 
-// A connection of its own, closed on every path.
+// A connection that is opened for one call and closed on every path.
 class Connection {
  public:
   explicit Connection(const char* database) : handle_(zel_db_open(kServer, "root", "", database, 0)) {}
@@ -64,15 +70,16 @@ class PropertyDatabase : public Connection {
   PropertyDatabase() : Connection("propertiesdb") {}
 };
 
-// An array on its way to a caller, who releases it with free(). Zeroed, so that no record hands out what the
-// heap held before; each just before its first use, for the cache has lost it by the time it is filled if all
-// are zeroed at once. Large ones come zeroed from the system, and what is not used of them takes no memory.
+// An array on its way to a caller, who releases it with free(). Its records are zeroed, so that none hands
+// out what the heap held before. Each is zeroed just before its first use: if all were zeroed at once, the
+// cache would have lost a record by the time it is filled. A large array comes zeroed from the system, and
+// its unused part takes no memory.
 template <typename T>
 class MallocArray {
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
-  // False when memory is short.
+  // False if memory is short.
   bool allocate(size_t count) {
     if (count > PTRDIFF_MAX / sizeof(T)) return false;
     const bool is_large = count * sizeof(T) >= kMapped;
@@ -96,7 +103,7 @@ class MallocArray {
   }
 
  private:
-  // From here on the C library always takes memory for the array alone (M_MMAP_THRESHOLD).
+  // The C library maps memory for arrays from this size on (M_MMAP_THRESHOLD).
   static constexpr size_t kMapped = sizeof(long) == 4 ? size_t{512} << 10 : size_t{32} << 20;
 
   struct Free {
@@ -111,10 +118,10 @@ class MallocArray {
 
   std::unique_ptr<T, Free> items_;
   size_t count_ = 0;
-  size_t zeroed_ = 0;  // so many from the first
+  size_t zeroed_ = 0;  // number of zeroed records, from the first
 };
 
-// A list that another function fills for the use of this one.
+// A list that another function fills for the use of its caller.
 template <typename List>
 class LocalList {
  public:
@@ -124,7 +131,14 @@ class LocalList {
   ~LocalList() { std::free(list_.Items); }
 
   List* out() { return &list_; }
+  auto count() const { return list_.Count; }
   auto items() const { return std::span(list_.Items, list_.Count); }
+
+  template <typename Unwanted>
+  void drop(Unwanted unwanted) {
+    auto* const end = std::remove_if(list_.Items, list_.Items + list_.Count, unwanted);
+    list_.Count = static_cast<decltype(list_.Count)>(end - list_.Items);
+  }
 
  private:
   List list_ = {};

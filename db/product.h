@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the maker of a controller settles when the product is built.
+// What the vendor of a controller decides when the product is built.
 #ifndef DB_PRODUCT_H
 #define DB_PRODUCT_H
 
@@ -8,7 +8,7 @@
 
 namespace zeldb {
 
-// The PCI subsystem vendor id of the maker's own controllers; no device has the default, 0xFFFF.
+// The PCI subsystem vendor id of the vendor's own storage controllers. No device has the default, 0xFFFF.
 inline constexpr uint16_t kMakerSubVendorId = ZELDB_MAKER_SUBVENDOR_ID;
 
 }  // namespace zeldb

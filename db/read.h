@@ -4,7 +4,9 @@
 #ifndef DB_READ_H
 #define DB_READ_H
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <type_traits>
 
@@ -36,18 +38,34 @@ struct Select {
 
 int query(_zel_db_handle_t* handle, const Select& select, Result& result);
 
-// What a walk over rows ends with, when it ended well.
+// Whether a walk over rows ended because there are no more, or because the caller wants no more.
 constexpr bool ended_well(int status) {
   return status == ZELDB_ROW || status == ZELDB_NO_MORE_ROWS;
 }
 
-// What became of a single row. A step may answer 0 without having one, so the status alone does not tell.
+// Hands at most so many rows to take, which may return a status to end the walk. Returns nothing if the walk
+// ended well, or else the status that ended it.
+template <typename Take>
+std::optional<int> walk(Result& result, size_t most, Take take) {
+  int status = ZELDB_OK;
+  for (size_t taken = 0; (status = result.step()) == ZELDB_ROW && taken < most; ++taken) {
+    if constexpr (std::is_void_v<decltype(take(result.row()))>) {
+      take(result.row());
+    } else if (const std::optional<int> ended = take(result.row())) {
+      return ended;
+    }
+  }
+  return ended_well(status) ? std::nullopt : std::optional(status);
+}
+
+// The outcome of a read of one row. A step may answer 0 without a row, so the status alone does not tell.
 struct OneRow {
   int status;
   bool found;
 };
 
-// One row: read takes it and returns nothing, or the status to return. Without a row, that of the step.
+// Reads one row. read takes it and returns nothing, or the status to return; without a row the status is that
+// of the step.
 template <typename Read>
 OneRow look_for_one(_zel_db_handle_t* handle, const Select& select, Read read) {
   Result result;
@@ -75,26 +93,27 @@ enum class Next { Keep, Skip };
 enum class OnError { Discard, PublishAndFail, PublishAndSucceed };
 
 struct ListRules {
-  bool zero_first = true;  // before the query; otherwise a failed query leaves the list as it was
+  bool zero_first = true;  // zero the list before the query; otherwise a failed query leaves it as it was
   OnError on_error = OnError::Discard;
-  bool skipped_rows_count = false;  // against the row count, as kept ones do
-  bool empty_is_not_found = false;  // no item kept: the status of the last step, and no array
+  bool skipped_rows_count = false;  // skipped rows use up the row count as kept ones do
+  bool empty_is_not_found = false;  // if no item was kept, return the status of the last step and no array
   bool zero_ends_well = false;      // a step that answers 0 ends the rows as ZELDB_NO_MORE_ROWS does
 };
 
 template <typename List>
 using ListArray = MallocArray<std::remove_pointer_t<decltype(List::Items)>>;
 
-// Room for every row that the result counts; none is taken for none. False when memory is short.
+// Makes room for as many rows as the result counts, none for 0. False if memory is short.
 template <typename T>
 bool make_room(Result& result, MallocArray<T>& items) {
   const unsigned rows = result.row_count();
   return rows == 0 || items.allocate(rows);
 }
 
-// The rows of a result as the list's array, for which there is room: take fills an item and keeps or skips
-// it. The row count bounds the array; rows past it are left out. The list is set at the end, or not at all;
-// Items stays as it is when no row was counted. A narrow Index wraps, and with it the places and the count.
+// Collects the rows of a result in items, which has room for them, and hands that array to the list. take
+// fills an item and keeps or skips it. Rows past the row count are left out. The list is set at the end or
+// not at all, and Items stays as it is if no row was counted. A narrow Index wraps, and with it positions and
+// count.
 template <typename Index = uint32_t, typename List, typename Take>
 int collect_into(ListArray<List>& items, Result& result, List* list, Take take, ListRules rules = {}) {
   const unsigned rows = result.row_count();
@@ -134,7 +153,7 @@ int read_list(_zel_db_handle_t* handle, List* list, const Select& select, Take t
   return rules.empty_is_not_found ? ZELDB_NO_MORE_ROWS : ZELDB_OK;
 }
 
-// Every row is a record of these fields.
+// Reads every row as a record of these fields.
 template <typename List, size_t N>
 int read_list(_zel_db_handle_t* handle, List* list, const Select& select, const FieldTable<N>& table) {
   using Item = std::remove_pointer_t<decltype(list->Items)>;

@@ -89,7 +89,7 @@ int64_t update_db_record(_zel_db_handle_t* handle, const char* table, const char
     logErr("table=%s", table);
     logErr("filter=%s", update.c_str());
   } catch (const std::exception&) {
-    // As a failed update.
+    // Reported as a failed update.
   }
   return kFailed;
 }

@@ -11,8 +11,8 @@
 
 namespace zeldb {
 
-// Typed reads of the row that the last step made ready. The reads that return a status leave the output alone
-// when it is not 0, but for a text, which is then empty.
+// Typed reads of the row that the last step made ready. A read that returns a status other than 0 leaves its
+// output alone, except that a text is then empty.
 class Row {
  public:
   explicit Row(zel_db_result_t* result) : result_(result) {}
@@ -26,24 +26,24 @@ class Row {
   }
   int read(int column, uint8_t& value) const { return zel_db_result_column_uchar(result_, column, &value); }
 
-  // The value truncated to T, or the fallback when it cannot be read.
+  // The value truncated to T, or the fallback if it cannot be read.
   template <typename T = uint32_t>
   T number(int column, T fallback = 0) const {
     uint32_t value = 0;
     return read(column, value) == 0 ? static_cast<T>(value) : fallback;
   }
 
-  // Cut to the buffer and always terminated; empty when it cannot be read.
+  // The text is cut to the buffer and always terminated; it is empty if it cannot be read.
   int text(int column, void* buffer, size_t capacity) const;
   template <typename Byte, size_t N>
   int text(int column, Byte (&buffer)[N]) const {
     static_assert(sizeof(Byte) == 1);
     const int status = text(column, static_cast<void*>(buffer), N);
-    buffer[N - 1] = 0;  // whatever library delivers it
+    buffer[N - 1] = 0;  // a controller's library need not terminate it
     return status;
   }
 
-  // Cut to the buffer and zero behind; returns how many bytes there are, none when it cannot be read.
+  // Copies the bytes, cut to the buffer, and zeros the rest. Returns their number, 0 if they cannot be read.
   template <size_t N>
   unsigned blob(int column, uint8_t (&buffer)[N]) const {
     return blob(column, buffer, N);
@@ -59,10 +59,10 @@ class Row {
     return read_code(column, value) == 0 ? value : fallback;
   }
 
-  // The columns in the order of the fields, from the first on.
+  // Reads the columns from the first on, in the order of the fields.
   void fill(std::span<const Field> fields, void* record, int column = 0) const;
-  // The same by the columns' names, for a query of all columns; a missing column counts as unreadable. There
-  // are no codes by name.
+  // The same by the names of the columns, for a query of all columns. A missing column counts as unreadable,
+  // and codes are not supported.
   void fill_by_name(std::span<const Field> fields, void* record) const;
 
  private:

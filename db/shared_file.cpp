@@ -15,7 +15,7 @@ bool is_regular(const struct stat& file) {
 
 int open_regular(const char* path, Links links) {
   struct stat file = {};
-  // Opening a device may already set it going, so a link is looked through first.
+  // A link may lead to a device, and opening one may already start something.
   if (links == Links::Follow && (stat(path, &file) != 0 || !is_regular(file))) return -1;
   const int no_link = links == Links::Refuse ? O_NOFOLLOW : 0;
   const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | no_link);

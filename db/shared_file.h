@@ -10,7 +10,7 @@ namespace zeldb {
 
 enum class Links { Follow, Refuse };
 
-// Open for reading if it is a regular file; nothing else is opened or waited for.
+// Opens the file for reading if it is a regular one, without waiting. Anything else counts as absent.
 class SharedFile {
  public:
   SharedFile(const char* path, Links links);
@@ -19,7 +19,7 @@ class SharedFile {
   ~SharedFile();
 
   bool is_open() const { return descriptor_ >= 0; }
-  // The next size bytes in one piece, or false.
+  // Reads the next size bytes; false if there are fewer.
   bool read(void* to, size_t size) const;
 
  private:

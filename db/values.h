@@ -12,12 +12,12 @@ namespace zeldb {
 
 enum class EmptyText { AsNull, AsText, LeftOut };
 
-// The values of a row that is written, released on every path; false when they could not be allocated. A put
-// for which memory is short is remembered: the row would lack that column, so it is not written. What else
-// the database has against a value it says when it gets the row.
+// The values of a row to write, released on every path; false if they could not be allocated. A put that
+// fails for want of memory is remembered, and the row, which would lack that column, is not written. Other
+// values that the database refuses show when it gets the row.
 class ContentValues {
  public:
-  // The function is the one that log readers know; null logs nothing.
+  // function is the name in the log if memory is short; null logs nothing.
   explicit ContentValues(_zel_db_handle_t* handle, const char* function = nullptr)
       : handle_(handle), function_(function), values_(zel_db_get_content_values(handle)) {}
   ContentValues(const ContentValues&) = delete;
@@ -30,7 +30,7 @@ class ContentValues {
 
   explicit operator bool() const { return values_ != nullptr; }
   zel_db_content_values_t* get() const { return values_; }
-  // False when a value since the last clear is missing.
+  // False if a value since the last clear is missing.
   bool is_complete() const { return complete_; }
 
   void clear() {
@@ -38,8 +38,8 @@ class ContentValues {
     complete_ = true;
   }
 
-  // One column per field, in their order, but for empty texts that are left out. The texts of the record must
-  // be terminated.
+  // Puts one column per field, in order; empty says what becomes of an empty text. The texts of the record
+  // must be terminated.
   void put(std::span<const Field> fields, const void* record, EmptyText empty);
 
   void put_text(const char* column, const char* value) {
@@ -58,7 +58,7 @@ class ContentValues {
     note(zel_db_content_put_uchar(values_, column, value));
   }
 
-  // What no_memory returns, and nothing is sent, when a value is missing. id may be null.
+  // Sends nothing and returns no_memory() if a value is missing. id may be null.
   int insert(const char* table, int64_t* id) const;
   int update(const char* table, const char* where) const;
 

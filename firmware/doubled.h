@@ -6,8 +6,8 @@
 
 namespace zeldb {
 
-// A text that devices tell, as it stands between two quotes in SQL: a quote inside is doubled. Cut at N - 1
-// characters.
+// A text from a device, for use between two quotes in SQL: each quote inside is doubled. The result is cut at
+// N - 1 characters.
 template <size_t N>
 class Doubled {
  public:

@@ -87,14 +87,13 @@ Component* uefi_component(std::span<Component> components, const Version& versio
 }  // namespace
 
 int zeldb_get_dpu_keys(_ZELDB_PCI_FunKey_List* list) {
-  Filter<64> filter("%s=%u and %s=%u", "VendorId", kVendor, "DeviceId", kDevice);
+  Filter<64> filter("VendorId=%u and DeviceId=%u", kVendor, kDevice);
   return zeldb_get_pci_keys(list, filter.text());
 }
 
 int zeldb_update_dpu_uefi_version(uint32_t slot, const char* version) {
   // Selects the functions, and the components too.
-  Filter<64> filter("%s=1 and %s=%u and %s=%d", "Location", "SlotNo", slot, "DeviceId",
-                    static_cast<int>(kDevice));
+  Filter<64> filter("Location=1 and SlotNo=%u and DeviceId=%d", slot, static_cast<int>(kDevice));
   LocalList<_ZELDB_PCI_FunKey_List> functions;
   if (zeldb_get_pci_funkey_list_by_filter(filter.text(), nullptr, functions.out()) != ZELDB_OK ||
       functions.items().empty()) {

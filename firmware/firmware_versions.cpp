@@ -4,6 +4,7 @@
 
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "firmware/doubled.h"
 #include "platform/vrel_log.h"
 #include "zeldb/firmware.h"
@@ -12,22 +13,20 @@ using namespace zeldb;
 
 namespace {
 
-constexpr const char* kImages = "Firmwares";
-constexpr const char* kComponents = "PldmDeviceFirmware";
 constexpr size_t kStatement = 192;
 
 struct Target {
   const char* table;
   const char* key;
 };
-constexpr Target kTargets[] = {{kImages, "HardwareId"}, {kComponents, "PCIFuncKey"}};
+constexpr Target kTargets[] = {{tables::kImages, "HardwareId"}, {tables::kComponents, "PCIFuncKey"}};
 
 int set_text(_zel_db_handle_t* handle, const char* function, const Target& target, const char* column,
              const char* text, uint32_t key) {
   char statement[kStatement];
   const int length = std::snprintf(statement, kStatement, "update %s set %s=\"%s\" where %s = %u;",
                                    target.table, column, text, target.key, key);
-  // A statement that is cut may still be one: for another key, or for all rows.
+  // A statement that was cut could still be valid, for another key or for all rows.
   const bool cut = length < 0 || static_cast<size_t>(length) >= kStatement;
   const int status = cut ? ZELDB_INVALID_ARGUMENT
                          : zel_db_raw_query(handle, statement, static_cast<int>(kStatement), nullptr);
@@ -39,7 +38,7 @@ int set_everywhere(const char* function, const char* column, const char* text, u
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (text == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Doubled<kStatement> value(text, '"');  // as long a text as this leaves no room for the rest
+  const Doubled<kStatement> value(text, '"');  // a text of this length leaves no room for the rest
   int status = ZELDB_OK;
   for (const Target& target : kTargets) {
     status = set_text(handle, function, target, column, value.text(), key);
@@ -50,11 +49,11 @@ int set_everywhere(const char* function, const char* column, const char* text, u
 }  // namespace
 
 int zeldb_update_firmware(uint32_t hardwareId, const char* version) {
-  return set_everywhere(__func__, "VersionString", version, hardwareId);
+  return set_everywhere("zeldb_update_firmware", "VersionString", version, hardwareId);
 }
 
 int zeldb_update_firmware_release_date(uint32_t hardwareId, const char* releaseDate) {
-  return set_everywhere(__func__, "ReleaseDate", releaseDate, hardwareId);
+  return set_everywhere("zeldb_update_firmware_release_date", "ReleaseDate", releaseDate, hardwareId);
 }
 
 int zeldb_get_firmware_version(int hardwareId, char* buffer, int size) {
@@ -62,13 +61,12 @@ int zeldb_get_firmware_version(int hardwareId, char* buffer, int size) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (buffer == nullptr || size <= 0) return ZELDB_INVALID_ARGUMENT;
-  const Filter<32> filter("%s=%d", "HardwareId", hardwareId);
+  const Filter<32> filter("HardwareId=%d", hardwareId);
   Result result;
-  int status = query(handle, {.table = kImages, .columns = kColumns, .where = filter}, result);
+  int status = query(handle, {.table = tables::kImages, .columns = kColumns, .where = filter}, result);
   if (status != ZELDB_OK || !result) return status;
   if (result.row_count() != 1) return ZELDB_NO_MATCH;
-  status = result.step();
-  if (status != ZELDB_ROW) return status;
+  if (const auto ended = result.no_row()) return *ended;
   char version[32] = {};
   status = result.row().text(0, version);
   if (status == ZELDB_OK) std::strncpy(buffer, version, static_cast<size_t>(size));

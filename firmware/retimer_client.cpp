@@ -25,7 +25,7 @@ using std::chrono::milliseconds;
 
 constexpr const char* kUpdate = "retimer_update_fw";
 constexpr const char* kProgress = "retimer_get_fw_update_progress";
-constexpr const char* kExchange = "retimer_hal_proxy";  // the name that log readers know
+constexpr const char* kExchange = "retimer_hal_proxy";  // the name in the log
 
 constexpr size_t kHeaderSize = 19;  // of both directions: the payload's length comes first
 constexpr size_t kResultOffset = 7;
@@ -63,7 +63,7 @@ Message message_of(const retimer_fw_req_t& request) {
   return message;
 }
 
-// Of the two strerror_r one reports by its result.
+// There are two versions of strerror_r; one returns the text.
 [[maybe_unused]] const char* error_text(const char* text, const char* /*buffer*/) {
   return text;
 }
@@ -85,7 +85,7 @@ bool connect_to(const Descriptor& client, const char* path) {
 
 enum class Waited { Ready, Failed, TimedOut };
 
-// poll and not select, which takes no descriptors from 1024 on. Signals do not prolong the wait.
+// Uses poll, since select takes no descriptors from 1024 on. Signals do not prolong the wait.
 Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
   using std::chrono::steady_clock;
   const auto deadline = steady_clock::now() + timeout;
@@ -99,7 +99,7 @@ Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
   return ready < 0 || (wanted.revents & POLLNVAL) != 0 ? Waited::Failed : Waited::Ready;
 }
 
-// SO_RCVTIMEO for each read, SO_SNDTIMEO for a connect that a full queue keeps waiting.
+// SO_RCVTIMEO bounds each read, SO_SNDTIMEO a connect to a proxy whose queue is full.
 void bound(const Descriptor& client, int option, milliseconds timeout) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
   timeval time = {};
@@ -108,8 +108,8 @@ void bound(const Descriptor& client, int option, milliseconds timeout) {
   setsockopt(client.get(), SOL_SOCKET, option, &time, sizeof(time));
 }
 
-// A read that a signal interrupts has failed: made again it would have its whole time again, and a proxy that
-// says nothing more would never be given up.
+// A read that a signal interrupts has failed. If it were repeated it would get its whole time again, and a
+// process with regular signals would wait for a silent proxy for ever.
 bool skip(const Descriptor& client, size_t length) {
   unsigned char piece[kPiece];
   while (length > 0) {
@@ -122,7 +122,7 @@ bool skip(const Descriptor& client, size_t length) {
 
 bool read_reply(const Descriptor& client, int32_t& result) {
   unsigned char header[kHeaderSize];
-  // In one piece, or it is none.
+  // The header has to come in one piece.
   if (read(client.get(), header, sizeof(header)) != static_cast<ssize_t>(sizeof(header))) return false;
   if (!skip(client, little_endian(header, 2))) return false;
   result = static_cast<int32_t>(little_endian(header + kResultOffset, 4));
@@ -172,7 +172,7 @@ int RetimerClient::update(const retimer_fw_req_t& request) const {
 int RetimerClient::progress(uint32_t slot, retimer_fw_progress_t& progress) const {
   const SharedFile file(endpoint_.state_path, Links::Refuse);
   if (!file.is_open()) {
-    // "raid" is what log readers look for.
+    // The word "raid" is part of the message.
     syslog_info("%s, open raid update progress file failed\n\n", kProgress);
     return -1;
   }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <span>
 
+#include "db/codes.h"
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
 #include "db/syslog_info.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "zeldb/db.h"
 #include "zeldb/firmware.h"
@@ -13,31 +15,31 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_PCIVpdInfo;
+using Vpd = _ZELDB_PCIVpdInfo;
 
 constexpr const char* kFunction = "zeldb_insert_or_update_vpd_info";
-constexpr uint32_t kPciFunction = 3;
 
-constexpr FieldTable kCardName{ZELDB_FIELD_AS(R, ProductName, "CardName")};
+constexpr FieldTable kCardName{ZELDB_FIELD_AS(Vpd, ProductName, "CardName")};
 // The part number of a card is its FRU number.
-constexpr FieldTable kTexts{ZELDB_FIELD(R, UUID),        ZELDB_FIELD(R, ProductName),
-                            ZELDB_FIELD(R, Manufacture), ZELDB_FIELD(R, SerialNo),
-                            ZELDB_FIELD(R, FRUNo),       ZELDB_FIELD_AS(R, FRUNo, "PartNo"),
-                            ZELDB_FIELD(R, Model)};
+constexpr FieldTable kTexts{ZELDB_FIELD(Vpd, UUID),        ZELDB_FIELD(Vpd, ProductName),
+                            ZELDB_FIELD(Vpd, Manufacture), ZELDB_FIELD(Vpd, SerialNo),
+                            ZELDB_FIELD(Vpd, FRUNo),       ZELDB_FIELD_AS(Vpd, FRUNo, "PartNo"),
+                            ZELDB_FIELD(Vpd, Model)};
 constexpr std::span<const Field> kUuid = std::span(kTexts.fields).first(1);
 constexpr std::span<const Field> kAlways = std::span(kTexts.fields).subspan(1, 5);
 constexpr std::span<const Field> kModel = std::span(kTexts.fields).last(1);
 
-void name_card(_zel_db_handle_t* handle, ContentValues& values, uint32_t function_key, const R& record) {
+void name_card(_zel_db_handle_t* handle, ContentValues& values, uint32_t function_key, const Vpd& record) {
   values.put(kCardName.fields, &record, EmptyText::AsText);
-  const Filter<64> selector("%s=%u", "PCIFuncKey", function_key);
-  if (!values.is_complete() || update_db_record(handle, "PCIAdapter", selector, values.get(), nullptr) < 1) {
+  const Filter<64> selector("PCIFuncKey=%u", function_key);
+  if (!values.is_complete() ||
+      update_db_record(handle, tables::kAdapters, selector, values.get(), nullptr) < 1) {
     syslog_info("%s: Failed to update PCI Adapter name, where:%s\n\n", kFunction,
                 static_cast<const char*>(selector));
   }
 }
 
-void put_vpd(ContentValues& values, uint32_t function_key, uint32_t pci_key, const R& record) {
+void put_vpd(ContentValues& values, uint32_t function_key, uint32_t pci_key, const Vpd& record) {
   values.put(kUuid, &record, EmptyText::LeftOut);
   values.put(kAlways, &record, EmptyText::AsText);
   values.put_uint("HardwareId", function_key);
@@ -55,14 +57,15 @@ int zeldb_insert_or_update_vpd_info(uint32_t functionKey, uint32_t pciKey, const
   if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
   ContentValues values(handle, kFunction);
   if (!values) return values.no_memory();
-  R vpd = *record;
+  Vpd vpd = *record;
   terminate_texts(kTexts.fields, &vpd);
   name_card(handle, values, functionKey, vpd);
   values.clear();
   put_vpd(values, functionKey, pciKey, vpd);
   if (!values.is_complete()) return values.no_memory();
-  const Filter<64> selector("%s=%u", "HardwareId", functionKey);
-  if (insert_or_update_db_record(handle, "VPDs", selector, values.get(), nullptr) >= 1) return ZELDB_OK;
+  const Filter<64> selector("HardwareId=%u", functionKey);
+  if (insert_or_update_db_record(handle, tables::kVpds, selector, values.get(), nullptr) >= 1)
+    return ZELDB_OK;
   syslog_info("%s: Failed to insert/update PCI VPD info, where:%s\n\n", kFunction,
               static_cast<const char*>(selector));
   return ZELDB_FAILED;

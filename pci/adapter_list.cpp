@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <span>
 
 #include "db/code_text.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "pci/connector_text.h"
 #include "pci/hardware_location.h"
 #include "pci/slot_type_text.h"
@@ -16,9 +15,8 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_PCI_Adapter;
+using Adapter = _ZELDB_PCI_Adapter;
 
-constexpr const char* kAdapters = "PCIAdapter";
 constexpr const char* kGrouped[] = {"PCIKey",   "NodeNo",       "SlotNo",        "SegNo",    "BusNo",
                                     "DeviceNo", "HealthStatus", "ConnectorType", "CardName", "AIMSupported",
                                     "Location", "PCIFuncKey",   "count(*)"};
@@ -37,7 +35,8 @@ enum Column {
   kFunctionKey,
   kFunctionCount
 };
-// An aggregate without a group has one row always, so the question whether rows exist is asked without it.
+// Without a group an aggregate always has one row, so it is left out where the question is whether rows
+// exist.
 constexpr std::span<const char* const> kUngrouped = std::span(kGrouped).first(kFunctionCount);
 
 constexpr const char* kHiddenCard = "Hot Swap SSD";
@@ -47,17 +46,13 @@ constexpr uint8_t kNoPackage = 0xFF;
 
 class NcsiIds {
  public:
-  NcsiIds() {
-    _ZELDB_NCSI_Id_List list = {};
-    if (zeldb_get_ncsi_id_list(&list) != ZELDB_OK) return;
-    items_.reset(list.Items);
-    count_ = list.Count;
-  }
+  // None when they cannot be read.
+  NcsiIds() { zeldb_get_ncsi_id_list(ids_.out()); }
 
-  void join(R& adapter) const {
+  void join(Adapter& adapter) const {
     adapter.NCSIPresent = 0;
     adapter.PackageID1 = adapter.PackageID2 = kNoPackage;
-    for (const _ZELDB_NCSI_Id& id : std::span(items_.get(), count_)) {
+    for (const _ZELDB_NCSI_Id& id : ids_.items()) {
       if (id.Location != adapter.Location || id.SlotNo != adapter.SlotNo) continue;
       adapter.NCSIPresent = 1;
       adapter.PackageID1 = id.PackageID1;
@@ -67,16 +62,12 @@ class NcsiIds {
   }
 
  private:
-  struct Free {
-    void operator()(_ZELDB_NCSI_Id* items) const { std::free(items); }
-  };
-  std::unique_ptr<_ZELDB_NCSI_Id, Free> items_;
-  uint8_t count_ = 0;
+  LocalList<_ZELDB_NCSI_Id_List> ids_;
 };
 
 // The adapter of one group of rows, with what is not part of its record.
 struct Group {
-  R record;
+  Adapter record;
   uint32_t function_key;
   uint32_t functions;
 };
@@ -90,9 +81,9 @@ bool read_connector_code(const Row& row, uint16_t& code) {
   return true;
 }
 
-// False when a column cannot be read: the adapter is then left out.
+// False if a column cannot be read; the adapter is then left out.
 bool read_group(const Row& row, Group& group) {
-  R& record = group.record;
+  Adapter& record = group.record;
   const struct {
     int column;
     uint16_t* value;
@@ -111,18 +102,18 @@ bool read_group(const Row& row, Group& group) {
          row.read(kAimSupported, record.AIMSupported) == ZELDB_OK;
 }
 
-// A function that the inventory itself knows makes the adapter that inventory's.
-void promote(_zel_db_handle_t* handle, R& record) {
+// An adapter with a function that the adapter inventory supports belongs to that inventory.
+void promote(_zel_db_handle_t* handle, Adapter& record) {
   if (record.AIMSupported != kAimByMerge) return;
-  const Filter<64> filter("%s=%d AND %s=%d", "PCIKey", static_cast<int>(record.PCIKey), "AIMSupported",
-                          kAimByInventory);
+  const Filter<64> filter("PCIKey=%d AND AIMSupported=%d", static_cast<int>(record.PCIKey), kAimByInventory);
   Result result;
-  const int status = query(handle, {.table = kAdapters, .columns = kUngrouped, .where = filter}, result);
+  const int status =
+      query(handle, {.table = tables::kAdapters, .columns = kUngrouped, .where = filter}, result);
   if (status == ZELDB_OK && result.next()) record.AIMSupported = kAimByInventory;
 }
 
-// This card announces only one of its two controllers by name.
-void correct_card_name(const Group& group, R& record) {
+// The name of this card tells only one of its two controllers.
+void correct_card_name(const Group& group, Adapter& record) {
   static constexpr const char* kCombined =
       "Broadcom 57416 10GBASE-T 2-port + 5720 1GbE 2-port OCP Ethernet Adapter";
   if (std::strncmp(record.CardName, "Broadcom 57", 11) != 0 ||
@@ -136,7 +127,7 @@ void correct_card_name(const Group& group, R& record) {
   if (combined) copy_text(record.CardName, kCombined);
 }
 
-void set_connector_text(_zel_db_handle_t* handle, uint32_t function_key, R& record) {
+void set_connector_text(_zel_db_handle_t* handle, uint32_t function_key, Adapter& record) {
   const char* text = nullptr;
   if (record.AIMSupported == kAimByInventory) {
     if (record.ConnectorType == 0) {
@@ -152,9 +143,9 @@ void set_connector_text(_zel_db_handle_t* handle, uint32_t function_key, R& reco
   copy_text(record.ConnectorTypeText, text);
 }
 
-Next take_adapter(_zel_db_handle_t* handle, const NcsiIds& ncsi, const Row& row, R& adapter) {
+Next take_adapter(_zel_db_handle_t* handle, const NcsiIds& ncsi, const Row& row, Adapter& adapter) {
   Group group = {};
-  R& record = group.record;
+  Adapter& record = group.record;
   if (!read_group(row, group)) return Next::Skip;
   promote(handle, record);
   if (row.read(kLocation, record.Location) != ZELDB_OK) return Next::Skip;
@@ -178,7 +169,7 @@ int zeldb_get_ncsi_id_list(_ZELDB_NCSI_Id_List* list) {
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   Result result;
-  const int status = query(handle, {.table = "NCSIPackageID", .columns = kColumns}, result);
+  const int status = query(handle, {.table = tables::kNcsiIds, .columns = kColumns}, result);
   if (status != ZELDB_OK) return status;
   *list = {};
   if (!result) return ZELDB_OK;
@@ -197,13 +188,15 @@ int zeldb_get_pci_adapter_list(_ZELDB_PCI_Adapter_List* list) {
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   *list = {};
   _zel_db_handle_t* const handle = connection.get();
-  const Filter<128> grouped("1 GROUP BY %s", "PCIKey");
+  const Filter<128> grouped("1 GROUP BY PCIKey");
   Result result;
-  const int status = query(handle, {.table = kAdapters, .columns = kGrouped, .where = grouped}, result);
+  const int status =
+      query(handle, {.table = tables::kAdapters, .columns = kGrouped, .where = grouped}, result);
   if (status != ZELDB_OK || !result) return status;
-  MallocArray<R> adapters;
+  MallocArray<Adapter> adapters;
   if (!make_room(result, adapters)) return ZEL_DB_STATUS_NO_MEMORY;
   const NcsiIds ncsi;
-  return collect_into(adapters, result, list,
-                      [&](const Row& row, R& adapter) { return take_adapter(handle, ncsi, row, adapter); });
+  return collect_into(adapters, result, list, [&](const Row& row, Adapter& adapter) {
+    return take_adapter(handle, ncsi, row, adapter);
+  });
 }

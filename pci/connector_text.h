@@ -10,8 +10,8 @@
 
 namespace zeldb {
 
-// Connector layout codes of adapters and of physical ports agree on the sockets and on the maker's own
-// connectors, and differ in between and above.
+// The connector layout codes of adapters and of physical ports agree on the sockets and on the vendor's own
+// connectors. They differ between and above these.
 inline constexpr CodeText kSocketConnectors[] = {
     {2, "RS232"},
     {3, "BNC"},
@@ -38,7 +38,7 @@ inline constexpr CodeText kMakerConnectors[] = {
     {kConnectorOnboard, "Onboard"},
 };
 
-// One table of the parts, in their order.
+// Joins the parts into one table, in order.
 template <size_t... N>
 constexpr auto joined(const CodeText (&... parts)[N]) {
   std::array<CodeText, (N + ...)> table{};

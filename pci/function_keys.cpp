@@ -1,30 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdint>
 
+#include "db/codes.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "zeldb/pci.h"
 
 using namespace zeldb;
 
 namespace {
 
-constexpr const char* kFunctions = "PCIs";
-constexpr const char* kAdapters = "PCIAdapter";
 constexpr const char* kFunctionKey[] = {"FunKey"};
 constexpr const char* kAdapterFunctions[] = {"DISTINCT PCIFuncKey", "AIMSupported"};
-
-constexpr int kIntel = 0x8086;
-constexpr int kRaidController = 0x010400;
 
 Next take_key(const Row& row, uint32_t& key) {
   return row.read(0, key) == 0 ? Next::Keep : Next::Skip;
 }
 
 Filter<156> adapter_filter(int pciKey) {
-  if (pciKey != 0) return Filter<156>("%s=%d", "PCIKey", pciKey);
-  return Filter<156>("%s in (select %s from %s where %s=%d and %s=%d and %s!=0)", "PCIKey", "DevKey",
-                     kFunctions, "VendorId", kIntel, "ClsCode", kRaidController, "SlotNo");
+  if (pciKey != 0) return Filter<156>("PCIKey=%d", pciKey);
+  return Filter<156>("PCIKey in (select DevKey from PCIs where VendorId=%d and ClsCode=%d and SlotNo!=0)",
+                     kIntel, kRaidController);
 }
 
 constexpr bool lists_adapter_rows(int pciKey, uint8_t aimSupported) {
@@ -38,10 +35,9 @@ int zeldb_get_pci_keys(_ZELDB_PCI_FunKey_List* list, char* filter) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   using Statement = Filter<160>;
-  const Statement statement =
-      filter != nullptr
-          ? Statement("select %s from %s where %s group by %s;", "DevKey", kFunctions, filter, "DevKey")
-          : Statement("select %s from %s group by %s;", "DevKey", kFunctions, "DevKey");
+  const Statement statement = filter != nullptr
+                                  ? Statement("select DevKey from PCIs where %s group by DevKey;", filter)
+                                  : Statement("select DevKey from PCIs group by DevKey;");
   list->Count = 0;
   Result result;
   const int status = zel_db_raw_query(handle, statement, Statement::capacity(), result.out());
@@ -61,13 +57,13 @@ int zeldb_get_pci_funkey_list_by_filter(char* filter, char* orderBy, _ZELDB_PCI_
   if (handle == nullptr || filter == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   return read_list(handle, list,
-                   {.table = kFunctions, .columns = kFunctionKey, .where = filter, .order = orderBy},
+                   {.table = tables::kFunctions, .columns = kFunctionKey, .where = filter, .order = orderBy},
                    take_key);
 }
 
 int zeldb_get_pci_funkey_list_by_slot(int location, int slotNo, _ZELDB_PCI_FunKey_List* list) {
-  Filter<48> filter("%s=%d AND %s=%d", "Location", location, "SlotNo", slotNo);
-  Filter<16> order("%s ASC", "FunKey");
+  Filter<48> filter("Location=%d AND SlotNo=%d", location, slotNo);
+  Filter<16> order("FunKey ASC");
   return zeldb_get_pci_funkey_list_by_filter(filter.text(), order.text(), list);
 }
 
@@ -78,10 +74,10 @@ int zeldb_get_pci_funkey_list(int pciKey, _ZELDB_PCI_FunKey_List* list) {
   *list = {};
   const Filter<156> filter = adapter_filter(pciKey);
   Result result;
-  int status = query(handle, {.table = kAdapters, .columns = kAdapterFunctions, .where = filter}, result);
+  int status =
+      query(handle, {.table = tables::kAdapters, .columns = kAdapterFunctions, .where = filter}, result);
   if (status != ZELDB_OK || !result) return status;
-  status = result.step();
-  if (status != ZELDB_ROW) return status;
+  if (const auto ended = result.no_row()) return *ended;
 
   int32_t first = 0;
   uint8_t supported = 0;
@@ -92,8 +88,8 @@ int zeldb_get_pci_funkey_list(int pciKey, _ZELDB_PCI_FunKey_List* list) {
     return collect(result, list, take_key);
   }
   result.free();
-  const Filter<156> confirmed("%s=%d and %s=%d", "DevKey", pciKey, "FunKey", first);
-  return read_list(handle, list, {.table = kFunctions, .columns = kFunctionKey, .where = confirmed},
+  const Filter<156> confirmed("DevKey=%d and FunKey=%d", pciKey, first);
+  return read_list(handle, list, {.table = tables::kFunctions, .columns = kFunctionKey, .where = confirmed},
                    take_key);
 }
 
@@ -105,7 +101,8 @@ int zeldb_get_pci_function_oob_type(unsigned int funKey, unsigned int* aimSuppor
   if (aimSupported != nullptr) *aimSupported = 0;
   if (oobSrc != nullptr) *oobSrc = 0;
   const _zel_db_param_t key[] = {bound(funKey)};
-  return read_one(handle, {.table = kAdapters, .columns = kColumns, .where = "PCIFuncKey=?", .params = key},
+  return read_one(handle,
+                  {.table = tables::kAdapters, .columns = kColumns, .where = "PCIFuncKey=?", .params = key},
                   [&](const Row& row) {
                     int status = ZELDB_OK;
                     if (aimSupported != nullptr) status = row.read(0, *aimSupported);
@@ -122,7 +119,8 @@ int zeldb_get_pci_function_type(unsigned int funKey, unsigned int* type) {
   if (type == nullptr) return ZELDB_INVALID_ARGUMENT;
   *type = kUnknownType;
   const _zel_db_param_t key[] = {bound(funKey)};
-  return read_one(handle, {.table = kFunctions, .columns = kColumns, .where = "FunKey=?", .params = key},
+  return read_one(handle,
+                  {.table = tables::kFunctions, .columns = kColumns, .where = "FunKey=?", .params = key},
                   [&](const Row& row) { return row.read(0, *type); });
 }
 
@@ -132,11 +130,12 @@ int zeldb_get_pci_hardwareidtype_by_funkey(unsigned int funKey, unsigned int* ha
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (hardwareId == nullptr || hardwareTypeId == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d", "FunKey", static_cast<int>(funKey));
-  return read_one(handle, {.table = kFunctions, .columns = kColumns, .where = filter}, [&](const Row& row) {
-    *hardwareId = row.number(0);
-    *hardwareTypeId = row.number<uint8_t>(1);
-  });
+  const Filter<128> filter("FunKey=%d", static_cast<int>(funKey));
+  return read_one(handle, {.table = tables::kFunctions, .columns = kColumns, .where = filter},
+                  [&](const Row& row) {
+                    *hardwareId = row.number(0);
+                    *hardwareTypeId = row.number<uint8_t>(1);
+                  });
 }
 
 int zeldb_get_pci_id_by_funkey(int funKey, uint16_t* vendor, uint16_t* device, uint16_t* subVendor,
@@ -148,9 +147,10 @@ int zeldb_get_pci_id_by_funkey(int funKey, uint16_t* vendor, uint16_t* device, u
   for (const uint16_t* output : outputs) {
     if (output == nullptr) return ZELDB_INVALID_ARGUMENT;
   }
-  const Filter<128> filter("%s=%d", "FunKey", funKey);
+  const Filter<128> filter("FunKey=%d", funKey);
   Result result;
-  const int status = query(handle, {.table = kFunctions, .columns = kColumns, .where = filter}, result);
+  const int status =
+      query(handle, {.table = tables::kFunctions, .columns = kColumns, .where = filter}, result);
   if (status == ZELDB_OK && result.next()) {
     int column = 0;
     for (uint16_t* output : outputs) result.row().read(column++, *output);
@@ -164,6 +164,7 @@ int zeldb_get_pci_cardname_by_funkey(unsigned int funKey, char* buffer, int size
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (buffer == nullptr || size <= 0) return ZELDB_INVALID_ARGUMENT;
   const _zel_db_param_t key[] = {bound(funKey)};
-  return read_one(handle, {.table = kAdapters, .columns = kColumns, .where = "PCIFuncKey=?", .params = key},
+  return read_one(handle,
+                  {.table = tables::kAdapters, .columns = kColumns, .where = "PCIFuncKey=?", .params = key},
                   [&](const Row& row) { return row.text(0, buffer, static_cast<size_t>(size)); });
 }

@@ -3,6 +3,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "zeldb/pci.h"
 
 using namespace zeldb;
@@ -68,10 +69,10 @@ int zeldb_get_pci_gpu_list(_ZELDB_PCI_GPU_List* list) {
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   *list = {};
-  const Filter<128> in_slots("((%s=%d OR %s=%d) AND (%s=%d))", "FunType", 4, "FunType", 16, "Location", 1);
+  const Filter<128> in_slots("((FunType=%d OR FunType=%d) AND (Location=%d))", 4, 16, 1);
   Result result;
-  const int status =
-      query(handle, {.table = "PCIs", .columns = kFunctionFields.columns, .where = in_slots}, result);
+  const int status = query(
+      handle, {.table = tables::kFunctions, .columns = kFunctionFields.columns, .where = in_slots}, result);
   if (status != ZELDB_OK || !result || result.row_count() == 0) return status;
   // The running index is one byte, and wraps.
   return collect<uint8_t>(result, list, [](const Row& row, Function& function) {
@@ -84,24 +85,25 @@ int zeldb_get_gpu_device_info(unsigned int funKey, _ZELDB_GPU_Device_Info* recor
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d", "PCIFuncKey", static_cast<int>(funKey));
-  return read_one(
-      handle, {.table = "PCIGPU", .columns = kDeviceFields.columns, .where = filter}, [&](const Row& row) {
-        row.fill(kDeviceFields.fields, record);
-        copy_text(record->VideoMemoryTypeText, text_of(kMemoryTypes, record->VideoMemoryType, "Unknown"));
-      });
+  const Filter<128> filter("PCIFuncKey=%d", static_cast<int>(funKey));
+  return read_one(handle, {.table = tables::kGpus, .columns = kDeviceFields.columns, .where = filter},
+                  [&](const Row& row) {
+                    row.fill(kDeviceFields.fields, record);
+                    copy_text(record->VideoMemoryTypeText,
+                              text_of(kMemoryTypes, record->VideoMemoryType, "Unknown"));
+                  });
 }
 
 int zeldb_get_gpu_chip_list(unsigned int funKey, _ZELDB_GPU_Chip_List* list) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d", "PCIFuncKey", static_cast<int>(funKey));
-  return read_list(handle, list, {.table = "PCIGPUChip", .columns = kChipFields.columns, .where = filter},
-                   [](const Row& row, Chip& chip) {
-                     row.fill(kChipFields.fields, &chip);
-                     copy_text(chip.GPUChipFormFactorText,
-                               text_of(kFormFactors, chip.GPUChipFormFactor, "Unknown"));
-                     return Next::Keep;
-                   });
+  const Filter<128> filter("PCIFuncKey=%d", static_cast<int>(funKey));
+  return read_list(
+      handle, list, {.table = tables::kGpuChips, .columns = kChipFields.columns, .where = filter},
+      [](const Row& row, Chip& chip) {
+        row.fill(kChipFields.fields, &chip);
+        copy_text(chip.GPUChipFormFactorText, text_of(kFormFactors, chip.GPUChipFormFactor, "Unknown"));
+        return Next::Keep;
+      });
 }

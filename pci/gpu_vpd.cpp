@@ -3,9 +3,11 @@
 #include <cstring>
 #include <exception>
 
+#include "db/codes.h"
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "pci/gpu_property.h"
 #include "platform/propdb.h"
 #include "zeldb/db.h"
@@ -15,32 +17,27 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_PCIVpdInfo;
+using Vpd = _ZELDB_PCIVpdInfo;
 
-constexpr FieldTable kTexts{ZELDB_FIELD(R, UUID),        ZELDB_FIELD(R, ProductName),
-                            ZELDB_FIELD(R, Manufacture), ZELDB_FIELD(R, SerialNo),
-                            ZELDB_FIELD(R, PartNo),      ZELDB_FIELD(R, Model),
-                            ZELDB_FIELD(R, FRUNo)};
+constexpr FieldTable kTexts{ZELDB_FIELD(Vpd, UUID),        ZELDB_FIELD(Vpd, ProductName),
+                            ZELDB_FIELD(Vpd, Manufacture), ZELDB_FIELD(Vpd, SerialNo),
+                            ZELDB_FIELD(Vpd, PartNo),      ZELDB_FIELD(Vpd, Model),
+                            ZELDB_FIELD(Vpd, FRUNo)};
 // The item of the property store that completes each text, in the same order.
 constexpr const char* kItems[] = {"uuid", "model", "mfgr", "sn", "pn", "model", "fru"};
 static_assert(std::size(kItems) == kTexts.fields.size());
 
-constexpr int kPciFunction = 3;
 constexpr int kRefused = -1;
 constexpr int kNotPublished = -2;
 
-// Failures in a row after which the store is not asked any more: a controller that publishes nothing would be
-// asked for every item of every slot.
+// After more failures in a row the store is not asked any more, so that a controller that publishes nothing
+// is not asked for every item of every slot.
 constexpr int kMostFailures = 32;
 std::atomic<int> failures{0};
 
 }  // namespace
 
 namespace zeldb {
-
-bool is_missing(const char* text) {
-  return text[0] == '\0' || std::strcmp(text, "N/A") == 0;
-}
 
 int read_gpu_property(const char* base, const char* item, unsigned slot, char* out, size_t size) {
   if (base == nullptr || item == nullptr || failures > kMostFailures) return kRefused;
@@ -74,7 +71,7 @@ void set_missing_gpu_vpd_info(_ZELDB_PCIVpdInfo* record, unsigned int slotNo,
     try {
       changes[field.column] = text;
     } catch (const std::exception&) {
-      // Completed in the record alone.
+      // The record is complete; the table is completed by a later call.
     }
   }
 }
@@ -90,17 +87,17 @@ int zeldb_get_pci_vpd_info(unsigned int funKey, _ZELDB_PCIVpdInfo* record) {
   if (zeldb_get_pci_hardwareidtype_by_funkey(funKey, &hardware_id, &hardware_type) != ZELDB_OK) {
     return ZELDB_INVALID_ARGUMENT;
   }
-  const Filter<128> filter("%s=%d AND %s=%d", "HardwareId", static_cast<int>(hardware_id), "HardwareTypeId",
+  const Filter<128> filter("HardwareId=%d AND HardwareTypeId=%d", static_cast<int>(hardware_id),
                            kPciFunction);
   uint32_t slot = 0;
-  const OneRow vpd =
-      look_for_one(handle, {.table = "VPDs", .columns = kColumns, .where = filter}, [&](const Row& row) {
-        slot = row.number(0);
-        row.fill(kTexts.fields, record, 1);
-      });
+  const OneRow vpd = look_for_one(handle, {.table = tables::kVpds, .columns = kColumns, .where = filter},
+                                  [&](const Row& row) {
+                                    slot = row.number(0);
+                                    row.fill(kTexts.fields, record, 1);
+                                  });
   if (!vpd.found) return vpd.status;
   std::map<std::string, std::string> changes;
   set_missing_gpu_vpd_info(record, slot, changes);
-  if (!changes.empty()) update_pci_table("VPDs", changes, slot);
+  if (!changes.empty()) update_pci_table(tables::kVpds, changes, slot);
   return ZELDB_OK;
 }

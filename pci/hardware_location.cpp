@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pci/hardware_location.h"
 
+#include "db/codes.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "pci/connector_text.h"
 
 namespace zeldb {
@@ -10,13 +12,13 @@ namespace zeldb {
 int get_pci_hwtype_location(_zel_db_handle_t* handle, uint32_t funKey, uint8_t* hardwareType,
                             uint32_t* location) {
   static constexpr const char* kColumns[] = {"HardwareTypeId", "Location"};
-  static constexpr uint8_t kPciFunction = 3;
   if (handle == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d", "FunKey", static_cast<int>(funKey));
-  return read_one(handle, {.table = "PCIs", .columns = kColumns, .where = filter}, [&](const Row& row) {
-    *hardwareType = row.number<uint8_t>(0, kPciFunction);
-    *location = row.number(1);
-  });
+  const Filter<128> filter("FunKey=%d", static_cast<int>(funKey));
+  return read_one(handle, {.table = tables::kFunctions, .columns = kColumns, .where = filter},
+                  [&](const Row& row) {
+                    *hardwareType = row.number<uint8_t>(0, kPciFunction);
+                    *location = row.number(1);
+                  });
 }
 
 uint32_t connector_by_location(_zel_db_handle_t* handle, uint32_t funKey) {

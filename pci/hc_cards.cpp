@@ -3,7 +3,8 @@
 
 using namespace zeldb;
 
-// Vendor, device, subsystem vendor, subsystem device, name, secondary text, maker, board power in watts.
+// Vendor, device, subsystem vendor, subsystem device, name, secondary text, manufacturer, board power in
+// watts.
 constexpr _ZELDB_HC_Card hc_card_table[ZELDB_HC_CARD_COUNT] = {
     {0x10de, 0x06d1, 0x10de, 0x0771, "Tesla C2050", "N/A", "NVIDIA Corporation", 240},
     {0x10de, 0x06d1, 0x10de, 0x0772, "Tesla C2070", "N/A", "NVIDIA Corporation", 240},

@@ -5,6 +5,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "platform/vrel_log.h"
 #include "zeldb/pci.h"
@@ -13,15 +14,15 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_PhysicalPort_LinkState;
+using LinkState = _ZELDB_PhysicalPort_LinkState;
 
-constexpr FieldTable kFields{ZELDB_FIELD(R, Idx), ZELDB_FIELD(R, LinkStatus), ZELDB_FIELD(R, LinkSpeed),
-                             ZELDB_FIELD(R, TxUtil), ZELDB_FIELD(R, RxUtil)};
+constexpr FieldTable kFields{ZELDB_FIELD(LinkState, Idx), ZELDB_FIELD(LinkState, LinkStatus),
+                             ZELDB_FIELD(LinkState, LinkSpeed), ZELDB_FIELD(LinkState, TxUtil),
+                             ZELDB_FIELD(LinkState, RxUtil)};
 constexpr auto kWritten = std::span(kFields.fields).subspan(1);
-constexpr const char* kStatistics = "PCIPhysicalPortStat";
 constexpr int kOnlyPort = -1;
 
-void log_refused(const std::string& filter, const R& state, int status) {
+void log_refused(const std::string& filter, const LinkState& state, int status) {
   vrel_log::logErr(
       "zeldb_set_network_physical_port_state failed, filter: %s, value: %s(0x%x) %s(0x%x) %s(0x%x) %s(0x%x), "
       "ret: "
@@ -30,14 +31,14 @@ void log_refused(const std::string& filter, const R& state, int status) {
       kWritten[2].column, state.TxUtil, kWritten[3].column, state.RxUtil, status);
 }
 
-int write_state(_zel_db_handle_t* handle, unsigned int funKey, const R& state, int portIndex) {
-  // Log readers know it by this name.
+int write_state(_zel_db_handle_t* handle, unsigned int funKey, const LinkState& state, int portIndex) {
+  // The log has always shown this name.
   ContentValues values(handle, "zeldb_set_network_physical_port_state");
   if (!values) return values.no_memory();
   values.put(kWritten, &state, EmptyText::AsText);
   std::string filter = " PCIFuncKey='" + std::to_string(funKey) + "'";
   if (portIndex != kOnlyPort) filter += " AND  Idx='" + std::to_string(portIndex) + "'";
-  const int status = values.update(kStatistics, filter.c_str());
+  const int status = values.update(tables::kPortStatistics, filter.c_str());
   if (status != ZELDB_OK) log_refused(filter, state, status);
   return status;
 }
@@ -50,10 +51,10 @@ int zeldb_get_network_physical_port_link_state(unsigned int funKey, _ZELDB_Physi
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (state == nullptr) return ZELDB_INVALID_ARGUMENT;
   const int key = static_cast<int>(funKey);
-  const Filter<128> filter("%s=%d", "PCIFuncKey", key);
+  const Filter<128> filter("PCIFuncKey=%d", key);
   Result result;
   const int status =
-      query(handle, {.table = kStatistics, .columns = kFields.columns, .where = filter}, result);
+      query(handle, {.table = tables::kPortStatistics, .columns = kFields.columns, .where = filter}, result);
   if (status != ZELDB_OK) return status;
   const unsigned rows = result ? result.row_count() : 0;
   const bool any = portIndex == kOnlyPort;
@@ -81,7 +82,7 @@ int zeldb_set_network_physical_port_link_state(unsigned int funKey, _ZELDB_Physi
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (state == nullptr) return ZELDB_INVALID_ARGUMENT;
-  R current = {};
+  LinkState current = {};
   const int status = zeldb_get_network_physical_port_link_state(funKey, &current, portIndex);
   if (status != ZELDB_OK) return status;
   try {

@@ -5,31 +5,32 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "zeldb/pci.h"
 
 using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_LogicalPort;
+using Port = _ZELDB_LogicalPort;
 
-constexpr FieldTable kFields{ZELDB_FIELD(R, MaxDataSize),
-                             ZELDB_FIELD(R, PermanentAddress),
-                             ZELDB_FIELD(R, NetworkAddresses),
-                             ZELDB_FIELD(R, PhyIdx),
-                             ZELDB_FIELD(R, Idx),
-                             ZELDB_CODE_FIELD(R, LinkTechnology, 0),
-                             ZELDB_CODE_FIELD(R, vNICMode, 4),
-                             ZELDB_FIELD(R, MaxSpeed),
-                             ZELDB_FIELD(R, ProtocolType),
-                             ZELDB_FIELD(R, Ethernet),
-                             ZELDB_FIELD(R, FCoEFC),
-                             ZELDB_FIELD(R, iSCSI),
-                             ZELDB_FIELD(R, FCoEPermanentAddress),
-                             ZELDB_FIELD(R, FCoENetworkAddressess),
-                             ZELDB_CODE_FIELD(R, ConnectionType, 0),
-                             ZELDB_CODE_FIELD(R, Role, 0),
-                             ZELDB_FIELD(R, TargetRelativePortNumber)};
+constexpr FieldTable kFields{ZELDB_FIELD(Port, MaxDataSize),
+                             ZELDB_FIELD(Port, PermanentAddress),
+                             ZELDB_FIELD(Port, NetworkAddresses),
+                             ZELDB_FIELD(Port, PhyIdx),
+                             ZELDB_FIELD(Port, Idx),
+                             ZELDB_CODE_FIELD(Port, LinkTechnology, 0),
+                             ZELDB_CODE_FIELD(Port, vNICMode, 4),
+                             ZELDB_FIELD(Port, MaxSpeed),
+                             ZELDB_FIELD(Port, ProtocolType),
+                             ZELDB_FIELD(Port, Ethernet),
+                             ZELDB_FIELD(Port, FCoEFC),
+                             ZELDB_FIELD(Port, iSCSI),
+                             ZELDB_FIELD(Port, FCoEPermanentAddress),
+                             ZELDB_FIELD(Port, FCoENetworkAddressess),
+                             ZELDB_CODE_FIELD(Port, ConnectionType, 0),
+                             ZELDB_CODE_FIELD(Port, Role, 0),
+                             ZELDB_FIELD(Port, TargetRelativePortNumber)};
 constexpr int kPermanentAddress = 1;
 constexpr size_t kShortestAddress = 12;
 
@@ -51,7 +52,7 @@ constexpr const char* kByFunction = "PCIFuncKey";
 constexpr const char* kByAdapter = "PCIKey";
 constexpr int kAnyPhysicalPort = 255;
 
-Next take_port(const Row& row, R& port) {
+Next take_port(const Row& row, Port& port) {
   char address[sizeof(port.PermanentAddress)];
   if (row.text(kPermanentAddress, address) != ZELDB_OK || std::strlen(address) < kShortestAddress)
     return Next::Skip;
@@ -72,9 +73,10 @@ int logical_ports(const char* key_column, unsigned int key, int physical_port,
   const int shown = static_cast<int>(key);
   const Filter<128> filter = physical_port == kAnyPhysicalPort
                                  ? Filter<128>("%s=%d", key_column, shown)
-                                 : Filter<128>("%s=%d AND %s=%d", key_column, shown, "PhyIdx", physical_port);
-  return read_list(handle, list, {.table = "PCILogicalPort", .columns = kFields.columns, .where = filter},
-                   take_port, {.skipped_rows_count = true, .empty_is_not_found = true});
+                                 : Filter<128>("%s=%d AND PhyIdx=%d", key_column, shown, physical_port);
+  return read_list(handle, list,
+                   {.table = tables::kLogicalPorts, .columns = kFields.columns, .where = filter}, take_port,
+                   {.skipped_rows_count = true, .empty_is_not_found = true});
 }
 
 }  // namespace
@@ -84,11 +86,12 @@ int zeldb_get_network_info(unsigned int funKey, _ZELDB_Network_Info* info) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (info == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d", kByFunction, static_cast<int>(funKey));
-  return read_one(handle, {.table = "PCINetwork", .columns = kSums, .where = filter}, [&](const Row& row) {
-    info->NumberofPhysicalPorts = row.number<uint8_t>(0);
-    info->MaxNumberofLogicalPorts = row.number<uint16_t>(1);
-  });
+  const Filter<128> filter("PCIFuncKey=%d", static_cast<int>(funKey));
+  return read_one(handle, {.table = tables::kNetwork, .columns = kSums, .where = filter},
+                  [&](const Row& row) {
+                    info->NumberofPhysicalPorts = row.number<uint8_t>(0);
+                    info->MaxNumberofLogicalPorts = row.number<uint16_t>(1);
+                  });
 }
 
 int zeldb_get_network_logical_port_list(unsigned int funKey, _ZELDB_LogicalPort_List* list) {

@@ -2,6 +2,7 @@
 #include "db/code_text.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "pci/connector_text.h"
 #include "pci/hardware_location.h"
 #include "zeldb/pci.h"
@@ -10,14 +11,14 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_PCI_Misc_Info;
+using Packaging = _ZELDB_PCI_Misc_Info;
 
-constexpr FieldTable kFields{ZELDB_FIELD(R, FoDUid),
-                             ZELDB_FIELD(R, MaxDataWidth),
-                             ZELDB_CODE_FIELD(R, ConnectorLayout, 0),
-                             ZELDB_CODE_FIELD(R, PackageType, 0),
-                             ZELDB_FIELD(R, OtherPackageType),
-                             ZELDB_FIELD(R, AIMSpecVersion)};
+constexpr FieldTable kFields{ZELDB_FIELD(Packaging, FoDUid),
+                             ZELDB_FIELD(Packaging, MaxDataWidth),
+                             ZELDB_CODE_FIELD(Packaging, ConnectorLayout, 0),
+                             ZELDB_CODE_FIELD(Packaging, PackageType, 0),
+                             ZELDB_FIELD(Packaging, OtherPackageType),
+                             ZELDB_FIELD(Packaging, AIMSpecVersion)};
 
 // Package types as CIM_PhysicalPackage numbers them.
 constexpr CodeText kPackageTypes[] = {
@@ -48,14 +49,15 @@ int zeldb_get_pci_misc_info(unsigned int funKey, _ZELDB_PCI_Misc_Info* record) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (record == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d", "PCIFuncKey", static_cast<int>(funKey));
-  return read_one(
-      handle, {.table = "PCIMisc", .columns = kFields.columns, .where = filter}, [&](const Row& row) {
-        row.fill(kFields.fields, record);
-        if (record->ConnectorLayout == 0) {
-          record->ConnectorLayout = static_cast<uint16_t>(connector_by_location(handle, funKey));
-        }
-        copy_text(record->ConnectorLayoutText, pci_connector_type_text(record->ConnectorLayout));
-        copy_text(record->PackageTypeText, text_of(kPackageTypes, record->PackageType, "Unknown"));
-      });
+  const Filter<128> filter("PCIFuncKey=%d", static_cast<int>(funKey));
+  return read_one(handle, {.table = tables::kPackaging, .columns = kFields.columns, .where = filter},
+                  [&](const Row& row) {
+                    row.fill(kFields.fields, record);
+                    if (record->ConnectorLayout == 0) {
+                      record->ConnectorLayout = static_cast<uint16_t>(connector_by_location(handle, funKey));
+                    }
+                    copy_text(record->ConnectorLayoutText, pci_connector_type_text(record->ConnectorLayout));
+                    copy_text(record->PackageTypeText,
+                              text_of(kPackageTypes, record->PackageType, "Unknown"));
+                  });
 }

@@ -8,6 +8,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "pci/connector_text.h"
 #include "zeldb/pci.h"
 
@@ -15,12 +16,12 @@ using namespace zeldb;
 
 namespace {
 
-using R = _ZELDB_PhysicalPort;
+using Port = _ZELDB_PhysicalPort;
 
-constexpr FieldTable kPort{ZELDB_CODE_FIELD(R, ConnectorLayout, 0), ZELDB_FIELD(R, Idx),
-                           ZELDB_FIELD(R, NumberofLogicalPorts), ZELDB_FIELD(R, PermanentAddress)};
-constexpr FieldTable kStatistics{ZELDB_FIELD(R, LinkStatus), ZELDB_FIELD(R, LinkSpeed),
-                                 ZELDB_FIELD(R, TxUtil), ZELDB_FIELD(R, RxUtil)};
+constexpr FieldTable kPort{ZELDB_CODE_FIELD(Port, ConnectorLayout, 0), ZELDB_FIELD(Port, Idx),
+                           ZELDB_FIELD(Port, NumberofLogicalPorts), ZELDB_FIELD(Port, PermanentAddress)};
+constexpr FieldTable kStatistics{ZELDB_FIELD(Port, LinkStatus), ZELDB_FIELD(Port, LinkSpeed),
+                                 ZELDB_FIELD(Port, TxUtil), ZELDB_FIELD(Port, RxUtil)};
 
 constexpr CodeText kReserved[] = {{1, "Reserved"}};
 constexpr CodeText kModules[] = {{0x8005, "SFP+"},   {0x8006, "QSFP+"},   {0x8007, "SFP28"},
@@ -39,14 +40,14 @@ int read_functions(_zel_db_handle_t* handle, const char* key_column, unsigned in
   static constexpr const char* kColumns[] = {"PCIFuncKey", "NumberofPhysicalPorts"};
   const Filter<128> filter("%s=%d", key_column, static_cast<int>(key));
   Result result;
-  int status = query(handle, {.table = "PCINetwork", .columns = kColumns, .where = filter}, result);
+  const int status = query(handle, {.table = tables::kNetwork, .columns = kColumns, .where = filter}, result);
   if (status != ZELDB_OK || !result) return status;
-  const unsigned rows = result.row_count();
-  while ((status = result.step()) == ZELDB_ROW && functions.keys.size() < rows) {
-    functions.keys.push_back(result.row().number(0));
-    functions.ports += result.row().number(1);
-  }
-  return ended_well(status) ? ZELDB_OK : status;
+  return walk(result, result.row_count(),
+              [&functions](const Row& row) {
+                functions.keys.push_back(row.number(0));
+                functions.ports += row.number(1);
+              })
+      .value_or(ZELDB_OK);
 }
 
 class PortList {
@@ -56,9 +57,9 @@ class PortList {
     return items_.allocate(capacity);
   }
 
-  // Nothing, or the status that ends the call.
+  // Returns nothing, or the status that ends the call.
   std::optional<int> append(_zel_db_handle_t* handle, uint32_t function_key) {
-    const Filter<128> filter("%s=%d", "PCIFuncKey", static_cast<int>(function_key));
+    const Filter<128> filter("PCIFuncKey=%d", static_cast<int>(function_key));
     const std::optional<int> ended = append_ports(handle, filter);
     return ended ? ended : append_statistics(handle, filter);
   }
@@ -71,30 +72,29 @@ class PortList {
  private:
   std::optional<int> append_ports(_zel_db_handle_t* handle, const char* filter) {
     Result result;
-    int status =
-        query(handle, {.table = "PCIPhysicalPort", .columns = kPort.columns, .where = filter}, result);
+    const int status =
+        query(handle, {.table = tables::kPhysicalPorts, .columns = kPort.columns, .where = filter}, result);
     if (status != ZELDB_OK) return status;
     if (!result) return std::nullopt;
-    while ((status = result.step()) == ZELDB_ROW && ports_ < capacity_) {
-      R& port = items_[ports_++];
-      result.row().fill(kPort.fields, &port);
+    return walk(result, capacity_ - ports_, [this](const Row& row) {
+      Port& port = items_[ports_++];
+      row.fill(kPort.fields, &port);
       copy_text(port.ConnectorLayoutText, text_of(kConnectors, port.ConnectorLayout, "Unknown"));
-    }
-    return ended_well(status) ? std::nullopt : std::optional(status);
+    });
   }
 
-  // Paired with the ports by their place among all statistics read so far, whatever function they belong to.
+  // Statistics are paired with ports by position, counted over all functions.
   std::optional<int> append_statistics(_zel_db_handle_t* handle, const char* filter) {
     Result result;
     const int status = query(
-        handle, {.table = "PCIPhysicalPortStat", .columns = kStatistics.columns, .where = filter}, result);
+        handle, {.table = tables::kPortStatistics, .columns = kStatistics.columns, .where = filter}, result);
     if (status != ZELDB_OK) return status;
     while (statistics_ < capacity_ && result.next())
       result.row().fill(kStatistics.fields, &items_[statistics_++]);
     return std::nullopt;
   }
 
-  MallocArray<R> items_;
+  MallocArray<Port> items_;
   uint32_t capacity_ = 0;
   uint32_t ports_ = 0;
   uint32_t statistics_ = 0;

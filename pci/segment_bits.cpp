@@ -7,6 +7,7 @@
 #include "db/filter.h"
 #include "db/read.h"
 #include "db/syslog_info.h"
+#include "db/tables.h"
 #include "platform/aim_config.h"
 #include "platform/peci.h"
 #include "platform/ptables.h"
@@ -43,9 +44,9 @@ unsigned char bits_from_inventory() {
   static constexpr const char* kColumns[] = {"SegNo"};
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return 0;
-  const Filter<128> filter("%s != 0", "SegNo");
+  const Filter<128> filter("SegNo != 0");
   Result result;
-  if (query(handle, {.table = "PCIAdapter", .columns = kColumns, .where = filter}, result) != ZELDB_OK)
+  if (query(handle, {.table = tables::kAdapters, .columns = kColumns, .where = filter}, result) != ZELDB_OK)
     return 0;
   unsigned char bits = 0;
   while (result.next()) {
@@ -56,7 +57,7 @@ unsigned char bits_from_inventory() {
 }
 
 // The processor may be busy while the host starts.
-unsigned char _get_segbit_from_pcie() {
+unsigned char read_segment_bits() {
   static constexpr uint8_t kFirstProcessor = 0x30;
   static constexpr uint16_t kRegister = 0x54C;
   static constexpr uint8_t kCompleted = 0x40;
@@ -66,8 +67,8 @@ unsigned char _get_segbit_from_pcie() {
     const int status =
         peci_RdEndPointConfigPciLocal(kFirstProcessor, 0, 0, 0, 0, kRegister, sizeof(data), data, &code);
     if (status == 0 && code == kCompleted) return static_cast<unsigned char>((data[0] & 0x0F) >> 2);
-    syslog_info("%s: Failed to get segbit from PECI, ret=%d, cc=0x%x, loop=%d\n", __func__, status, code,
-                loop);
+    syslog_info("_get_segbit_from_pcie: Failed to get segbit from PECI, ret=%d, cc=0x%x, loop=%d\n", status,
+                code, loop);
     sleep(1);
   }
   return kUnreadable;
@@ -90,18 +91,18 @@ unsigned char zeldb_get_pci_seg_bits(int probe) {
   if (zeldb_is_amd() != 0) return 0;
   int bits = 0;
   if (aim_config_get_int(kConfigKey, &bits) != 0) return static_cast<unsigned char>(bits);
-  syslog_info("%s: The multi segment bits is not available, default seg bits is 0.\n", __func__);
-  return probe != 0 ? _get_segbit_from_pcie() : 0;
+  syslog_info("zeldb_get_pci_seg_bits: The multi segment bits is not available, default seg bits is 0.\n");
+  return probe != 0 ? read_segment_bits() : 0;
 }
 
 unsigned char zeldb_set_pci_seg_bits(void) {
   if (zeldb_is_amd() != 0) {
-    syslog_info("%s: Genoa platform, not support multi segment currently.\n", __func__);
+    syslog_info("zeldb_set_pci_seg_bits: Genoa platform, not support multi segment currently.\n");
     return 0;
   }
-  unsigned char bits = _get_segbit_from_pcie();
+  unsigned char bits = read_segment_bits();
   if (bits == kUnreadable) bits = bits_from_inventory();
-  syslog_info("%s: The segment bits is %d.\n", __func__, bits);
+  syslog_info("zeldb_set_pci_seg_bits: The segment bits is %d.\n", bits);
   aim_config_set_int(kConfigKey, bits, 0);
   return bits;
 }

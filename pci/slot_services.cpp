@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "platform/vrel_log.h"
 #include "zeldb/pci.h"
@@ -9,20 +10,17 @@ using namespace zeldb;
 
 namespace {
 
-constexpr const char* kAdapters = "PCIAdapter";
-constexpr const char* kNcsiIds = "NCSIPackageID";
-
-// The two orders are what each of the controller's services has always sent.
+// The functions below differ in the order that they send.
 Filter<128> slot_first(int location, int slotNo) {
-  return Filter<128>("%s=%d AND %s=%d", "SlotNo", slotNo, "Location", location);
+  return Filter<128>("SlotNo=%d AND Location=%d", slotNo, location);
 }
 Filter<128> location_first(int location, int slotNo) {
-  return Filter<128>("%s=%d AND %s=%d", "Location", location, "SlotNo", slotNo);
+  return Filter<128>("Location=%d AND SlotNo=%d", location, slotNo);
 }
 
 int update_ncsi_id(const ContentValues& values, int location, int slotNo, int id1, int id2) {
   const Filter<128> filter = slot_first(location, slotNo);
-  const int status = values.update(kNcsiIds, filter);
+  const int status = values.update(tables::kNcsiIds, filter);
   if (status != ZELDB_OK) {
     vrel_log::logErr(
         "Update pci location [%d], slot [%d]  id1 [%d], id2 [%d] fail, sql where segment:[%s], return [%d]",
@@ -33,7 +31,7 @@ int update_ncsi_id(const ContentValues& values, int location, int slotNo, int id
 
 int insert_ncsi_id(const ContentValues& values, int location, int slotNo, int id1, int id2) {
   int64_t row = 0;
-  const int status = values.insert(kNcsiIds, &row);
+  const int status = values.insert(tables::kNcsiIds, &row);
   if (status != ZELDB_OK) {
     vrel_log::logErr("insert pci location [%d], slot [%d]  id1 [%d], id2 [%d] fail, return [%d]", location,
                      slotNo, id1, id2, status);
@@ -50,23 +48,23 @@ int zeldb_get_adapter_health_status(int location, int slotNo, unsigned char* sta
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   const Filter<128> filter = slot_first(location, slotNo);
   Result result;
-  int code = query(handle, {.table = kAdapters, .columns = kColumns, .where = filter}, result);
+  const int code = query(handle, {.table = tables::kAdapters, .columns = kColumns, .where = filter}, result);
   if (code != ZELDB_OK) return code;
   if (!result || result.row_count() == 0) return ZELDB_NO_MATCH;
-  code = result.step();
-  return code == ZELDB_ROW ? result.row().read(0, *status) : code;
+  const std::optional<int> ended = result.no_row();
+  return ended ? *ended : result.row().read(0, *status);
 }
 
 int zeldb_set_adapter_health_status(int location, int slotNo, unsigned int status) {
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
-  // Log readers know it by this name.
+  // The log has always shown the name of another function.
   ContentValues values(handle, "zeldb_set_network_physical_port_state");
   if (!values) return values.no_memory();
   values.clear();
   values.put_uint("HealthStatus", status);
   const Filter<128> filter = slot_first(location, slotNo);
-  const int code = values.update(kAdapters, filter);
+  const int code = values.update(tables::kAdapters, filter);
   if (code != ZELDB_OK) {
     vrel_log::logErr(
         "Update pci location [%d], slot [%d]  health status [%d] fail, sql where segment:[%s], return [%d]",
@@ -81,7 +79,8 @@ int zeldb_get_adapter_pcikey_by_slotNo(int location, int slotNo, uint32_t* pciKe
   if (handle == nullptr || pciKey == nullptr) return ZELDB_NO_HANDLE;
   const Filter<128> filter = location_first(location, slotNo);
   Result result;
-  const int status = query(handle, {.table = kAdapters, .columns = kColumns, .where = filter}, result);
+  const int status =
+      query(handle, {.table = tables::kAdapters, .columns = kColumns, .where = filter}, result);
   if (status != ZELDB_OK || !result.next()) return ZELDB_NO_HANDLE;
   return result.row().read(0, *pciKey);
 }
@@ -92,7 +91,7 @@ int zeldb_get_ncsi_id_by_slotNo(int location, int slotNo, unsigned char* id1, un
   if (handle == nullptr || id1 == nullptr || id2 == nullptr) return ZELDB_NO_HANDLE;
   const Filter<128> filter = location_first(location, slotNo);
   Result result;
-  const int status = query(handle, {.table = kNcsiIds, .columns = kColumns, .where = filter}, result);
+  const int status = query(handle, {.table = tables::kNcsiIds, .columns = kColumns, .where = filter}, result);
   if (status != ZELDB_OK || !result.next()) return ZELDB_NO_HANDLE;
   result.row().read(0, *id1);
   result.row().read(1, *id2);

@@ -29,7 +29,7 @@ std::vector<uint8_t> nvme_bays() {
   return bays;
 }
 
-// Where no bay is known to be an NVMe bay, all may be.
+// If no bay is known to be an NVMe bay, all may be.
 std::string disks_condition(const std::vector<uint8_t>& bays, const ProductData& known) {
   std::string in_bay = "LocationId=2";
   if (!bays.empty()) {
@@ -58,9 +58,9 @@ int read_both(aim_disk_list_t* list) {
     syslog_info("%s: Failed to query NVMeDrives, rc = %d. %s\n\n", kReader, status, drives.c_str());
   }
   std::set<std::pair<uint8_t, uint16_t>> taken;
-  for (const aim_disk_info_t& disk : first.disks()) taken.emplace(disk.LocationId, disk.BayNo);
+  for (const aim_disk_info_t& disk : first.items()) taken.emplace(disk.LocationId, disk.BayNo);
   second.drop([&](const aim_disk_info_t& drive) { return taken.contains({drive.LocationId, drive.BayNo}); });
-  return join({first.disks(), second.disks()}, list);
+  return join({first.items(), second.items()}, list);
 }
 
 }  // namespace

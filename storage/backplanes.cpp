@@ -10,12 +10,12 @@ using namespace zeldb;
 
 namespace {
 
-// A presence property's name up to its last slash: what the backplane's other properties begin with.
+// The name of a presence property up to its last slash, with which the names of the other properties begin.
 constexpr size_t kBackplaneLength = 24;
 
-// Another property of a backplane, 0 without it.
+// The value of another property of a backplane, or 0.
 uint8_t sibling(const PropertyDatabase& properties, const char* backplane, const char* name) {
-  const Filter<160> condition("%s='%s%s'", "propName", backplane, name);
+  const Filter<160> condition("propName='%s%s'", backplane, name);
   uint8_t value = 0;
   read_one(properties.get(), properties_where(condition),
            [&value](const Row& row) { value = Property(row).byte(); });

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The drives of one kind of bay, from whichever table knows them.
+// The drives of one kind of bay, from the table that has them.
 #include "db/filter.h"
 #include "db/syslog_info.h"
 #include "storage/disk_list.h"
@@ -24,10 +24,9 @@ bool read_some(int status, const aim_disk_list_t* list) {
 }  // namespace
 
 int zeldb_get_mv_disk_list(int slot, aim_disk_list_t* list) {
-  const Filter<64> managed("%s=%d", "CtrlSlot", slot);
+  const Filter<64> managed("CtrlSlot=%d", slot);
   if (read_some(zeldb_get_nvme_disk_list_from_mi_filter(list, managed), list)) return ZELDB_OK;
-  const Filter<64> others("%s=%d and (%s=%d or %s=%d)", "SlotNo", slot, "LocationId", kInM2Bay, "LocationId",
-                          kIn7mmBay);
+  const Filter<64> others("SlotNo=%d and (LocationId=%d or LocationId=%d)", slot, kInM2Bay, kIn7mmBay);
   return zeldb_get_disk_list_with_filter(list, others);
 }
 
@@ -37,20 +36,21 @@ int zeldb_get_7mm_disk_list(aim_disk_list_t* list, uint32_t exclude) {
   int status = zeldb_get_mvl_ctrl_type(&type, k7mmController);
   if (status != ZELDB_OK) return status;
   if (type == kSataOnly) {
-    const Condition sata("%s=%d AND %s=%d", "DriveTypeId", k7mmSata, "Presence", kPresent);
+    const Condition sata("DriveTypeId=%d AND Presence=%d", k7mmSata, kPresent);
     return zeldb_get_disk_list_with_filter(list, sata);
   }
-  Condition managed("%s=%d", "Location", kIn7mmBay);
-  Condition others("%s=%d AND %s=%d", "LocationId", kIn7mmBay, "Presence", kPresent);
+  Condition managed("Location=%d", kIn7mmBay);
+  Condition others("LocationId=%d AND Presence=%d", kIn7mmBay, kPresent);
   if (exclude != 0) {
     const ProductData known = product_data();
-    managed = Condition("%s=%d AND %s", "Location", kIn7mmBay, not_known("SupplierSN", known).text());
-    others = Condition("%s=%d AND %s=%d AND %s", "LocationId", kIn7mmBay, "Presence", kPresent,
+    managed = Condition("Location=%d AND %s", kIn7mmBay, not_known("SupplierSN", known).text());
+    others = Condition("LocationId=%d AND Presence=%d AND %s", kIn7mmBay, kPresent,
                        not_known("SerialNo", known).text());
   }
   status = zeldb_get_nvme_disk_list_from_mi_filter(list, managed);
   if (status != ZELDB_OK) {
-    syslog_info("%s: Failed to query NVMeDrives table, ret = %d. %s\n\n", __func__, status, managed.text());
+    syslog_info("zeldb_get_7mm_disk_list: Failed to query NVMeDrives table, ret = %d. %s\n\n", status,
+                managed.text());
   }
   if (read_some(status, list)) return ZELDB_OK;
   return zeldb_get_disk_list_with_filter(list, others);
@@ -61,26 +61,29 @@ int zeldb_get_m2_disk_list(aim_disk_list_t* list, uint32_t exclude) {
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   *list = {};
   const ProductData known = product_data();
-  Condition managed("%s=%d", "Location", kInM2Bay);
-  Condition others("(%s=%d OR %s=%d) AND (%s NOT IN (SELECT %s FROM %s WHERE %s=%d))", "DriveTypeId", kM2Nvme,
-                   "DriveTypeId", kM2Sata, "BayNo", "SlotNo", "NVMeDrives", "Location", kInM2Bay);
+  Condition managed("Location=%d", kInM2Bay);
+  Condition others(
+      "(DriveTypeId=%d OR DriveTypeId=%d) AND (BayNo NOT IN (SELECT SlotNo FROM NVMeDrives WHERE "
+      "Location=%d))",
+      kM2Nvme, kM2Sata, kInM2Bay);
   if (exclude != 0) {
-    managed = Condition("%s=%d  AND %s", "Location", kInM2Bay, not_known("SupplierSN", known).text());
-    others = Condition("(%s=%d OR %s=%d) AND %s AND (%s NOT IN (SELECT %s FROM %s WHERE %s=%d))",
-                       "DriveTypeId", kM2Nvme, "DriveTypeId", kM2Sata, not_known("SerialNo", known).text(),
-                       "BayNo", "SlotNo", "NVMeDrives", "Location", kInM2Bay);
+    managed = Condition("Location=%d  AND %s", kInM2Bay, not_known("SupplierSN", known).text());
+    others = Condition(
+        "(DriveTypeId=%d OR DriveTypeId=%d) AND %s AND (BayNo NOT IN (SELECT SlotNo FROM NVMeDrives WHERE "
+        "Location=%d))",
+        kM2Nvme, kM2Sata, not_known("SerialNo", known).text(), kInM2Bay);
   }
   DiskList first;
   if (read_some(zeldb_get_nvme_disk_list_from_mi_filter(first.out(), managed), first.out())) {
-    syslog_info("%s, get m2 from NVMeDrives table success,m2MiList.count:%d\n\n", __func__,
+    syslog_info("zeldb_get_m2_disk_list, get m2 from NVMeDrives table success,m2MiList.count:%d\n\n",
                 static_cast<int>(first.count()));
   }
   DiskList second;
   if (read_some(zeldb_get_disk_list_with_filter(second.out(), others), second.out())) {
-    syslog_info("%s, get m2 from AimDisks table success,m2AimList.count:%d\n\n", __func__,
+    syslog_info("zeldb_get_m2_disk_list, get m2 from AimDisks table success,m2AimList.count:%d\n\n",
                 static_cast<int>(second.count()));
   }
-  const int status = join({first.disks(), second.disks()}, list);
+  const int status = join({first.items(), second.items()}, list);
   if (status != ZELDB_OK) return status;
   for (aim_disk_info_t& disk : std::span(list->Items, list->Count)) {
     disk.BayNo = static_cast<uint16_t>(m2_number(disk.BayNo));

@@ -6,8 +6,10 @@
 #include <new>
 #include <vector>
 
+#include "db/codes.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "storage/drive_completion.h"
 #include "storage/property.h"
 #include "zeldb/storage.h"
@@ -16,15 +18,9 @@ using namespace zeldb;
 
 namespace {
 
-constexpr const char* kFunctions = "PCIs";
-
 // The RAID controller of Intel's processors.
 constexpr int kOnBoard = 0;
-constexpr int kIntel = 0x8086;
 constexpr int kRaidDevice = 0x28C0;
-constexpr int kRaidClass = 0x010400;
-
-constexpr int kNvmeClass = 0x010802;
 
 }  // namespace
 
@@ -34,9 +30,9 @@ int zeldb_vroc_enabled(uint32_t selector, uint32_t* enabled) {
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (enabled == nullptr) return ZELDB_INVALID_ARGUMENT;
   *enabled = 0;
-  const Statement statement("select 1 from %s where %s=%d AND %s=%d AND %s%s%d AND %s=%d;", kFunctions,
-                            "Location", kOnBoard, "VendorId", kIntel, "DeviceId",
-                            selector != 0 ? "=" : "!=", kRaidDevice, "ClsCode", kRaidClass);
+  const Statement statement(
+      "select 1 from PCIs where Location=%d AND VendorId=%d AND DeviceId%s%d AND ClsCode=%d;", kOnBoard,
+      kIntel, selector != 0 ? "=" : "!=", kRaidDevice, kRaidController);
   Result result;
   const int status = zel_db_raw_query(handle, statement, Statement::capacity(), result.out());
   if (status == ZELDB_OK && result && result.row_count() > 0) *enabled = 1;
@@ -47,8 +43,9 @@ int zeldb_get_vmd_count(_zel_db_handle_t* handle, uint32_t* count) {
   if (handle == nullptr) handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (count == nullptr) return ZELDB_INVALID_ARGUMENT;
-  Filter<128> statement("select %s from %s where %s=0 AND %s=%d AND %s=%d AND %s=%d", "Location", kFunctions,
-                        "Location", "VendorId", kIntel, "DeviceId", kRaidDevice, "ClsCode", kRaidClass);
+  Filter<128> statement(
+      "select Location from PCIs where Location=0 AND VendorId=%d AND DeviceId=%d AND ClsCode=%d", kIntel,
+      kRaidDevice, kRaidController);
   Result result;
   const auto length = static_cast<int>(std::strlen(statement));
   if (zel_db_raw_query(handle, statement, length, result.out()) != ZELDB_OK || !result)
@@ -63,9 +60,9 @@ int zeldb_get_ctrl_slot(uint32_t deviceId, uint32_t subDeviceId, uint8_t* slot) 
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (slot == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<64> filter("%s=%d AND %s=%d", "DeviceId", static_cast<int>(deviceId), "SubDeviceId",
+  const Filter<64> filter("DeviceId=%d AND SubDeviceId=%d", static_cast<int>(deviceId),
                           static_cast<int>(subDeviceId));
-  return read_one(handle, {.table = kFunctions, .columns = kColumns, .where = filter},
+  return read_one(handle, {.table = tables::kFunctions, .columns = kColumns, .where = filter},
                   [slot](const Row& row) { *slot = row.number<uint8_t>(0, kUnreadable); });
 }
 
@@ -74,10 +71,11 @@ int zeldb_get_nvme_drv_funkey(uint32_t location, uint32_t slot, uint32_t* funKey
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
   if (funKey == nullptr) return ZELDB_INVALID_ARGUMENT;
-  const Filter<128> filter("%s=%d AND %s=%d AND %s=%d", "Location", static_cast<int>(location), "SlotNo",
-                           static_cast<int>(slot), "ClsCode", kNvmeClass);
+  const Filter<128> filter("Location=%d AND SlotNo=%d AND ClsCode=%d", static_cast<int>(location),
+                           static_cast<int>(slot), kNvmeController);
   Result result;
-  const int status = query(handle, {.table = kFunctions, .columns = kColumns, .where = filter}, result);
+  const int status =
+      query(handle, {.table = tables::kFunctions, .columns = kColumns, .where = filter}, result);
   if (status != ZELDB_OK) return status;
   if (!result.next()) return ZELDB_NO_HANDLE;
   const Row row = result.row();
@@ -95,7 +93,7 @@ int zeldb_get_mvl_ctrl_type(uint8_t* type, uint32_t controller) {
   Result result;
   const int status = query(properties.get(), properties_where(condition), result);
   if (status == ZELDB_OK && result.next()) {
-    char name[48];  // asked for, not looked at
+    char name[48];  // ignored
     uint8_t value[sizeof(Property::value)];
     result.row().text(0, name);
     result.row().blob(1, value);

@@ -9,8 +9,8 @@
 
 namespace zeldb {
 
-// The decimal number that a text begins with, 0 without one; out of range, the nearest there is, on every
-// target the same.
+// The decimal number that a text begins with, or 0. A number out of range becomes the nearest one in range,
+// so that all targets agree.
 inline int32_t decimal(const char* text) {
   using Limits = std::numeric_limits<int32_t>;
   return static_cast<int32_t>(

@@ -3,7 +3,7 @@
 #define STORAGE_DISK_LIST_H
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
 #include <initializer_list>
 #include <span>
 
@@ -12,29 +12,9 @@
 
 namespace zeldb {
 
-// A list of drives that another function fills.
-class DiskList {
- public:
-  DiskList() = default;
-  DiskList(const DiskList&) = delete;
-  DiskList& operator=(const DiskList&) = delete;
-  ~DiskList() { std::free(list_.Items); }
+using DiskList = LocalList<aim_disk_list_t>;
 
-  aim_disk_list_t* out() { return &list_; }
-  unsigned count() const { return list_.Count; }
-  std::span<const aim_disk_info_t> disks() const { return {list_.Items, list_.Count}; }
-
-  template <typename Unwanted>
-  void drop(Unwanted unwanted) {
-    aim_disk_info_t* const end = list_.Items + list_.Count;
-    list_.Count = static_cast<uint32_t>(std::remove_if(list_.Items, end, unwanted) - list_.Items);
-  }
-
- private:
-  aim_disk_list_t list_ = {};
-};
-
-// The parts' drives in their order. The list is left alone when memory is short.
+// Joins the drives of the parts, in order. The list is left alone if memory is short.
 inline int join(std::initializer_list<std::span<const aim_disk_info_t>> parts, aim_disk_list_t* list) {
   size_t count = 0;
   for (const auto& part : parts) count += part.size();

@@ -31,12 +31,12 @@ void read_part(DiskList& part, int (*reader)(aim_disk_list_t*), const char* name
 }  // namespace
 
 int zeldb_get_disk_list(aim_disk_list_t* list) {
-  const Filter<24> filter("%s=%d", "Presence", kPresent);
+  const Filter<24> filter("Presence=%d", kPresent);
   return zeldb_get_disk_list_with_filter(list, filter);
 }
 
 int zeldb_get_onboard_sata_disk_list(aim_disk_list_t* list) {
-  const Filter<48> filter("%s=%d AND %s=%d", "Presence", kPresent, "DriveTypeId", kSata);
+  const Filter<48> filter("Presence=%d AND DriveTypeId=%d", kPresent, kSata);
   return zeldb_get_disk_list_with_filter(list, filter);
 }
 
@@ -46,17 +46,16 @@ int zeldb_get_nvme_aim_disk(int location, uint32_t number, aim_disk_info_t* disk
   if (disk == nullptr || type == 0) return ZELDB_INVALID_ARGUMENT;
   const uint32_t shown = kind == kInM2Bay ? m2_number(number) : number;
   const Filter<16> place("%s%d", place_name(kind), static_cast<int>(shown));
-  const Filter<72> filter("%s=\"%s\" AND %s=%d", "Location", static_cast<const char*>(place), "DriveTypeId",
-                          type);
+  const Filter<72> filter("Location=\"%s\" AND DriveTypeId=%d", static_cast<const char*>(place), type);
   DiskList found;
   zeldb_get_disk_list_with_filter(found.out(), filter);
   if (found.count() > 1) {
-    syslog_info("%s, Find %d NVMe drives at location %d Slot %d\n\n", __func__,
+    syslog_info("zeldb_get_nvme_aim_disk, Find %d NVMe drives at location %d Slot %d\n\n",
                 static_cast<int>(found.count()), location, static_cast<int>(number));
     return ZELDB_NO_HANDLE;
   }
   if (found.count() == 0) return ZELDB_INVALID_ARGUMENT;
-  *disk = found.disks().front();
+  *disk = found.items().front();
   return ZELDB_OK;
 }
 
@@ -71,7 +70,7 @@ void zeldb_get_merged_disk_list(aim_disk_list_t* list) {
     read_part(sata, zeldb_get_onboard_sata_disk_list, "zeldb_get_onboard_sata_disk_list");
   }
   *list = {};
-  join({m2.disks(), seven_mm.disks(), nvme.disks(), sata.disks()}, list);
+  join({m2.items(), seven_mm.items(), nvme.items(), sata.items()}, list);
 }
 
 int zeldb_get_disk_list_funkey(uint32_t funKey, aim_disk_list_t* list) {
@@ -80,5 +79,5 @@ int zeldb_get_disk_list_funkey(uint32_t funKey, aim_disk_list_t* list) {
   DiskList merged;
   zeldb_get_merged_disk_list(merged.out());
   merged.drop([funKey](const aim_disk_info_t& disk) { return disk.PCIFuncKey != funKey; });
-  return merged.count() != 0 ? join({merged.disks()}, list) : ZELDB_NO_MATCH;
+  return merged.count() != 0 ? join({merged.items()}, list) : ZELDB_NO_MATCH;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The two general readers: every list of drives is one of theirs, or made of some.
+// The two general readers. Every other list of drives is made from their lists.
 #include <cstddef>
 #include <cstdio>
 #include <new>
@@ -9,6 +9,7 @@
 #include "db/code_text.h"
 #include "db/field.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "storage/capacity_text.h"
 #include "storage/decimal.h"
 #include "storage/drive_completion.h"
@@ -19,63 +20,63 @@ using namespace zeldb;
 
 namespace {
 
-using R = aim_disk_info_t;
+using Disk = aim_disk_info_t;
 
-constexpr FieldTable kDiskFields{ZELDB_FIELD(R, PCIFuncKey),
-                                 ZELDB_FIELD(R, SlotNo),
-                                 ZELDB_FIELD(R, CtrlType),
-                                 ZELDB_FIELD_OR(R, BayNo, 0xFF),
-                                 ZELDB_FIELD(R, LocationId),
-                                 ZELDB_FIELD(R, Location),
-                                 ZELDB_FIELD_AS(R, DriveType, "DriveTypeId"),
-                                 ZELDB_FIELD_AS(R, MediaType, "MediaTypeId"),
-                                 ZELDB_FIELD(R, FruNo),
-                                 ZELDB_FIELD(R, PartNo),
-                                 ZELDB_FIELD(R, SerialNo),
-                                 ZELDB_FIELD(R, Model),
-                                 ZELDB_FIELD(R, UUID),
-                                 ZELDB_FIELD(R, Manufacture),
-                                 ZELDB_FIELD(R, FwVersion),
-                                 ZELDB_FIELD(R, Capacity),
-                                 ZELDB_FIELD(R, SFlags),
-                                 ZELDB_FIELD(R, Warning),
-                                 ZELDB_FIELD(R, Temperature),
-                                 ZELDB_FIELD(R, RemainLife),
-                                 ZELDB_FIELD(R, InfoMask)};
-// Two codes that their columns hold as text.
+constexpr FieldTable kDiskFields{ZELDB_FIELD(Disk, PCIFuncKey),
+                                 ZELDB_FIELD(Disk, SlotNo),
+                                 ZELDB_FIELD(Disk, CtrlType),
+                                 ZELDB_FIELD_OR(Disk, BayNo, 0xFF),
+                                 ZELDB_FIELD(Disk, LocationId),
+                                 ZELDB_FIELD(Disk, Location),
+                                 ZELDB_FIELD_AS(Disk, DriveType, "DriveTypeId"),
+                                 ZELDB_FIELD_AS(Disk, MediaType, "MediaTypeId"),
+                                 ZELDB_FIELD(Disk, FruNo),
+                                 ZELDB_FIELD(Disk, PartNo),
+                                 ZELDB_FIELD(Disk, SerialNo),
+                                 ZELDB_FIELD(Disk, Model),
+                                 ZELDB_FIELD(Disk, UUID),
+                                 ZELDB_FIELD(Disk, Manufacture),
+                                 ZELDB_FIELD(Disk, FwVersion),
+                                 ZELDB_FIELD(Disk, Capacity),
+                                 ZELDB_FIELD(Disk, SFlags),
+                                 ZELDB_FIELD(Disk, Warning),
+                                 ZELDB_FIELD(Disk, Temperature),
+                                 ZELDB_FIELD(Disk, RemainLife),
+                                 ZELDB_FIELD(Disk, InfoMask)};
+// Codes that their columns hold as text.
 constexpr int kDriveTypeColumn = 6;
 constexpr int kMediaTypeColumn = 7;
 
-constexpr FieldTable kNvmeFields{ZELDB_FIELD_AS(R, LocationId, "Location"),
-                                 field_of<uint16_t>("SlotNo", offsetof(R, BayNo), 0xFF),
-                                 ZELDB_FIELD_AS(R, SlotNo, "CtrlSlot"),
-                                 ZELDB_FIELD(R, Capacity),
-                                 ZELDB_FIELD(R, FruNo),
-                                 ZELDB_FIELD(R, PartNo),
-                                 ZELDB_FIELD_AS(R, SerialNo, "SupplierSN"),
-                                 ZELDB_FIELD(R, Model),
-                                 ZELDB_FIELD(R, UUID),
-                                 ZELDB_FIELD(R, Manufacture),
-                                 ZELDB_FIELD_AS(R, FwVersion, "FwVer"),
-                                 ZELDB_FIELD(R, SFlags),
-                                 ZELDB_FIELD(R, Warning),
-                                 ZELDB_FIELD(R, Temperature),
-                                 ZELDB_FIELD(R, RemainLife),
-                                 ZELDB_FIELD(R, InfoMask)};
+constexpr FieldTable kNvmeFields{ZELDB_FIELD_AS(Disk, LocationId, "Location"),
+                                 field_of<uint16_t>("SlotNo", offsetof(Disk, BayNo), 0xFF),
+                                 ZELDB_FIELD_AS(Disk, SlotNo, "CtrlSlot"),
+                                 ZELDB_FIELD(Disk, Capacity),
+                                 ZELDB_FIELD(Disk, FruNo),
+                                 ZELDB_FIELD(Disk, PartNo),
+                                 ZELDB_FIELD_AS(Disk, SerialNo, "SupplierSN"),
+                                 ZELDB_FIELD(Disk, Model),
+                                 ZELDB_FIELD(Disk, UUID),
+                                 ZELDB_FIELD(Disk, Manufacture),
+                                 ZELDB_FIELD_AS(Disk, FwVersion, "FwVer"),
+                                 ZELDB_FIELD(Disk, SFlags),
+                                 ZELDB_FIELD(Disk, Warning),
+                                 ZELDB_FIELD(Disk, Temperature),
+                                 ZELDB_FIELD(Disk, RemainLife),
+                                 ZELDB_FIELD(Disk, InfoMask)};
 constexpr int kCapacityColumn = 3;  // in bytes
 
 constexpr int kSolidState = 1;
 constexpr int kFastest = 65534;
 
-void set_medium(R& disk, int medium) {
+void set_medium(Disk& disk, int medium) {
   copy_text(disk.MediaType, medium == kSolidState ? "SSD" : "HDD");
   const bool rotates = medium > kSolidState && medium <= kFastest;
   disk.RotationRate = static_cast<uint16_t>(rotates ? medium : 0);
 }
 
-// All columns but skipped ones from skip on, whose fields are made from something else.
+// Fills all fields but some from skip on, which are made in another way.
 template <size_t N>
-void fill_but(const FieldTable<N>& table, int skip, int skipped, const Row& row, R& disk) {
+void fill_but(const FieldTable<N>& table, int skip, int skipped, const Row& row, Disk& disk) {
   const std::span<const Field> fields(table.fields);
   const auto from = static_cast<size_t>(skip);
   row.fill(fields.first(from), &disk);
@@ -90,13 +91,13 @@ int read_number_text(const Row& row, int column) {
 }
 
 // Either row reader fills the record and returns the drive's type.
-int read_disk_row(const Row& row, R& disk) {
+int read_disk_row(const Row& row, Disk& disk) {
   fill_but(kDiskFields, kDriveTypeColumn, 2, row, disk);
   set_medium(disk, read_number_text(row, kMediaTypeColumn));
   return read_number_text(row, kDriveTypeColumn);
 }
 
-int read_nvme_row(const Row& row, R& disk) {
+int read_nvme_row(const Row& row, Disk& disk) {
   fill_but(kNvmeFields, kCapacityColumn, 1, row, disk);
   uint64_t bytes = 0;
   if (row.read(kCapacityColumn, bytes) == ZELDB_OK && bytes != 0) format_capacity(disk.Capacity, bytes);
@@ -119,7 +120,7 @@ int read_drives(aim_disk_list_t* list, const Select& select, ReadRow read_row) {
     Result result;
     const int status = query(handle, select, result);
     if (status != ZELDB_OK || !result || result.row_count() == 0) return status;
-    return collect(result, list, [&](const Row& row, R& disk) {
+    return collect(result, list, [&](const Row& row, Disk& disk) {
       const int type = read_row(row, disk);
       completion.complete(disk, type);
       return Next::Keep;
@@ -132,11 +133,11 @@ int read_drives(aim_disk_list_t* list, const Select& select, ReadRow read_row) {
 }  // namespace
 
 int32_t zeldb_get_disk_list_with_filter(aim_disk_list_t* list, const char* filter) {
-  return read_drives(list, {.table = "AimDisks", .columns = kDiskFields.columns, .where = filter},
+  return read_drives(list, {.table = tables::kDisks, .columns = kDiskFields.columns, .where = filter},
                      read_disk_row);
 }
 
 int zeldb_get_nvme_disk_list_from_mi_filter(aim_disk_list_t* list, const char* filter) {
-  return read_drives(list, {.table = "NVMeDrives", .columns = kNvmeFields.columns, .where = filter},
+  return read_drives(list, {.table = tables::kNvmeDrives, .columns = kNvmeFields.columns, .where = filter},
                      read_nvme_row);
 }

@@ -22,7 +22,7 @@ constexpr int kMostBays = 64;
 
 constexpr uint8_t kNotWired = 0xFF;
 
-// Of the bays that the backplanes begin with, each.
+// The form factors of the bays that backplanes begin with.
 class BayForms {
  public:
   BayForms() {
@@ -88,7 +88,7 @@ BayWiring::BayWiring(uint32_t location) : location_(location), status_(ZELDB_NO_
 }
 
 void BayWiring::find_slot(uint32_t bay, uint8_t& slot) const {
-  static constexpr const char* kFunction = "zeldb_get_nvme_pcie_slots";  // the name that log readers know
+  static constexpr const char* kFunction = "zeldb_get_nvme_pcie_slots";  // the name in the log
   if (!asked_) return;
   if (status_ != ZELDB_OK) {
     syslog_info("%s: selection:%s, rc = %d\n\n", kFunction, wiring_of(location_).text(), status_);

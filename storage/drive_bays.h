@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the property store tells about bays.
+// Bays as the property store describes them.
 #ifndef STORAGE_DRIVE_BAYS_H
 #define STORAGE_DRIVE_BAYS_H
 
@@ -13,7 +13,8 @@ namespace zeldb {
 
 enum class BayMode { Edsff, AnyNvme };
 
-// The numbers of the backplane bays of a kind. A status; without the property store there are none.
+// Reads the numbers of the backplane bays of a kind. Returns a status; there are none without the property
+// store.
 int read_drive_bays(BayMode mode, std::vector<uint8_t>& bays);
 
 // The PCIe slots that the M.2 bays, or the 7 mm bays, are wired to.
@@ -22,14 +23,14 @@ class BayWiring {
   // Asks the property store.
   explicit BayWiring(uint32_t location);
 
-  // The slot of one bay, which stays as it was when none is recorded. Noted in syslog.
+  // Sets the slot of one bay, or leaves it alone if none is recorded. Writes a line to syslog.
   void find_slot(uint32_t bay, uint8_t& slot) const;
 
  private:
   uint32_t location_;
   int status_;
   bool asked_ = false;
-  uint8_t slots_[128] = {};  // from the second on
+  uint8_t slots_[128] = {};  // by bay, from the second byte on
   unsigned size_ = 0;
 };
 

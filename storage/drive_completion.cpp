@@ -2,8 +2,9 @@
 #include "storage/drive_completion.h"
 
 #include "db/code_text.h"
+#include "db/codes.h"
 #include "db/filter.h"
-#include "db/product.h"
+#include "db/tables.h"
 #include "storage/drive_bays.h"
 #include "storage/place.h"
 
@@ -21,19 +22,18 @@ constexpr uint8_t kNoSlot = 0xFF;
 constexpr uint8_t kHealthUnknown = 2;
 constexpr uint16_t kNoSensor = 0xFFFF;
 
-// Each drive is looked up by its place, up to as many as there are numbers of bays. In a longer list places
-// repeat, and what they answered is known.
+// The first drives of a list, as many as there are bay numbers, are each looked up by their place. In a
+// longer list places repeat, and their answers are used again.
 constexpr unsigned kLookedUpEach = 256;
 
 }  // namespace
 
 int read_onboard_controllers(_zel_db_handle_t* handle, std::vector<OnboardController>& controllers) {
   static constexpr const char* kColumns[] = {"SlotNo", "FunKey"};
-  static constexpr int kVendor = 0x1B4B, kDevice = 0x9230, kOtherDevice = 0x2241;
-  const Filter<128> filter("%s=%d AND %s=%d AND (%s=%d OR %s=%d)", "VendorId", kVendor, "SubVendorId",
-                           kMakerSubVendorId, "DeviceId", kDevice, "DeviceId", kOtherDevice);
+  const Filter<128> filter = own_controllers();
   Result result;
-  const int status = query(handle, {.table = "PCIs", .columns = kColumns, .where = filter}, result);
+  const int status =
+      query(handle, {.table = tables::kFunctions, .columns = kColumns, .where = filter}, result);
   if (status != ZELDB_OK) return status;
   while (result.next()) {
     const auto slot = result.row().number<uint8_t>(0, kNoSlot);
@@ -44,9 +44,9 @@ int read_onboard_controllers(_zel_db_handle_t* handle, std::vector<OnboardContro
 
 DriveCompletion::DriveCompletion(_zel_db_handle_t* handle) : handle_(handle) {
   static constexpr const char* kColumns[] = {"SlotNo", "HealthStatusId"};
-  const Filter<64> drives("%s IN (%d,%d,%d)", "HardwareTypeId", 2, 21, 22);
+  const Filter<64> drives("HardwareTypeId IN (%d,%d,%d)", 2, 21, 22);
   Result result;
-  if (query(handle, {.table = "SensorSlotMap", .columns = kColumns, .where = drives}, result) != ZELDB_OK)
+  if (query(handle, {.table = tables::kSensors, .columns = kColumns, .where = drives}, result) != ZELDB_OK)
     return;
   while (result.next()) {
     uint32_t slot = 0;

@@ -19,16 +19,17 @@ struct OnboardController {
   uint32_t function_key;
 };
 
-// The storage controllers on the board. A status; those read before a failure stay.
+// Reads the storage controllers on the board. Returns a status; controllers that were read before a failure
+// stay.
 int read_onboard_controllers(_zel_db_handle_t* handle, std::vector<OnboardController>& controllers);
 
-// Completes the drives of one read with what their table does not hold. Health is read at once, the other
-// collections when a drive first needs them.
+// Completes the drives of one read with what their table does not hold. Health is read at once, other data
+// when a drive first needs them.
 class DriveCompletion {
  public:
   explicit DriveCompletion(_zel_db_handle_t* handle);
 
-  // LocationId, BayNo, SlotNo and PCIFuncKey are those of the drive's row.
+  // Uses LocationId, BayNo, SlotNo and PCIFuncKey of the row of the drive.
   void complete(aim_disk_info_t& disk, int drive_type);
 
  private:

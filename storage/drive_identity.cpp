@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The maker of a drive, by its model; and the model without its maker.
+// Finds the vendor of a drive by its model, and removes the vendor from a model.
 #include <algorithm>
 #include <cstddef>
 #include <span>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Letters as in ASCII, whatever the locale.
+// Lower case as in ASCII, in every locale.
 constexpr char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
@@ -20,9 +20,9 @@ constexpr bool begins_in_any_case(std::string_view text, std::string_view start)
          std::ranges::equal(text.substr(0, start.size()), start, {}, lower, lower);
 }
 
-// The first row that a model begins with names its maker: where one row begins another, the longer one has
-// to stand first. Models begin with a capital letter, even where the rest may be in any case.
-struct Maker {
+// The first row whose prefix a model begins with names its vendor. If one prefix begins another, the longer
+// one has to come first. A model begins with a capital letter, even if the rest may be in any case.
+struct Vendor {
   std::string_view prefix;
   const char* name;
   bool any_case = false;
@@ -33,7 +33,7 @@ struct Maker {
   }
 };
 
-constexpr Maker kMakers[] = {
+constexpr Vendor kVendors[] = {
     {"AL", "Toshiba"},    {"CV", "SSSTC"},
     {"ER", "SSSTC"},      {"HU", "WDC"},
     {"HM", "WDC"},        {"HF", "Hynix"},
@@ -47,21 +47,21 @@ constexpr Maker kMakers[] = {
     {"WD", "WDC"},        {"WU", "WDC"},
 };
 
-constexpr bool every_maker_can_match() {
-  const std::span<const Maker> rows(kMakers);
+constexpr bool every_vendor_can_match() {
+  const std::span<const Vendor> rows(kVendors);
   for (size_t row = 0; row < rows.size(); ++row) {
     const std::string_view prefix = rows[row].prefix;
     if (prefix.empty() || prefix.front() < 'A' || prefix.front() > 'W') return false;
-    for (const Maker& earlier : rows.first(row)) {
+    for (const Vendor& earlier : rows.first(row)) {
       if (earlier.matches(prefix)) return false;
     }
   }
   return true;
 }
-static_assert(every_maker_can_match());
+static_assert(every_vendor_can_match());
 
-// The words that models are introduced with; a leading piece of one stands for it. The first row that has
-// the piece decides, so a word must not be a piece of one before it.
+// The vendor words that models may begin with. A model may also begin with a leading piece of one. The first
+// row with that piece decides, so no word may be a leading piece of an earlier one.
 constexpr std::string_view kVendorWords[] = {"Seagate", "WD",     "WDC",   "Intel",  "Samsung", "Toshiba",
                                              "Kioxia",  "Micron", "Hynix", "Liteon", "SSSTC",   "HGST"};
 constexpr size_t kTooLong = 9;
@@ -79,10 +79,10 @@ constexpr bool every_word_can_match() {
 }
 static_assert(every_word_can_match());
 
-// A series name between the vendor and the model is cut off too, unless it is long enough to be the model.
+// A series name between vendor and model is removed too, unless it is long enough to be the model.
 constexpr size_t kLongWord = 8;
 
-// How many characters to leave out of a model without leading blanks.
+// The number of characters to remove from a model that has no leading blanks.
 size_t vendor_length(std::string_view model) {
   size_t vendor_end = std::string_view::npos;
   for (size_t i = 0; i < model.size(); ++i) {
@@ -102,9 +102,9 @@ size_t vendor_length(std::string_view model) {
 const char* driveModel2Manufacture(const char* model) {
   if (model == nullptr) return model;
   const std::string_view text(model);
-  const auto* const maker =
-      std::ranges::find_if(kMakers, [text](const Maker& row) { return row.matches(text); });
-  return maker != std::end(kMakers) ? maker->name : "";
+  const auto* const vendor =
+      std::ranges::find_if(kVendors, [text](const Vendor& row) { return row.matches(text); });
+  return vendor != std::end(kVendors) ? vendor->name : "";
 }
 
 char* trim_drive_model(char* model) {

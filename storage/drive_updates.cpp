@@ -6,6 +6,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "storage/place.h"
 #include "zeldb/db.h"
@@ -15,17 +16,18 @@ using namespace zeldb;
 
 namespace {
 
-using R = aim_disk_info_t;
+using Disk = aim_disk_info_t;
 
-constexpr const char* kDisks = "AimDisks";
 constexpr uint16_t kPresent = 1;
 constexpr int kToleratedDegrees = 2;
 
-constexpr FieldTable kPlace{ZELDB_FIELD(R, PCIFuncKey), ZELDB_FIELD(R, SlotNo), ZELDB_FIELD(R, CtrlType),
-                            ZELDB_FIELD(R, BayNo), ZELDB_FIELD(R, LocationId)};
-constexpr FieldTable kTexts{ZELDB_FIELD(R, Location),    ZELDB_FIELD(R, FruNo),     ZELDB_FIELD(R, PartNo),
-                            ZELDB_FIELD(R, SerialNo),    ZELDB_FIELD(R, Model),     ZELDB_FIELD(R, UUID),
-                            ZELDB_FIELD(R, Manufacture), ZELDB_FIELD(R, FwVersion), ZELDB_FIELD(R, Capacity)};
+constexpr FieldTable kPlace{ZELDB_FIELD(Disk, PCIFuncKey), ZELDB_FIELD(Disk, SlotNo),
+                            ZELDB_FIELD(Disk, CtrlType), ZELDB_FIELD(Disk, BayNo),
+                            ZELDB_FIELD(Disk, LocationId)};
+constexpr FieldTable kTexts{
+    ZELDB_FIELD(Disk, Location),    ZELDB_FIELD(Disk, FruNo),     ZELDB_FIELD(Disk, PartNo),
+    ZELDB_FIELD(Disk, SerialNo),    ZELDB_FIELD(Disk, Model),     ZELDB_FIELD(Disk, UUID),
+    ZELDB_FIELD(Disk, Manufacture), ZELDB_FIELD(Disk, FwVersion), ZELDB_FIELD(Disk, Capacity)};
 
 Filter<128> in_place(const char* kind_column, uint32_t kind, const char* number_column, uint32_t number) {
   return Filter<128>("%s=%d AND %s=%d", kind_column, static_cast<int>(kind), number_column,
@@ -34,7 +36,7 @@ Filter<128> in_place(const char* kind_column, uint32_t kind, const char* number_
 
 using PlaceText = Filter<24>;
 
-void put_smart(ContentValues& values, const R& disk) {
+void put_smart(ContentValues& values, const Disk& disk) {
   values.put_uint8("SFlags", disk.SFlags);
   values.put_uint8("Warning", disk.Warning);
   values.put_uint8("Temperature", disk.Temperature);
@@ -56,7 +58,7 @@ int zeldb_update_nvme_disk_firmware_version(uint32_t location, uint32_t slot, co
   ContentValues values(handle, "zeldb_update_nvme_disk_firmware_version");
   if (!values) return values.no_memory();
   values.put_text("FwVer", version);
-  return values.update("NVMeDrives", in_place("Location", location, "SlotNo", slot));
+  return values.update(tables::kNvmeDrives, in_place("Location", location, "SlotNo", slot));
 }
 
 int zeldb_update_aim_disk_presence(uint32_t locationId, uint32_t bayNo, uint16_t presence) {
@@ -66,9 +68,9 @@ int zeldb_update_aim_disk_presence(uint32_t locationId, uint32_t bayNo, uint16_t
   if (!values) return values.no_memory();
   values.clear();
   values.put_uint16("Presence", presence);
-  const Filter<128> filter("%s=%d AND %s=%d AND %s!=%d", "LocationId", static_cast<int>(locationId), "BayNo",
-                           static_cast<int>(bayNo), "Presence", presence);
-  return values.update(kDisks, filter);
+  const Filter<128> filter("LocationId=%d AND BayNo=%d AND Presence!=%d", static_cast<int>(locationId),
+                           static_cast<int>(bayNo), presence);
+  return values.update(tables::kDisks, filter);
 }
 
 int zeldb_update_aim_disk_vpd_info(uint32_t locationId, uint32_t bayNo, const char* model,
@@ -87,7 +89,7 @@ int zeldb_update_aim_disk_vpd_info(uint32_t locationId, uint32_t bayNo, const ch
   ContentValues values(handle, "zeldb_update_aim_disk_vpd_info");
   if (!values) return values.no_memory();
   for (const auto& item : identity) values.put_text(item.column, item.text);
-  return values.update(kDisks, in_place("LocationId", locationId, "BayNo", bayNo));
+  return values.update(tables::kDisks, in_place("LocationId", locationId, "BayNo", bayNo));
 }
 
 int zeldb_update_aim_disk_smart_info(const aim_disk_info_t* disk) {
@@ -104,11 +106,11 @@ int zeldb_update_aim_disk_smart_info(const aim_disk_info_t* disk) {
   if (!values) return values.no_memory();
   put_smart(values, *disk);
   const Filter<256> filter(
-      "%s=\"%s\" AND (%s!=%d OR %s!=%d OR %s!=%d OR %s!=%d OR ((%s+%d)<%d) OR ((%s-%d)>%d))", "Location",
-      place.text(), "SFlags", disk->SFlags, "Warning", disk->Warning, "RemainLife", disk->RemainLife,
-      "InfoMask", disk->InfoMask, "Temperature", kToleratedDegrees, disk->Temperature, "Temperature",
-      kToleratedDegrees, disk->Temperature);
-  return values.update(kDisks, filter);
+      "Location=\"%s\" AND (SFlags!=%d OR Warning!=%d OR RemainLife!=%d OR InfoMask!=%d OR "
+      "((Temperature+%d)<%d) OR ((Temperature-%d)>%d))",
+      place.text(), disk->SFlags, disk->Warning, disk->RemainLife, disk->InfoMask, kToleratedDegrees,
+      disk->Temperature, kToleratedDegrees, disk->Temperature);
+  return values.update(tables::kDisks, filter);
 }
 
 int zeldb_update_aim_disk_ctrl_type(uint32_t locationId, uint32_t number, uint8_t ctrlType) {
@@ -120,8 +122,8 @@ int zeldb_update_aim_disk_ctrl_type(uint32_t locationId, uint32_t number, uint8_
   if (!values) return values.no_memory();
   values.put_uint8("CtrlType", ctrlType);
   PlaceText place("%s%d", name, static_cast<int>(number));
-  const Filter<72> filter("%s=\"%s\" AND %s!=%d", "Location", place.text(), "CtrlType", ctrlType);
-  return values.update(kDisks, filter);
+  const Filter<72> filter("Location=\"%s\" AND CtrlType!=%d", place.text(), ctrlType);
+  return values.update(tables::kDisks, filter);
 }
 
 int zeldb_add_update_nvme_aim_disk(const aim_disk_info_t* disk) {
@@ -130,7 +132,7 @@ int zeldb_add_update_nvme_aim_disk(const aim_disk_info_t* disk) {
   if (disk == nullptr) return ZELDB_INVALID_ARGUMENT;
   ContentValues values(handle, "zeldb_add_update_nvme_aim_disk");
   if (!values) return values.no_memory();
-  R written = *disk;
+  Disk written = *disk;
   terminate_texts(kTexts.fields, &written);
   written.MediaType[sizeof(written.MediaType) - 1] = '\0';
   const bool solid = written.MediaType[0] == '\0' || std::strcmp(written.MediaType, "SSD") == 0;
@@ -142,6 +144,6 @@ int zeldb_add_update_nvme_aim_disk(const aim_disk_info_t* disk) {
   values.put(kTexts.fields, &written, EmptyText::AsNull);
   if (!values.is_complete()) return values.no_memory();
   const Filter<128> own_row = in_place("LocationId", written.LocationId, "BayNo", written.BayNo);
-  const int64_t id = insert_or_update_db_record(handle, kDisks, own_row, values.get(), nullptr);
+  const int64_t id = insert_or_update_db_record(handle, tables::kDisks, own_row, values.get(), nullptr);
   return id >= 1 ? ZELDB_OK : ZELDB_FAILED;
 }

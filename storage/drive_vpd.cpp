@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Vital product data of NVMe drives, in two layouts: one of the drive makers' own, and the FRU image of a
+// Vital product data of NVMe drives, in two layouts: one of the drive vendors, and the FRU image of a
 // management controller.
 #include <algorithm>
 #include <cstddef>
@@ -17,12 +17,12 @@ using namespace zeldb;
 
 namespace {
 
-using R = aim_disk_info_t;
+using Disk = aim_disk_info_t;
 
 constexpr int32_t kRefused = -1;
 constexpr uint32_t kShortestImage = 256;
 
-// The only way to the bytes of an image: those past its end are 0.
+// Access to the bytes of an image. Bytes past its end are 0.
 class Image {
  public:
   Image(const uint8_t* bytes, uint32_t length) : bytes_(bytes), length_(length) {}
@@ -37,7 +37,7 @@ class Image {
     return value;
   }
 
-  // As much of a text as fits, cleaned.
+  // Copies as much of a text as fits, and cleans it.
   template <size_t N>
   void text(uint32_t first, uint32_t length, char (&to)[N]) const {
     length = std::min<uint32_t>(length, N - 1);
@@ -56,8 +56,8 @@ std::string_view view(const char (&field)[N]) {
   return {field, strnlen(field, N - 1)};
 }
 
-// What stands behind the first blank, or else behind the last underscore, or the whole model. One that is
-// the last character separates nothing.
+// The part of the model after the first blank, or else after the last underscore, or else the whole model. A
+// blank or underscore at the end does not count.
 std::string_view part_number(std::string_view model) {
   for (const size_t separator : {model.find(' '), model.rfind('_')}) {
     if (separator != std::string_view::npos && separator + 1 < model.size())
@@ -68,13 +68,13 @@ std::string_view part_number(std::string_view model) {
 
 constexpr size_t kShortText = 32;
 
-// Padded, and not terminated by this copy when the text is longer.
+// The copy is padded with NULs, and not terminated if the text is longer.
 void copy_short(char (&to)[kShortText + 1], std::string_view from) {
   std::memset(to, 0, kShortText);
   std::memcpy(to, from.data(), std::min(from.size(), kShortText));
 }
 
-// ---- The makers' layout ----
+// ---- The layout of the vendors ----
 
 constexpr uint32_t kVendorId = 3;
 constexpr uint32_t kVendorSerial = 5;
@@ -82,22 +82,23 @@ constexpr uint32_t kVendorSerialLength = 20;
 constexpr uint32_t kVendorModel = 25;
 constexpr uint32_t kVendorModelLength = 40;
 
-constexpr CodeText kMakers[] = {
+constexpr CodeText kVendors[] = {
     {0x144D, "Samsung"}, {0x1C5F, "Memblaze"}, {0x1E3B, "Dapu"}, {0x8086, "Intel"}};
-static_assert(is_code_table(kMakers));
+static_assert(is_code_table(kVendors));
 
 bool has_vendor_signature(const Image& image) {
   return image.at(0) == 2 && image.at(1) == 8 && image.at(2) == 1;
 }
 
-void read_vendor_layout(const Image& image, R& disk) {
+void read_vendor_layout(const Image& image, Disk& disk) {
   image.text(kVendorSerial, kVendorSerialLength, disk.SerialNo);
   image.text(kVendorModel, kVendorModelLength, disk.Model);
   copy_short(disk.PartNo, part_number(view(disk.Model)));
   disk.PartNo[kShortText] = '\0';
   std::memcpy(disk.FruNo, disk.SerialNo, kShortText);
   disk.FruNo[kShortText] = '\0';
-  copy_text(disk.Manufacture, text_of(kMakers, static_cast<uint32_t>(image.number(kVendorId, 2)), "Unknown"));
+  copy_text(disk.Manufacture,
+            text_of(kVendors, static_cast<uint32_t>(image.number(kVendorId, 2)), "Unknown"));
 }
 
 // ---- The FRU image ----
@@ -106,28 +107,28 @@ constexpr const char* kStandardReader = "parse_nvme_drive_standard_vpd";
 constexpr uint32_t kProductOffset = 4;
 constexpr uint32_t kRecordsOffset = 5;
 constexpr uint32_t kOffsetUnit = 8;
-constexpr uint8_t kAreaAtByte8 = 8;  // makers write the byte where the format wants its eighth
+constexpr uint8_t kAreaAtByte8 = 8;  // vendors write the byte offset here, where the format has units of 8
 
-// The fields of the product area in their order. Places are 8-bit numbers from its start.
+// The fields of the product area, in order. Positions are 8-bit numbers from its start.
 class ProductArea {
  public:
   ProductArea(const Image& image, uint32_t start) : image_(image), start_(start) {}
 
-  // False, and the target as it was, when the field is empty.
+  // False if the field is empty; the target then stays as it was.
   template <size_t N>
   bool take(char (&to)[N]) {
-    const Place field = next();
+    const Bytes field = next();
     if (field.length > 0) image_.text(field.first, field.length, to);
     return field.length > 0;
   }
   void skip() { next(); }
 
  private:
-  struct Place {
+  struct Bytes {
     uint32_t first, length;
   };
 
-  Place next() {
+  Bytes next() {
     const uint32_t length = image_.at(start_ + position_) & 0x3Fu;
     const auto first = static_cast<uint8_t>(position_ + 1);
     position_ = static_cast<uint8_t>(first + length);
@@ -139,7 +140,7 @@ class ProductArea {
   uint8_t position_ = 3;
 };
 
-void read_product_area(const Image& image, uint32_t start, R& disk) {
+void read_product_area(const Image& image, uint32_t start, Disk& disk) {
   ProductArea area(image, start);
   area.take(disk.Manufacture);
   area.skip();
@@ -156,8 +157,8 @@ void read_product_area(const Image& image, uint32_t start, R& disk) {
   }
 }
 
-// The last NVMe record wins. One that the image does not hold wholly ends the walk.
-void read_capacity(const Image& image, R& disk) {
+// The last NVMe record counts. A record that the image does not hold completely ends the walk.
+void read_capacity(const Image& image, Disk& disk) {
   static constexpr int kMostRecords = 3;
   static constexpr uint8_t kNvme = 11, kNvmePort = 12;
   static constexpr uint32_t kNvmeSize = 64, kNvmePortSize = 16, kCapacity = 24, kCapacitySize = 8;
@@ -176,7 +177,7 @@ void read_capacity(const Image& image, R& disk) {
   }
 }
 
-int32_t read_standard_layout(const Image& image, R& disk) {
+int32_t read_standard_layout(const Image& image, Disk& disk) {
   const uint8_t offset = image.at(kProductOffset);
   if (offset == 0) {
     syslog_info(
@@ -188,7 +189,7 @@ int32_t read_standard_layout(const Image& image, R& disk) {
   const uint32_t start = offset == kAreaAtByte8 ? offset : (offset & 0x1Fu) * kOffsetUnit;
   read_product_area(image, start, disk);
   read_capacity(image, disk);
-  // Texts that were left as they were need not be terminated.
+  // Texts that were not written need not be terminated.
   syslog_info(
       "%s: NVMe drive %d. [Model] %.64s; [MFG] %.16s; [SN] %.32s; [PartNo] %.32s; [Capacity] %.16s\n\n",
       kStandardReader, disk.BayNo, disk.Model, disk.Manufacture, disk.SerialNo, disk.PartNo, disk.Capacity);
@@ -205,8 +206,8 @@ int32_t parse_nvme_drive_vpd(const uint8_t* image, uint32_t len, aim_disk_info_t
     return ZELDB_OK;
   }
   if (vpd.at(0) != 1 && vpd.at(0) != 2) {
-    syslog_info("%s: Unknown VPD format. data [%02X %02X %02X %02X]\n\n", __func__, vpd.at(0), vpd.at(1),
-                vpd.at(2), vpd.at(3));
+    syslog_info("parse_nvme_drive_vpd: Unknown VPD format. data [%02X %02X %02X %02X]\n\n", vpd.at(0),
+                vpd.at(1), vpd.at(2), vpd.at(3));
     return kRefused;
   }
   return read_standard_layout(vpd, *out);

@@ -4,24 +4,25 @@
 #include <atomic>
 
 #include "db/read.h"
+#include "db/tables.h"
 
 namespace zeldb {
 
 namespace {
 
-constexpr ProductData kOwnTable = {"DiskHardwareInfo", "InterfaceTypeId", 5};
-constexpr ProductData kSharedTable = {"VPDs", "HardwareTypeId", 2};
+constexpr ProductData kDiskHardware = {tables::kDiskHardware, "InterfaceTypeId", 5};
+constexpr ProductData kVpds = {tables::kVpds, "HardwareTypeId", 2};
 
 constexpr int kNotAsked = 255;
-// Whether there is an own table. Two that remember at a time may take each other's answer or its end: either
-// table makes a valid condition.
-std::atomic<int> own_table{kNotAsked};
+// Whether DiskHardwareInfo exists. If two threads remember at the same time, one may use or end the answer of
+// the other; either table makes a valid condition.
+std::atomic<int> has_disk_hardware{kNotAsked};
 
 int ask() {
   using Statement = Filter<128>;
   _zel_db_handle_t* const handle = inventory();
   if (handle == nullptr) return 0;
-  const Statement count("select count(*) from %s;", kOwnTable.table);
+  const Statement count("select count(*) from %s;", kDiskHardware.table);
   Result result;
   return zel_db_raw_query(handle, count, Statement::capacity(), result.out()) == ZELDB_OK ? 1 : 0;
 }
@@ -29,9 +30,9 @@ int ask() {
 }  // namespace
 
 ProductData product_data() {
-  int own = own_table.load(std::memory_order_relaxed);
+  int own = has_disk_hardware.load(std::memory_order_relaxed);
   if (own == kNotAsked) own = ask();
-  return own != 0 ? kOwnTable : kSharedTable;
+  return own != 0 ? kDiskHardware : kVpds;
 }
 
 Filter<128> not_known(const char* serial_column, const ProductData& known) {
@@ -40,11 +41,11 @@ Filter<128> not_known(const char* serial_column, const ProductData& known) {
 }
 
 RememberedProductData::RememberedProductData() {
-  own_table.store(ask(), std::memory_order_relaxed);
+  has_disk_hardware.store(ask(), std::memory_order_relaxed);
 }
 
 RememberedProductData::~RememberedProductData() {
-  own_table.store(kNotAsked, std::memory_order_relaxed);
+  has_disk_hardware.store(kNotAsked, std::memory_order_relaxed);
 }
 
 }  // namespace zeldb

@@ -6,21 +6,21 @@
 
 namespace zeldb {
 
-// The table with the product data of drives, and what selects drives in it: DiskHardwareInfo on controllers
-// that have it, VPDs on the others.
+// The table with the product data of drives, and the column and value that select drives in it. Controllers
+// keep these data in DiskHardwareInfo or, if they do not have that table, in VPDs.
 struct ProductData {
   const char* table;
   const char* column;
   int value;
 };
 
-// Asks the database which it is, unless a RememberedProductData has.
+// Asks the database which table it is, unless a RememberedProductData already did.
 ProductData product_data();
 
 // A condition that leaves out drives whose serial number the product data has.
 Filter<128> not_known(const char* serial_column, const ProductData& known);
 
-// While it lives, every thread is answered as the database was when it began.
+// Asks the database once. product_data answers the same to every thread until the end of this object.
 class RememberedProductData {
  public:
   RememberedProductData();

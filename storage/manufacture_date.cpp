@@ -33,8 +33,8 @@ struct Week {
   int week, year;
 };
 
-// The next number of at most two characters with its sign, behind any blanks, as scanf takes it. False, and
-// the value as it was, when there is none.
+// Reads the next number of at most two characters, including its sign, after any blanks, as scanf does. False
+// if there is none; the value then stays as it was.
 bool take_number(std::string_view& text, int& value) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
   const bool sign = text.starts_with('-') || text.starts_with('+');
@@ -74,7 +74,7 @@ Week week_of(std::string_view code) {
   return {std::clamp(week, 1, year == kLastYear ? kLastWeek : weeks_of(year)), year};
 }
 
-// Noon of the week's first day, so that it is the same day in nearly all time zones.
+// Noon of the first day of the week, which is the same day in nearly all time zones.
 constexpr uint32_t minutes_of(Week week) {
   int weeks = week.week - 1;
   for (int year = kFirstYear; year < week.year; ++year) weeks += weeks_of(year);

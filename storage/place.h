@@ -13,7 +13,7 @@ enum Place : uint32_t { kInSlot = 1, kInBay = 2, kInM2Bay = 3, kIn7mmBay = 4 };
 
 enum DriveType : int { kSata = 1, kSas = 2, kNvme = 3, kM2Sata = 4, kM2Nvme = 5, k7mmSata = 6, k7mmNvme = 7 };
 
-// What the text of a place begins with, before the number; null for an unknown kind.
+// The text of a place up to its number; null for an unknown kind.
 constexpr const char* place_name(uint32_t kind) {
   constexpr CodeText kNames[] = {
       {kInSlot, "Slot "}, {kInBay, "Bay "}, {kInM2Bay, "M.2 Bay"}, {kIn7mmBay, "7MM Bay"}};

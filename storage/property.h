@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "db/read.h"
+#include "db/tables.h"
 
 namespace zeldb {
 
@@ -13,7 +14,7 @@ struct Property {
   explicit Property(const Row& row);
 
   uint8_t byte() const { return value[1]; }
-  // The number in the name of a numbered device, "/dc/ovrc/dm/disks/.../<N>/...": 0 in a name that ends
+  // The number in the name of a numbered device, "/dc/ovrc/dm/disks/.../<N>/...", or 0 if the name ends
   // before it.
   int number() const;
 
@@ -23,10 +24,10 @@ struct Property {
   unsigned size;
 };
 
-// The properties that where selects, for Property to read.
+// Selects properties, for Property to read.
 inline Select properties_where(const char* where) {
   static constexpr const char* kColumns[] = {"propName", "propValue"};
-  return {.table = "propertiesDCTbl", .columns = kColumns, .where = where};
+  return {.table = tables::kProperties, .columns = kColumns, .where = where};
 }
 
 }  // namespace zeldb

@@ -10,8 +10,8 @@ namespace zeldb {
 
 namespace {
 
-using A = cmr_bios_attribute;
-using R = PCISetting_info;
+using Attribute = cmr_bios_attribute;
+using Setting = PCISetting_info;
 
 constexpr uint32_t kEndOfList = 0xFFFF;
 constexpr int32_t kUnlimitedInstances = -2;
@@ -20,30 +20,30 @@ constexpr int32_t kStoredUnlimited = 0x0FFFFFFF;
 enum AttributeType : uint32_t { kNumber = 3, kText = 4, kPlain = 5 };
 
 struct TextSource {
-  const char* A::*from;
+  const char* Attribute::*from;
   Field to;
 };
 
 constexpr TextSource kTexts[] = {
-    {&A::SettingName, ZELDB_FIELD(R, SettingName)},
-    {&A::SuppressIf, ZELDB_FIELD(R, SuppressIf)},
-    {&A::GrayIf, ZELDB_FIELD(R, GrayIf)},
-    {&A::GroupID, ZELDB_FIELD(R, GroupID)},
-    {&A::GroupName, ZELDB_FIELD(R, GroupName)},
-    {&A::GroupSuppressIf, ZELDB_FIELD(R, GroupSuppressIf)},
-    {&A::GroupGrayIf, ZELDB_FIELD(R, GroupGrayIf)},
-    {&A::Mriname, ZELDB_FIELD(R, Mriname)},
-    {&A::ShortDesc, ZELDB_FIELD(R, ShortDesc)},
-    {&A::FullDesc, ZELDB_FIELD(R, FullDesc)},
-    {&A::Defvalue, ZELDB_FIELD(R, Defvalue)},
-    {&A::Mfg_default, ZELDB_FIELD(R, Mfg_default)},
-    {&A::Defaultaction, ZELDB_FIELD(R, Defaultaction)},
-    {&A::RecordId, ZELDB_FIELD(R, RecordId)},
+    {&Attribute::SettingName, ZELDB_FIELD(Setting, SettingName)},
+    {&Attribute::SuppressIf, ZELDB_FIELD(Setting, SuppressIf)},
+    {&Attribute::GrayIf, ZELDB_FIELD(Setting, GrayIf)},
+    {&Attribute::GroupID, ZELDB_FIELD(Setting, GroupID)},
+    {&Attribute::GroupName, ZELDB_FIELD(Setting, GroupName)},
+    {&Attribute::GroupSuppressIf, ZELDB_FIELD(Setting, GroupSuppressIf)},
+    {&Attribute::GroupGrayIf, ZELDB_FIELD(Setting, GroupGrayIf)},
+    {&Attribute::Mriname, ZELDB_FIELD(Setting, Mriname)},
+    {&Attribute::ShortDesc, ZELDB_FIELD(Setting, ShortDesc)},
+    {&Attribute::FullDesc, ZELDB_FIELD(Setting, FullDesc)},
+    {&Attribute::Defvalue, ZELDB_FIELD(Setting, Defvalue)},
+    {&Attribute::Mfg_default, ZELDB_FIELD(Setting, Mfg_default)},
+    {&Attribute::Defaultaction, ZELDB_FIELD(Setting, Defaultaction)},
+    {&Attribute::RecordId, ZELDB_FIELD(Setting, RecordId)},
 };
-constexpr TextSource kPatternText = {&A::Pattern, ZELDB_FIELD(R, Pattern)};
-constexpr TextSource kChoicesText = {&A::Choices, ZELDB_FIELD(R, Choices)};
+constexpr TextSource kPatternText = {&Attribute::Pattern, ZELDB_FIELD(Setting, Pattern)};
+constexpr TextSource kChoicesText = {&Attribute::Choices, ZELDB_FIELD(Setting, Choices)};
 
-void copy_text(const TextSource& source, const A& attribute, R& record) {
+void copy_text(const TextSource& source, const Attribute& attribute, Setting& record) {
   const char* const text = attribute.*source.from;
   if (text == nullptr) return;
   const size_t limit = source.to.size - 1U;

@@ -9,6 +9,7 @@
 #include "db/filter.h"
 #include "db/read.h"
 #include "db/shared_file.h"
+#include "db/tables.h"
 #include "zeldb/pci.h"
 #include "zeldb/ucm.h"
 
@@ -16,32 +17,31 @@ using namespace zeldb;
 
 namespace {
 
-using R = PCISetting_info;
+using Setting = PCISetting_info;
 
-constexpr const char* kSettings = "PCISetting";
 constexpr const char* kParseMarker = "/tmp/dp.ucmparsing";
 constexpr const char* kSettingId[] = {"SettingID"};
 constexpr uint16_t kVendorWithoutSets = 0x1000;
 constexpr uint32_t kFlagged = 2;
 
-// Flags first: a row without them is left out.
-constexpr FieldTable kFields{ZELDB_FIELD(R, Flags),         ZELDB_FIELD(R, GroupName),
-                             ZELDB_FIELD(R, SettingID),     ZELDB_FIELD(R, PfaKey),
-                             ZELDB_FIELD(R, CurrentValue),  ZELDB_FIELD(R, PendingValue),
-                             ZELDB_FIELD(R, SuppressIf),    ZELDB_FIELD(R, GrayIf),
-                             ZELDB_FIELD(R, GroupID),       ZELDB_FIELD(R, GroupSuppressIf),
-                             ZELDB_FIELD(R, GroupGrayIf),   ZELDB_FIELD(R, Mriname),
-                             ZELDB_FIELD(R, ShortDesc),     ZELDB_FIELD(R, FullDesc),
-                             ZELDB_FIELD(R, Type),          ZELDB_FIELD(R, SettingName),
-                             ZELDB_FIELD(R, Mininstances),  ZELDB_FIELD(R, Maxinstances),
-                             ZELDB_FIELD(R, Defvalue),      ZELDB_FIELD(R, Mfg_default),
-                             ZELDB_FIELD(R, Defaultaction), ZELDB_FIELD(R, RecordId),
-                             ZELDB_FIELD(R, Minim),         ZELDB_FIELD(R, Maxim),
-                             ZELDB_FIELD(R, Step),          ZELDB_FIELD(R, Mins),
-                             ZELDB_FIELD(R, Maxs),          ZELDB_FIELD(R, Pattern),
-                             ZELDB_FIELD(R, Numchoices),    ZELDB_FIELD(R, Choices)};
+// Flags come first, since a row without them is left out.
+constexpr FieldTable kFields{ZELDB_FIELD(Setting, Flags),         ZELDB_FIELD(Setting, GroupName),
+                             ZELDB_FIELD(Setting, SettingID),     ZELDB_FIELD(Setting, PfaKey),
+                             ZELDB_FIELD(Setting, CurrentValue),  ZELDB_FIELD(Setting, PendingValue),
+                             ZELDB_FIELD(Setting, SuppressIf),    ZELDB_FIELD(Setting, GrayIf),
+                             ZELDB_FIELD(Setting, GroupID),       ZELDB_FIELD(Setting, GroupSuppressIf),
+                             ZELDB_FIELD(Setting, GroupGrayIf),   ZELDB_FIELD(Setting, Mriname),
+                             ZELDB_FIELD(Setting, ShortDesc),     ZELDB_FIELD(Setting, FullDesc),
+                             ZELDB_FIELD(Setting, Type),          ZELDB_FIELD(Setting, SettingName),
+                             ZELDB_FIELD(Setting, Mininstances),  ZELDB_FIELD(Setting, Maxinstances),
+                             ZELDB_FIELD(Setting, Defvalue),      ZELDB_FIELD(Setting, Mfg_default),
+                             ZELDB_FIELD(Setting, Defaultaction), ZELDB_FIELD(Setting, RecordId),
+                             ZELDB_FIELD(Setting, Minim),         ZELDB_FIELD(Setting, Maxim),
+                             ZELDB_FIELD(Setting, Step),          ZELDB_FIELD(Setting, Mins),
+                             ZELDB_FIELD(Setting, Maxs),          ZELDB_FIELD(Setting, Pattern),
+                             ZELDB_FIELD(Setting, Numchoices),    ZELDB_FIELD(Setting, Choices)};
 
-// The status that a reader answers at once, or ZELDB_OK and the handle.
+// Returns ZELDB_OK and the handle, or the status with which the reader ends.
 int begin_reading(_zel_db_handle_t*& handle) {
   handle = inventory();
   if (handle == nullptr) return ZELDB_NO_HANDLE;
@@ -49,11 +49,11 @@ int begin_reading(_zel_db_handle_t*& handle) {
 }
 
 Filter<128> setting_filter(int funkey, const char* prefix) {
-  if (prefix == nullptr) return Filter<128>("%s=%d", "PfaKey", funkey);
-  return Filter<128>("%s=%d AND %s like '%s%c'", "PfaKey", funkey, "SettingID", prefix, '%');
+  if (prefix == nullptr) return Filter<128>("PfaKey=%d", funkey);
+  return Filter<128>("PfaKey=%d AND SettingID like '%s%c'", funkey, prefix, '%');
 }
 
-// The collection's name within a setting id, of which leading dots are no part.
+// The name of the collection in a setting id, without leading dots.
 char* collection_of(char* id) {
   char* const start = id + std::strspn(id, ".");
   start[std::strcspn(start, ".")] = '\0';
@@ -73,7 +73,8 @@ int zeldb_get_pci_configID(int funkey, char* out) {
   const Filter<128> filter = setting_filter(funkey, nullptr);
   Result result;
   const int status =
-      query(handle, {.table = kSettings, .columns = kSettingId, .where = filter, .order = "PfaKey"}, result);
+      query(handle, {.table = tables::kSettings, .columns = kSettingId, .where = filter, .order = "PfaKey"},
+            result);
   if (status != ZELDB_OK || !result) return status;
   char previous[128] = {};
   const unsigned rows = result.row_count();
@@ -102,7 +103,7 @@ int zeldb_get_pci_configSet_count(int funkey, char* prefix, unsigned short* coun
   }
   const Filter<128> filter = setting_filter(funkey, prefix);
   Result result;
-  status = query(handle, {.table = kSettings, .columns = kSettingId, .where = filter}, result);
+  status = query(handle, {.table = tables::kSettings, .columns = kSettingId, .where = filter}, result);
   if (status == ZELDB_OK && result) *count = static_cast<unsigned short>(result.row_count());
   return status;
 }
@@ -115,7 +116,8 @@ int zeldb_get_pci_configSet_list(int funkey, unsigned char* prefix, int announce
     return ZELDB_INVALID_ARGUMENT;
   const Filter<128> filter = setting_filter(funkey, reinterpret_cast<const char*>(prefix));
   Result result;
-  const int status = query(handle, {.table = kSettings, .columns = kFields.columns, .where = filter}, result);
+  const int status =
+      query(handle, {.table = tables::kSettings, .columns = kFields.columns, .where = filter}, result);
   if (status != ZELDB_OK || !result) return status;
   const unsigned rows = result.row_count();
   if (rows != static_cast<unsigned>(announced)) return ZELDB_COUNT_MISMATCH;

@@ -32,7 +32,7 @@ bool allocate_values(ParserState& state, _zel_db_handle_t* handle) {
 }
 
 long long elapsed_ms(const timeval& start, const timeval& end) {
-  // Each part on its own, so that the times in old traces stay comparable.
+  // Seconds and microseconds are rounded separately: the result may be a millisecond short.
   return (static_cast<long long>(end.tv_sec) - start.tv_sec) * 1000 +
          (static_cast<long long>(end.tv_usec) - start.tv_usec) / 1000;
 }

@@ -6,6 +6,7 @@
 #include "db/field.h"
 #include "db/filter.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "platform/vrel_log.h"
 #include "zeldb/pci.h"
@@ -18,7 +19,6 @@ using namespace zeldb;
 
 namespace {
 
-constexpr const char* kAdapters = "PCIAdapter";
 constexpr uint32_t kMerged = 3;
 
 // A function on its way from PCIs, and from a row of its adapter, into PCIAdapter.
@@ -51,28 +51,28 @@ constexpr FieldTable kWritten{ZELDB_FIELD(Function, SegNo),
 
 enum class By { Function, Adapter };
 
-// False when memory is short: without the first step the second one would remove rows that it keeps.
+// False if memory is short. The second step would then remove the rows that the first one should have kept.
 bool release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& values) {
   values.put_uint8("AIMSupported", 0);
   if (!values.is_complete()) return false;
-  const Filter<128> known("%s=%d AND %s NOT IN ( SELECT %s FROM %s) AND %s IN (SELECT %s FROM %s)",
-                          "AIMSupported", kMerged, "PCIFuncKey", "PfaKey", "PCISetting", "PCIFuncKey",
-                          "FunKey", "PCIs");
-  values.update(kAdapters, known);
-  // Those that are left are gone from PCIs.
-  const Filter<128> gone("%s=%d AND %s NOT IN ( SELECT %s FROM %s)", "AIMSupported", kMerged, "PCIFuncKey",
-                         "PfaKey", "PCISetting");
-  zel_db_delete(handle, kAdapters, gone, nullptr, 0, nullptr);
+  const Filter<128> known(
+      "AIMSupported=%d AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting) AND PCIFuncKey IN (SELECT "
+      "FunKey FROM PCIs)",
+      kMerged);
+  values.update(tables::kAdapters, known);
+  // The rows that are still marked belong to functions that are gone from PCIs.
+  const Filter<128> gone("AIMSupported=%d AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting)", kMerged);
+  zel_db_delete(handle, tables::kAdapters, gone, nullptr, 0, nullptr);
   return true;
 }
 
-// Reads the fields from the row that the key selects. Nothing, or the status that ends the merge.
+// Reads the fields from the row that the key selects. Returns nothing, or the status that ends the merge.
 template <size_t N>
 std::optional<int> look_up(_zel_db_handle_t* handle, By by, uint32_t key, const FieldTable<N>& table,
                            Function& function) {
   const int shown = static_cast<int>(key);
   const bool by_function = by == By::Function;
-  const char* const table_name = by_function ? "PCIs" : kAdapters;
+  const char* const table_name = by_function ? tables::kFunctions : tables::kAdapters;
   const Filter<128> where("%s=%d", by_function ? "FunKey" : "PCIKey", shown);
   Result result;
   int status = query(handle, {.table = table_name, .columns = table.columns, .where = where}, result);
@@ -82,12 +82,11 @@ std::optional<int> look_up(_zel_db_handle_t* handle, By by, uint32_t key, const 
            shown, status);
     return status;
   }
-  status = result.step();
-  if (status != ZELDB_ROW) {
+  if (const auto ended = result.no_row()) {
     logErr(by_function ? "Merge: Can not step query result for funkey %d, rc = %d\n"
                        : "Merge: Can not step query result for pcikey %d, rc = %d\n",
-           shown, status);
-    return status;
+           shown, *ended);
+    return ended;
   }
   result.row().fill(table.fields, &function);
   terminate_texts(table.fields, &function);
@@ -98,7 +97,7 @@ bool is_generic_name(const char* name) {
   return std::strncmp(name, "Adapter", 7) == 0;
 }
 
-// Nothing when the next function may follow, or the status that ends the merge.
+// Returns nothing if the next function may follow, or else the status that ends the merge.
 std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& values, uint32_t key) {
   const int shown = static_cast<int>(key);
   unsigned supported = 0;
@@ -122,7 +121,8 @@ std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& value
   values.clear();
   values.put(kWritten.fields, &function, EmptyText::AsText);
   const Filter<128> own_row("PCIFuncKey=%u", function.FunKey);
-  const int status = known ? values.update(kAdapters, own_row) : values.insert(kAdapters, nullptr);
+  const int status =
+      known ? values.update(tables::kAdapters, own_row) : values.insert(tables::kAdapters, nullptr);
   if (status != ZELDB_OK) {
     logWarn("Merge: failed to insert/update funkey %d to PCIAdapter, rc=%d\n", shown, status);
     return status;
@@ -133,18 +133,16 @@ std::optional<int> merge_function(_zel_db_handle_t* handle, ContentValues& value
 
 int merge_functions(_zel_db_handle_t* handle, ContentValues& values) {
   static constexpr const char* kKeys[] = {"PfaKey"};
-  const Filter<128> distinct("1 GROUP BY %s", "PfaKey");
+  const Filter<128> distinct("1 GROUP BY PfaKey");
   Result keys;
-  int status = query(handle, {.table = "PCISetting", .columns = kKeys, .where = distinct}, keys);
+  const int status = query(handle, {.table = tables::kSettings, .columns = kKeys, .where = distinct}, keys);
   if (status != ZELDB_OK || !keys) {
     logErr("Merge: Can not query all function key from PCISettings, rc = %d\n", status);
     return status;
   }
-  const unsigned count = keys.row_count();
-  for (unsigned handled = 0; (status = keys.step()) == ZELDB_ROW && handled < count; ++handled) {
-    if (const auto ended = merge_function(handle, values, keys.row().number(0))) return *ended;
-  }
-  return status;
+  return walk(keys, keys.row_count(),
+              [&](const Row& row) { return merge_function(handle, values, row.number(0)); })
+      .value_or(ZELDB_OK);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "db/owners.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "platform/cmr.h"
 #include "platform/vrel_log.h"
@@ -18,7 +19,6 @@ namespace {
 
 using Entry = _ZELDB_PCI_ConfigSet_Entry;
 
-constexpr const char* kSettings = "PCISetting";
 constexpr const char* kPending = "PendingValue";
 
 template <size_t N>
@@ -31,7 +31,7 @@ std::string id_filter(const Entry& entry) {
 }
 
 bool exists(_zel_db_handle_t* handle, const Entry& entry) {
-  if (find_db_record(handle, kSettings, id_filter(entry).c_str()) >= 1) return true;
+  if (find_db_record(handle, tables::kSettings, id_filter(entry).c_str()) >= 1) return true;
   vrel_log::logErr("zeldb_save_pci_configSet_list failed, ZELDB_PCI_SETTING_ID_NOEXIT");
   return false;
 }
@@ -43,7 +43,7 @@ std::string change_filter(const Entry& entry) {
 int store_pending(ContentValues& values, const Entry& entry) {
   values.clear();
   values.put_text(kPending, entry.PendingValue);
-  return values.update(kSettings, change_filter(entry).c_str());
+  return values.update(tables::kSettings, change_filter(entry).c_str());
 }
 
 struct Stored {
@@ -69,7 +69,7 @@ int store_all(_zel_db_handle_t* handle, std::span<const Entry> entries) {
   return status;
 }
 
-// All entries in one request, none included: the service is told that a save took place.
+// Sends all entries in one request, even if there are none: the service is told that a save took place.
 int hand_over(std::span<const Entry> entries) {
   int status = 0;
   {

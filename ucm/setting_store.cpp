@@ -6,6 +6,7 @@
 
 #include "db/field.h"
 #include "db/read.h"
+#include "db/tables.h"
 #include "db/values.h"
 #include "platform/vrel_log.h"
 #include "zeldb/db.h"
@@ -13,41 +14,59 @@
 
 namespace {
 
-using R = PCISetting_info;
+using Setting = PCISetting_info;
 using namespace zeldb;
 
 // In the order of the table's columns.
-constexpr FieldTable kColumns{ZELDB_FIELD(R, SettingID),     ZELDB_FIELD(R, SettingName),
-                              ZELDB_FIELD(R, PendingValue),  ZELDB_FIELD(R, CurrentValue),
-                              ZELDB_FIELD(R, PfaKey),        ZELDB_FIELD(R, SuppressIf),
-                              ZELDB_FIELD(R, GrayIf),        ZELDB_FIELD(R, GroupID),
-                              ZELDB_FIELD(R, GroupName),     ZELDB_FIELD(R, GroupSuppressIf),
-                              ZELDB_FIELD(R, GroupGrayIf),   ZELDB_FIELD(R, Mriname),
-                              ZELDB_FIELD(R, ShortDesc),     ZELDB_FIELD(R, FullDesc),
-                              ZELDB_FIELD(R, Defvalue),      ZELDB_FIELD(R, Mfg_default),
-                              ZELDB_FIELD(R, Defaultaction), ZELDB_FIELD(R, RecordId),
-                              ZELDB_FIELD(R, Type),          ZELDB_FIELD(R, Flags),
-                              ZELDB_FIELD(R, Minim),         ZELDB_FIELD(R, Maxim),
-                              ZELDB_FIELD(R, Step),          ZELDB_FIELD(R, Mins),
-                              ZELDB_FIELD(R, Maxs),          ZELDB_FIELD(R, Pattern),
-                              ZELDB_FIELD(R, Numchoices),    ZELDB_FIELD(R, Choices),
-                              ZELDB_FIELD(R, Mininstances),  ZELDB_FIELD(R, Maxinstances)};
+constexpr FieldTable kColumns{ZELDB_FIELD(Setting, SettingID),     ZELDB_FIELD(Setting, SettingName),
+                              ZELDB_FIELD(Setting, PendingValue),  ZELDB_FIELD(Setting, CurrentValue),
+                              ZELDB_FIELD(Setting, PfaKey),        ZELDB_FIELD(Setting, SuppressIf),
+                              ZELDB_FIELD(Setting, GrayIf),        ZELDB_FIELD(Setting, GroupID),
+                              ZELDB_FIELD(Setting, GroupName),     ZELDB_FIELD(Setting, GroupSuppressIf),
+                              ZELDB_FIELD(Setting, GroupGrayIf),   ZELDB_FIELD(Setting, Mriname),
+                              ZELDB_FIELD(Setting, ShortDesc),     ZELDB_FIELD(Setting, FullDesc),
+                              ZELDB_FIELD(Setting, Defvalue),      ZELDB_FIELD(Setting, Mfg_default),
+                              ZELDB_FIELD(Setting, Defaultaction), ZELDB_FIELD(Setting, RecordId),
+                              ZELDB_FIELD(Setting, Type),          ZELDB_FIELD(Setting, Flags),
+                              ZELDB_FIELD(Setting, Minim),         ZELDB_FIELD(Setting, Maxim),
+                              ZELDB_FIELD(Setting, Step),          ZELDB_FIELD(Setting, Mins),
+                              ZELDB_FIELD(Setting, Maxs),          ZELDB_FIELD(Setting, Pattern),
+                              ZELDB_FIELD(Setting, Numchoices),    ZELDB_FIELD(Setting, Choices),
+                              ZELDB_FIELD(Setting, Mininstances),  ZELDB_FIELD(Setting, Maxinstances)};
 
-// The columns that tell a changed row, those that change most often first.
-constexpr FieldTable kCompared{
-    ZELDB_FIELD(R, PendingValue),  ZELDB_FIELD(R, SettingName), ZELDB_FIELD(R, CurrentValue),
-    ZELDB_FIELD(R, PfaKey),        ZELDB_FIELD(R, SuppressIf),  ZELDB_FIELD(R, GrayIf),
-    ZELDB_FIELD(R, GroupID),       ZELDB_FIELD(R, GroupName),   ZELDB_FIELD(R, GroupSuppressIf),
-    ZELDB_FIELD(R, GroupGrayIf),   ZELDB_FIELD(R, Mriname),     ZELDB_FIELD(R, ShortDesc),
-    ZELDB_FIELD(R, FullDesc),      ZELDB_FIELD(R, Defvalue),    ZELDB_FIELD(R, Mfg_default),
-    ZELDB_FIELD(R, Defaultaction), ZELDB_FIELD(R, RecordId),    ZELDB_FIELD(R, Type),
-    ZELDB_FIELD(R, Flags),         ZELDB_FIELD(R, Minim),       ZELDB_FIELD(R, Maxim),
-    ZELDB_FIELD(R, Step),          ZELDB_FIELD(R, Mins),        ZELDB_FIELD(R, Maxs),
-    ZELDB_FIELD(R, Pattern),       ZELDB_FIELD(R, Numchoices),  ZELDB_FIELD(R, Choices),
-    ZELDB_FIELD(R, Mininstances),  ZELDB_FIELD(R, Maxinstances)};
+// The columns that are compared to detect a change, those that change most often first.
+constexpr FieldTable kCompared{ZELDB_FIELD(Setting, PendingValue),
+                               ZELDB_FIELD(Setting, SettingName),
+                               ZELDB_FIELD(Setting, CurrentValue),
+                               ZELDB_FIELD(Setting, PfaKey),
+                               ZELDB_FIELD(Setting, SuppressIf),
+                               ZELDB_FIELD(Setting, GrayIf),
+                               ZELDB_FIELD(Setting, GroupID),
+                               ZELDB_FIELD(Setting, GroupName),
+                               ZELDB_FIELD(Setting, GroupSuppressIf),
+                               ZELDB_FIELD(Setting, GroupGrayIf),
+                               ZELDB_FIELD(Setting, Mriname),
+                               ZELDB_FIELD(Setting, ShortDesc),
+                               ZELDB_FIELD(Setting, FullDesc),
+                               ZELDB_FIELD(Setting, Defvalue),
+                               ZELDB_FIELD(Setting, Mfg_default),
+                               ZELDB_FIELD(Setting, Defaultaction),
+                               ZELDB_FIELD(Setting, RecordId),
+                               ZELDB_FIELD(Setting, Type),
+                               ZELDB_FIELD(Setting, Flags),
+                               ZELDB_FIELD(Setting, Minim),
+                               ZELDB_FIELD(Setting, Maxim),
+                               ZELDB_FIELD(Setting, Step),
+                               ZELDB_FIELD(Setting, Mins),
+                               ZELDB_FIELD(Setting, Maxs),
+                               ZELDB_FIELD(Setting, Pattern),
+                               ZELDB_FIELD(Setting, Numchoices),
+                               ZELDB_FIELD(Setting, Choices),
+                               ZELDB_FIELD(Setting, Mininstances),
+                               ZELDB_FIELD(Setting, Maxinstances)};
 
-// Room for the terms around the values.
-constexpr size_t kFilterReserve = sizeof(R) + 1024;
+// Leaves room for the terms around the values.
+constexpr size_t kFilterReserve = sizeof(Setting) + 1024;
 
 void append_text_differs(std::string& condition, const char* column, const char* value) {
   if (*value == '\0') {
@@ -58,7 +77,7 @@ void append_text_differs(std::string& condition, const char* column, const char*
   }
 }
 
-std::string change_filter(const R& record) {
+std::string change_filter(const Setting& record) {
   std::string filter;
   filter.reserve(kFilterReserve);
   for (const Field& field : kCompared.fields) {
@@ -72,8 +91,8 @@ std::string change_filter(const R& record) {
   return filter;
 }
 
-// The row's id, or a value below 1; nothing when memory is short.
-std::optional<int64_t> store(_zel_db_handle_t* handle, const R& record, const char* id) {
+// Returns the id of the row, a value below 1, or nothing if memory is short.
+std::optional<int64_t> store(_zel_db_handle_t* handle, const Setting& record, const char* id) {
   ContentValues values(handle, "extract_PCISetting_info");
   if (values) values.put(kColumns.fields, &record, EmptyText::AsNull);
   if (!values || !values.is_complete()) {
@@ -82,7 +101,7 @@ std::optional<int64_t> store(_zel_db_handle_t* handle, const R& record, const ch
   }
   try {
     const std::string key = std::string("SettingID=\"") + id + "\"";
-    return insert_or_update_db_record(handle, "PCISetting", key.c_str(), values.get(),
+    return insert_or_update_db_record(handle, tables::kSettings, key.c_str(), values.get(),
                                       change_filter(record).c_str());
   } catch (const std::bad_alloc&) {
     return std::nullopt;

@@ -18,7 +18,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 typedef struct _zel_db_handle_t _zel_db_handle_t;
 typedef struct _zel_db_param_t _zel_db_param_t;
 
@@ -146,7 +146,7 @@ ZELDB_API int zeldb_get_processor_list(_ZELDB_Id_List* list);
 ZELDB_API int zeldb_get_memory_list(_ZELDB_Id_List* list);
 
 /* The ids of Intel's high-bandwidth memory ("Hbm" in the first 62 characters of DevLocator), or of Intel's
- * non-volatile modules (bit 0x1000 of TypeDetail). The array has room for every module of that maker. Steps
+ * non-volatile modules (bit 0x1000 of TypeDetail). The array has room for every module of that vendor. Steps
  * that fail are not reported. */
 ZELDB_API int zeldb_get_HBM_memory_list(_ZELDB_Id_List* list);
 ZELDB_API int zeldb_get_AEP_memory_list(_ZELDB_Id_List* list);

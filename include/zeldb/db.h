@@ -14,7 +14,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 typedef struct _zel_db_handle_t _zel_db_handle_t;
 typedef struct zel_db_content_values_t zel_db_content_values_t;
 typedef struct _zel_db_param_t _zel_db_param_t;

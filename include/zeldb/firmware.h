@@ -28,7 +28,7 @@
 #include "zeldb/pci.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 /* One PLDM component. */
 typedef struct _ZELDB_PldmFirmware {
   char DeviceName[129];
@@ -168,7 +168,7 @@ ZELDB_API int zeldb_get_pldm_firmware_pending_list(_ZELDB_PldmFirmware_List* lis
 ZELDB_API int zeldb_get_pldm_firmware_updated_list(_ZELDB_PldmFirmware_List* list);
 ZELDB_API int zeldb_get_pldm_firmware_update_failure_list(_ZELDB_PldmFirmware_List* list);
 ZELDB_API int zeldb_get_pldm_firmware_update_success_list(_ZELDB_PldmFirmware_List* list);
-/* Those of the maker's own controllers of vendor 0x1B4B, devices 0x9230 and 0x2241. */
+/* Those of the system vendor's own storage controllers (PCI vendor 0x1B4B, devices 0x9230 and 0x2241). */
 ZELDB_API int zeldb_get_pldm_firmware_marvell_ctrl_list(_ZELDB_PldmFirmware_List* list);
 
 /* The component of a slot, or of one device in it when neither bus nor device is negative. Of two components

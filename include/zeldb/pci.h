@@ -23,7 +23,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 typedef struct _ZELDB_PCI_FunKey_List {
   uint32_t Count;
   uint32_t* Items;
@@ -323,7 +323,7 @@ ZELDB_API int zeldb_get_pci_generic_info(unsigned int funKey, _ZELDB_PCI_Generic
  * success. Slot designations are cut to 63 characters. */
 ZELDB_API int zeldb_get_pci_generic_info_list(_ZELDB_PCI_Generic_Info_List* list, char* filter);
 
-/* The NVMe controllers (class 0x010802) of known drive makers that sit in slots; as
+/* The NVMe controllers (class 0x010802) of known drive vendors that sit in slots; as
  * zeldb_get_pci_generic_info_list. */
 ZELDB_API int zeldb_get_aic_drive_pci_info_list(_ZELDB_PCI_Generic_Info_List* list);
 

@@ -24,7 +24,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 typedef struct _zel_db_handle_t _zel_db_handle_t;
 
 enum _AimDiskFormFactor {
@@ -97,7 +97,7 @@ ZELDB_API int32_t parse_nvme_drive_vpd(const uint8_t* image, uint32_t len, aim_d
  * two blanks in a row, unless they stand at its beginning. Bytes from 0x80 on are kept. */
 ZELDB_API void rm_invalid_chars(char* field, uint32_t length);
 
-/* The maker of a drive by the beginning of its model, a static text: empty when it is not known, null for
+/* The vendor of a drive by the beginning of its model, a static text: empty when it is not known, null for
  * null. */
 ZELDB_API const char* driveModel2Manufacture(const char* model);
 

@@ -14,7 +14,7 @@
 #include "zeldb/export.h"
 #include "zeldb/status.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 /* One setting of one PCI function, the image of a row of PCISetting; packed. Texts end with a NUL. */
 #pragma pack(push, 1)
 typedef struct PCISetting_info {
