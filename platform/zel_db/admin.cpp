@@ -8,39 +8,42 @@
 
 #include "zel_db/c_face.h"
 #include "zel_db/connections.h"
+#include "zel_db/run_once.h"
 #include "zel_db/schema.h"
 #include "zel_db/session.h"
 #include "zel_db/sql/tokens.h"
+#include "zel_db/upgrade.h"
 
 namespace zel_db {
 namespace {
-
-// Stops the work with a status and a line for the operator.
-struct Failure : std::runtime_error {
-  Failure(int failed, const std::string& line) : std::runtime_error(line), status(failed) {}
-  int status;
-};
 
 std::string url_or_environment(const char* url) {
   return std::string(url != nullptr ? std::string_view(url) : environment_url());
 }
 
-void run(Connection& connection, const std::string& sql, Result* rows = nullptr) {
-  int status = kOk;
-  const auto statement = connection.prepare(sql, {}, Use::Once, &status);
-  if (statement != nullptr) status = statement->run({}, rows, nullptr);
-  if (status != kOk) throw Failure(status, connection.message());
+// 0 where there is none.
+int64_t version_of(Connection& connection, const Dialect& dialect) {
+  if (rows_of(connection, dialect.columns_of("ZeldbSchema")).empty()) return 0;
+  Result versions;
+  run_once(connection, "SELECT max(Version) FROM ZeldbSchema", &versions);
+  uint64_t version = 0;
+  versions.step();
+  return versions.number(0, &version) == kOk ? static_cast<int64_t>(version) : 0;
 }
 
+// An engine that commits each definition by itself goes on at the next call where it was interrupted: the
+// version comes last.
 void define(Connection& connection, const std::string& database, const Dialect& dialect) {
-  if (dialect.begin_definitions != nullptr) run(connection, dialect.begin_definitions);
-  for (const std::string& statement : definitions(database, dialect)) run(connection, statement);
-  Result versions;
-  run(connection, "SELECT Version FROM ZeldbSchema", &versions);
-  if (versions.row_count() == 0) {
-    run(connection, "INSERT INTO ZeldbSchema (Version) VALUES (" + std::to_string(kSchemaVersion) + ")");
+  if (dialect.begin_definitions != nullptr) run_once(connection, dialect.begin_definitions);
+  const int64_t version = version_of(connection, dialect);
+  upgrade_tables(connection, database, dialect);  // two databases in one file have one version
+  for (const std::string& statement : definitions(database, dialect)) run_once(connection, statement);
+  if (version < kSchemaVersion) {
+    const std::string number = std::to_string(kSchemaVersion);
+    run_once(connection, version == 0 ? "INSERT INTO ZeldbSchema (Version) VALUES (" + number + ")"
+                                      : "UPDATE ZeldbSchema SET Version=" + number);
   }
-  if (dialect.commit_definitions != nullptr) run(connection, dialect.commit_definitions);
+  if (dialect.commit_definitions != nullptr) run_once(connection, dialect.commit_definitions);
 }
 
 void create(const std::string& url, std::string_view database) {

@@ -69,6 +69,10 @@ struct Dialect {
   const char* table_options;
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
+  // Of a table: the names and types of its columns, no row where there is no such table.
+  std::string (*columns_of)(const std::string& table);
+  const char* bytes;            // the type to which a value is cast for its length in bytes
+  bool rebuilds_tables;         // a table gets its checks only when it is made
   const char* without_indexes;  // behind a table's name: it is read from its first row to its last
   bool searches_conditions;  // looks in each part of a condition for a way to the row that its id would find
   bool pays_for_order;       // to ask for an order costs something even where rows have it already

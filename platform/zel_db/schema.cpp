@@ -37,18 +37,6 @@ constexpr Table kPropertyTables[] = {
       "`zeldb_get_bp_drive_count`"}},
 };
 
-std::string table_definition(const Table& table, const Dialect& dialect) {
-  std::string sql = std::string("CREATE TABLE IF NOT EXISTS ") + table.name + " (";
-  if (table.has_row_id) sql.append("_id ").append(dialect.row_id).append(", ");
-  for (const Column& column : table.columns) {
-    sql.append(column.name).append(" ").append(dialect.type(column));
-    if (column.value == Default::Zero) sql.append(" DEFAULT 0");
-    sql.append(", ");
-  }
-  sql.resize(sql.size() - 2);
-  return sql.append(")").append(dialect.table_options);
-}
-
 std::string index_definition(const Table& table, const Column& column) {
   const char* unique = column.index == Index::Unique ? "UNIQUE " : "";
   const std::string name = std::string(table.name) + "_" + column.name;
@@ -95,12 +83,28 @@ std::optional<Kind> kind_of(std::string_view table_name, std::string_view name) 
   return column != table->columns.end() ? std::optional(column->kind) : std::nullopt;
 }
 
+std::string column_definition(const Column& column, const Dialect& dialect) {
+  std::string sql = std::string(column.name) + " " + dialect.type(column);
+  if (column.value == Default::Zero) sql.append(" DEFAULT 0");
+  return sql;
+}
+
+std::string table_definition(const Table& table, const std::string& name, const std::string& others,
+                             const Dialect& dialect) {
+  std::string columns;
+  if (table.has_row_id) columns.append("_id ").append(dialect.row_id);
+  for (const Column& column : table.columns) {
+    columns.append(columns.empty() ? "" : ", ").append(column_definition(column, dialect));
+  }
+  return "CREATE TABLE " + name + " (" + columns + others + ")" + dialect.table_options;
+}
+
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect) {
   std::vector<std::string> statements;
   for (const Family& family : families()) {
     if (!family.database.empty() && family.database != database) continue;
     for (const Table& table : family.tables) {
-      statements.push_back(table_definition(table, dialect));
+      statements.push_back(table_definition(table, std::string("IF NOT EXISTS ") + table.name, "", dialect));
       for (const Column& column : table.columns) {
         if (column.index != Index::None) statements.push_back(index_definition(table, column));
       }

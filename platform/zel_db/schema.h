@@ -19,7 +19,7 @@ namespace zel_db {
 
 struct Dialect;
 
-inline constexpr int64_t kSchemaVersion = 1;
+inline constexpr int64_t kSchemaVersion = 2;
 inline constexpr std::array<std::string_view, 2> kDatabases = {"dmdb", "propertiesdb"};
 
 enum class Kind : uint8_t { Integer, Unsigned64, Text, Blob };
@@ -67,6 +67,10 @@ inline bool has_column(std::string_view table, std::string_view column) {
   return kind_of(table, column).has_value();
 }
 
+// As it is declared; name: of the table, others: further columns, each after a comma.
+std::string column_definition(const Column& column, const Dialect& dialect);
+std::string table_definition(const Table& table, const std::string& name, const std::string& others,
+                             const Dialect& dialect);
 // The statements that make what is missing of a database's tables.
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);
 

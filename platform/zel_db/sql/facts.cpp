@@ -235,8 +235,8 @@ bool Statement::begins_operand(size_t i) const {
 
 bool Statement::ends_operand(size_t i) const {
   const Place& after = at(i + 1);
-  return after.kind == Token::Kind::End || after.kind == Token::Kind::Word || after.is(')') || after.is(',') ||
-         after.is_comparison();
+  return after.kind == Token::Kind::End || after.kind == Token::Kind::Word || after.is(')') ||
+         after.is(',') || after.is_comparison();
 }
 
 size_t Statement::column_before(size_t i) const {
@@ -303,7 +303,7 @@ void Statement::describe_operands(Facts& facts) const {
     if (place.kind == Token::Kind::Placeholder) {
       const std::optional<Kind> kind = kind_of(column_beside(i, i));
       facts.meets_number.push_back(kind == Kind::Integer || kind == Kind::Unsigned64);
-    } else if (place.kind == Token::Kind::Number && ends_operand(i) && reads_as_number(place.text)) {
+    } else if (place.kind == Token::Kind::Number && ends_operand(i) && reads_as_number(place.text())) {
       const size_t first = sign_before(i);
       if (kind_of(column_beside(first, i)) != Kind::Text) continue;
       facts.beside_texts.push_back(

@@ -85,9 +85,9 @@ Token Lifter::take(const Token& token) {
       leave_out(token);
       break;
     case Kind::Open:
-      fail(token.text.front() == '`'   ? "unterminated name"
-           : token.text.front() == '/' ? "unterminated comment"
-                                       : "unterminated text");
+      fail(token.text().front() == '`'   ? "unterminated name"
+           : token.text().front() == '/' ? "unterminated comment"
+                                         : "unterminated text");
       break;
     default:
       break;
@@ -96,7 +96,7 @@ Token Lifter::take(const Token& token) {
 }
 
 Token Lifter::take_symbol(const Token& symbol) {
-  const char c = symbol.text.front();
+  const char c = symbol.text().front();
   if (c == ';') end_statement(symbol);
   if (!lifts_) return tokens_.next_mark();
   if (kOfOneEngine.find(c) != std::string_view::npos) fail("a symbol that not every engine knows");
@@ -166,8 +166,8 @@ void Lifter::leave_out(const Token& comment) {
 }
 
 Value Lifter::unquoted(const Token& text) {
-  const char quote = text.text.front();
-  const std::string_view inside = text.text.substr(1, text.text.size() - 2);
+  const char quote = text.text().front();
+  const std::string_view inside = text.text().substr(1, text.text().size() - 2);
   size_t doubled = inside.find(quote);
   if (doubled == std::string_view::npos) return Value::text_of(inside);
 

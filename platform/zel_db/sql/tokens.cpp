@@ -70,9 +70,9 @@ bool is_prefix(char c) {
 }  // namespace
 
 Token Tokens::token(Kind kind, const char* end) {
-  const Token token{kind, {p_, static_cast<size_t>(end - p_)}, depth_};
+  const char* const start = p_;
   p_ = end;
-  return token;
+  return {start, static_cast<uint32_t>(end - start), depth_, kind};
 }
 
 Token Tokens::quoted(const char* quote, Kind kind) {
@@ -151,6 +151,8 @@ Token Tokens::next_mark() {
   const char* const end = end_;
   while (end - p >= 4 && (mark_of(p[0]) | mark_of(p[1]) | mark_of(p[2]) | mark_of(p[3])) == 0) p += 4;
   while (p < end && mark_of(*p) == 0) ++p;
+  const auto is_value = [](char c) { return c == '"' || c == '\'' || c == '?'; };
+  if (end - p > 1 && is_value(p[1]) && (*p == '=' || *p == '<' || *p == '>')) ++p;
   const char* const skipped = p_;
   p_ = p;
   if (p == end) return token(Kind::End, end);
@@ -164,12 +166,12 @@ Token Tokens::next_mark() {
 }
 
 bool Token::is(std::string_view word) const {
-  return kind == Kind::Word && equal_ignoring_case(text, word);
+  return kind == Kind::Word && equal_ignoring_case(text(), word);
 }
 
 std::string_view Token::name() const {
-  if (kind == Kind::Word) return text;
-  return kind == Kind::Name ? text.substr(1, text.size() - 2) : std::string_view();
+  if (kind == Kind::Word) return text();
+  return kind == Kind::Name ? text().substr(1, size - 2) : std::string_view();
 }
 
 bool equal_ignoring_case(std::string_view a, std::string_view b) {

@@ -24,17 +24,20 @@ struct Token {
     Open,         // a text, name or comment that cannot stand because it is not closed
   };
 
+  // Two machine words: a token is returned in registers.
+  const char* start = nullptr;
+  uint32_t size = 0;
+  int16_t depth = 0;  // of parentheses around it; a parenthesis is outside of its own pair
   Kind kind = Kind::End;
-  std::string_view text;  // as it is spelled
-  int depth = 0;          // of parentheses around it; a parenthesis is outside of its own pair
 
-  bool is(char symbol) const { return kind == Kind::Symbol && text.front() == symbol; }
+  std::string_view text() const { return {start, size}; }  // as it is spelled
+  bool is(char symbol) const { return kind == Kind::Symbol && *start == symbol; }
   bool is(std::string_view word) const;  // a word, in letters of either case
   bool is_comparison() const { return is('=') || is('<') || is('>') || is('!'); }
   // What a word or name refers to, empty for anything else.
   std::string_view name() const;
-  const char* begin() const { return text.data(); }
-  const char* end() const { return text.data() + text.size(); }
+  const char* begin() const { return start; }
+  const char* end() const { return start + size; }
 };
 
 class Tokens {
@@ -44,8 +47,9 @@ class Tokens {
   // The next token that is no comment.
   Token next();
   Token next_or_comment();
-  // The same, but skips words, numbers, blanks and the symbols that mean nothing to literals. Most of a
-  // statement is such, and is passed over four characters at a time.
+  // The same, but skips words, numbers, blanks and the symbols that mean nothing to literals: of comparisons
+  // those that touch a text or a placeholder. Most of a statement is such, and is passed over four characters
+  // at a time.
   Token next_mark();
 
  private:
@@ -58,7 +62,7 @@ class Tokens {
   const char* begin_;
   const char* p_;
   const char* end_;
-  int depth_ = 0;
+  int16_t depth_ = 0;
 };
 
 constexpr bool is_blank(char c) {

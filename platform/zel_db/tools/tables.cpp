@@ -24,8 +24,7 @@ The inventory is the database `dmdb`, the property store the database `propertie
   for 0 or an empty text unless its header says otherwise.
 - The library carries numbers from their writers to their readers and converts none, but where it says so: units and
   codes are those of the writers. Many are SMBIOS codes, named so here.
-- Texts are bytes, compared byte by byte; the size is the most that the column holds on MariaDB. An index covers one
-  column.
+- Texts are bytes, compared byte by byte; a longer one than the column's size is refused. An index covers one column.
 - "Written by" and "read by" name the exported functions (`include/zeldb`). The record helpers of `zeldb/db.h` and
   `zeldb load` write to any table; an SQL condition that a caller hands in reads what it names.
 
@@ -33,8 +32,8 @@ The inventory is the database `dmdb`, the property store the database `propertie
 |---|---|---|
 | number | `INTEGER` | `BIGINT` |
 | unsigned 64-bit | `INTEGER` | `BIGINT UNSIGNED` |
-| text N | `TEXT` | `VARCHAR(N)`, latin1, binary collation |
-| bytes N | `BLOB` | `VARBINARY(N)` |
+| text N | `TEXT` with a check of its bytes | `VARCHAR(N)`, latin1, binary collation |
+| bytes N | `BLOB` with a check of its bytes | `VARBINARY(N)` |
 
 ## Conditions
 

@@ -52,7 +52,7 @@ TEST_F(Files, WhatCannotBeOpenedIsOneLineInTheLog) {
       {"folder", [&](auto& name) { fs::create_directories(folder / name / "dmdb.sqlite"); },
        "it is not a file"},
       {"newer", [&](auto& name) { create(name), load("update ZeldbSchema set Version=9"); },
-       "its schema has version 9, this program knows up to 1"},
+       "its schema has version 9, this program knows up to 2"},
       {"wrong", [](auto&) { setenv("ZEL_DB_URL", "other://x", 1); }, "not the URL of a database"},
   };
   const fs::path log = folder / "log";

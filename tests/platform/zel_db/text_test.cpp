@@ -20,7 +20,7 @@ std::string tokens_of(std::string_view text) {
        token = tokens.next_or_comment()) {
     line += line.empty() ? "" : " ";
     line += "EWNTPASQCO"[static_cast<size_t>(token.kind)];
-    line += (token.depth != 0 ? std::to_string(token.depth) : "") + ":" + std::string(token.text);
+    line += (token.depth != 0 ? std::to_string(token.depth) : "") + ":" + std::string(token.text());
   }
   return line;
 }
@@ -52,7 +52,7 @@ TEST(Tokens, AreThoseOfBothEngines) {
       if (mark.is('-')) continue;  // perhaps of an exponent
       Token token = all.next_or_comment();
       while (token.begin() != mark.begin() && token.kind != Token::Kind::End) token = all.next_or_comment();
-      EXPECT_EQ(token.text, mark.text) << text;
+      EXPECT_EQ(token.text(), mark.text()) << text;
       EXPECT_EQ(token.depth, mark.depth) << text;
     }
   }

@@ -37,6 +37,12 @@ std::string type_of(const Column& column) {
   return "VARBINARY(" + std::to_string(column.size) + ")";
 }
 
+std::string columns_of(const std::string& table) {
+  return "SELECT column_name, column_type FROM information_schema.columns WHERE table_schema=database() AND "
+         "table_name='" +
+         table + "'";
+}
+
 constexpr Dialect kDialect = {
     .insert_without_values = " () VALUES ()",
     .row_id = "BIGINT NOT NULL AUTO_INCREMENT PRIMARY KEY",
@@ -44,6 +50,9 @@ constexpr Dialect kDialect = {
     .table_options = " ENGINE=InnoDB DEFAULT CHARACTER SET latin1 COLLATE latin1_nopad_bin",
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
+    .columns_of = columns_of,
+    .bytes = "binary",
+    .rebuilds_tables = false,
     .without_indexes = " USE INDEX ()",
     .searches_conditions = true,
     .pays_for_order = true,

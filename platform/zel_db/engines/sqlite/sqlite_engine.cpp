@@ -25,11 +25,15 @@ std::string type_of(const Column& column) {
     case Kind::Unsigned64:
       return "INTEGER";
     case Kind::Text:
-      return "TEXT";
     case Kind::Blob:
       break;
   }
-  return "BLOB";
+  const std::string type = column.kind == Kind::Text ? "TEXT" : "BLOB";
+  return type + " CHECK(length(cast(" + column.name + " as blob))<=" + std::to_string(column.size) + ")";
+}
+
+std::string columns_of(const std::string& table) {
+  return "SELECT name, type FROM pragma_table_info('" + table + "')";
 }
 
 constexpr Dialect kDialect = {
@@ -39,6 +43,9 @@ constexpr Dialect kDialect = {
     .table_options = " STRICT",
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
+    .columns_of = columns_of,
+    .bytes = "blob",
+    .rebuilds_tables = true,
     .without_indexes = " NOT INDEXED",
     .searches_conditions = false,
     .pays_for_order = false,
