@@ -14,6 +14,10 @@ if(ZELDB_SANITIZE)
 elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   target_compile_definitions(zeldb_flags INTERFACE _FORTIFY_SOURCE=2)
 endif()
+if(ZELDB_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
 
 # A shared library that exports what its map lists and nothing else.
 function(zeldb_shared_library target map)
