@@ -16,7 +16,8 @@ void create_databases() {
 
 void setup_init(CLI::App& app) {
   set_action(app, create_databases,
-             "The databases are those of ZEL_DB_URL. What exists already stays as it is.");
+             "The databases are those of ZEL_DB_URL. Those that exist keep what they hold; older tables are "
+             "brought up to date.");
 }
 
 }  // namespace zeldb::cli

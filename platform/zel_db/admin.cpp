@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Making the databases and filling them from a file.
+// Creates the databases and fills them from a file.
 #include <cerrno>
 #include <cstdio>
 #include <memory>
@@ -21,7 +21,7 @@ std::string url_or_environment(const char* url) {
   return std::string(url != nullptr ? std::string_view(url) : environment_url());
 }
 
-// 0 where there is none.
+// 0 if the database has none.
 int64_t version_of(Connection& connection, const Dialect& dialect) {
   if (rows_of(connection, dialect.columns_of("ZeldbSchema")).empty()) return 0;
   Result versions;
@@ -31,8 +31,8 @@ int64_t version_of(Connection& connection, const Dialect& dialect) {
   return versions.number(0, &version) == kOk ? static_cast<int64_t>(version) : 0;
 }
 
-// An engine that commits each definition by itself goes on at the next call where it was interrupted: the
-// version comes last.
+// If an engine commits each definition by itself and is interrupted, the next call continues: the version is
+// written last.
 void define(Connection& connection, const std::string& database, const Dialect& dialect) {
   if (dialect.begin_definitions != nullptr) run_once(connection, dialect.begin_definitions);
   const int64_t version = version_of(connection, dialect);

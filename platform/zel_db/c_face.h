@@ -16,7 +16,7 @@
 
 namespace zel_db {
 
-// Nothing is thrown across the C interface. All that can be thrown below it is for want of memory.
+// Nothing is thrown across the C interface. The code below it throws only when memory runs out.
 template <class Body>
 int guarded(Body body) noexcept {
   try {

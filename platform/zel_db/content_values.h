@@ -44,7 +44,7 @@ struct zel_db_content_values_t {
   zel_db::SmallVector<Entry, 32> entries_;
   zel_db::SmallVector<char, 384> names_;
   zel_db::SmallVector<char, 2048> texts_;
-  uint64_t seen_ = 0;  // one bit for a 64th of all names: most first puts need no search
+  uint64_t seen_ = 0;  // a bit per group of names: if it is unset, the column is new and needs no search
 };
 
 namespace zel_db {

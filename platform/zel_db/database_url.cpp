@@ -49,7 +49,7 @@ DatabaseUrl::Host parse_host(std::string_view text) {
   const size_t colon = text.find(':', bracket);
   const std::string_view name = text.substr(0, colon);
   host.name = decoded(bracket != 0 ? name.substr(1, bracket - 1) : name);
-  if (bracket != 0 && name.size() != bracket + 1) throw UrlError("text behind \"]\"");
+  if (bracket != 0 && name.size() != bracket + 1) throw UrlError("text after \"]\"");
   if (colon != std::string_view::npos) {
     const std::string_view port = text.substr(colon + 1);
     const auto [end, failure] = std::from_chars(port.data(), port.data() + port.size(), host.port);

@@ -61,21 +61,22 @@ class Connection {
   virtual const std::string& message() const = 0;
 };
 
-// How statements differ.
+// How the engines' statements differ.
 struct Dialect {
-  const char* insert_without_values;  // behind the table's name
-  const char* row_id;                 // type of the column _id
+  const char* insert_without_values;  // after the table's name
+  const char* row_id;                 // the type of the column _id
   std::string (*type)(const Column& column);
   const char* table_options;
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
-  // Of a table: the names and types of its columns, no row where there is no such table.
+  // The select that gives the names and types of a table's columns, and no row if there is no such table.
   std::string (*columns_of)(const std::string& table);
-  const char* bytes;            // the type to which a value is cast for its length in bytes
-  bool rebuilds_tables;         // a table gets its checks only when it is made
-  const char* without_indexes;  // behind a table's name: it is read from its first row to its last
-  bool searches_conditions;  // looks in each part of a condition for a way to the row that its id would find
-  bool pays_for_order;       // to ask for an order costs something even where rows have it already
+  const char* bytes;            // a value cast to this type has its length in bytes
+  bool rebuilds_tables;         // a check cannot be added to a table that exists
+  const char* without_indexes;  // after a table's name: the engine reads all of it, from the first row on
+  // The planner looks for an index in each part of a condition, even if the row's id is given.
+  bool searches_conditions;
+  bool pays_for_order;  // ORDER BY costs time even if the rows come in that order anyway
 };
 
 struct Target {
@@ -92,7 +93,7 @@ class Engine {
   Engine& operator=(const Engine&) = delete;
   virtual ~Engine() = default;
 
-  // Null and one line that says why. open finds what is there, create makes a database that is missing.
+  // On failure null, and error says why in one line. open expects the database to exist, create makes it.
   virtual std::unique_ptr<Connection> open(const Target& target, std::string* error) const = 0;
   virtual std::unique_ptr<Connection> create(const Target& target, std::string* error) const = 0;
   virtual const Dialect& dialect() const = 0;

@@ -134,9 +134,9 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
   return status;
 }
 
-// A read is repeated on a new connection. A write is not: the old connection may have done it before it was
-// lost, so that all that can be done is to look at the connection first. Nothing is repeated that belongs to
-// a transaction, which is lost with its connection.
+// A read is repeated on a new connection. A write is not, because it may have been done before the connection
+// was lost; the connection is checked before a write instead. No statement of a transaction is repeated: the
+// transaction is lost with its connection.
 int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::unique_ptr<Result>* rows,
                               Outcome* outcome) {
   const bool retry = access == Access::Read;

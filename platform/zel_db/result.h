@@ -17,7 +17,7 @@
 
 namespace zel_db {
 
-// In this order: the last two are bytes.
+// The order matters: types from Text on are bytes.
 enum class CellType : uint8_t { Null, Integer, Unsigned, Real, Text, Blob };
 
 // Bytes are preceded by their 32-bit number.

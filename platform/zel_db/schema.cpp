@@ -29,7 +29,7 @@ constexpr Column kProperties[] = {
 constexpr Table kPropertyTables[] = {
     {"propertiesDCTbl",
      kProperties,
-     {"The controller's property store. A text begins behind the tag and ends with the value or at a "
+     {"The controller's property store. A text begins after the tag and ends with the value or at a "
       "NUL; a number is one byte, or four bytes with the lowest first.",
       "the controller's services",
       "`propdb_get_string`, `propdb_get_dword`, `propdb_get_byte` and with them the readers of vital "

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The tables, said once: for all engines, and for docs/tables.md. Rules that they follow:
+// The tables are declared once, for all engines and for docs/tables.md. They follow these rules:
 //   - everything may be NULL; numbers are signed 64-bit, so that -1 and 4294967295 both fit on every engine;
-//   - a text is wider than any field that is written to it, so that no engine cuts or refuses it;
+//   - a text column is wider than any field that is written to it; every engine refuses longer texts;
 //   - an index covers one column: with a second one, rows read without an order would come in another order.
 #ifndef ZEL_DB_SCHEMA_H
 #define ZEL_DB_SCHEMA_H
@@ -61,17 +61,17 @@ std::span<const Family> families();
 
 // Whether the table of that name has the column _id.
 bool has_row_ids(std::string_view name);
-// Of the column of a table, in letters of either case; none when there is no such column or table.
+// The kind of a table's column, whose name may be in letters of either case; none if there is no such column.
 std::optional<Kind> kind_of(std::string_view table, std::string_view column);
 inline bool has_column(std::string_view table, std::string_view column) {
   return kind_of(table, column).has_value();
 }
 
-// As it is declared; name: of the table, others: further columns, each after a comma.
+// The DDL of a column, and of a table under another name and with further columns (", name type").
 std::string column_definition(const Column& column, const Dialect& dialect);
 std::string table_definition(const Table& table, const std::string& name, const std::string& others,
                              const Dialect& dialect);
-// The statements that make what is missing of a database's tables.
+// The statements that create the tables and indexes that a database lacks.
 std::vector<std::string> definitions(std::string_view database, const Dialect& dialect);
 
 }  // namespace zel_db

@@ -32,7 +32,7 @@ struct Session {
   StatementCache cache;
 };
 
-// What stands behind an origin. Null and one line that says why when it is not to be had.
+// The engine and the address that an origin names. On failure null, and error says why in one line.
 struct Location {
   const Engine* engine;
   Target target;

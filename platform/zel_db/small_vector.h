@@ -11,7 +11,7 @@
 namespace zel_db {
 
 // A sequence of plain data whose first elements are part of the object: the texts of an ordinary call need no
-// allocation, and appending is a copy and nothing else.
+// allocation, and appending only copies.
 template <class T, size_t N>
 class SmallVector {
   static_assert(std::is_trivially_copyable_v<T>);

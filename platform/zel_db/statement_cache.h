@@ -13,9 +13,9 @@
 
 namespace zel_db {
 
-// Prepared statements of one connection, the least recently used one dropped first. They are found through a
-// small index, which is made again when one is dropped: that happens only when another has to be prepared,
-// which costs a hundred times as much.
+// Prepared statements of one connection; the least recently used one is dropped first. They are found through
+// a small index. It is rebuilt when a statement is dropped, which happens only when another is prepared: that
+// costs a hundred times as much.
 class StatementCache {
  public:
   StatementCache() { index_.fill(kNoEntry); }
@@ -53,7 +53,7 @@ class StatementCache {
 
     explicit operator bool() const { return entry_ != nullptr || owned_ != nullptr; }
     Prepared& statement() const { return entry_ != nullptr ? *entry_->statement : *owned_; }
-    // Of a cached update: the look before it, null until somebody has prepared one.
+    // The look before a cached update; null until it has been prepared.
     std::unique_ptr<Prepared>& look() const { return entry_->look; }
 
    private:
@@ -74,7 +74,7 @@ class StatementCache {
   size_t free_place();
   void put_into_index(size_t place);
 
-  std::array<uint8_t, kIndexSize> index_;  // where an entry stands, from its hash on
+  std::array<uint8_t, kIndexSize> index_;  // places of entries, found from their hash on
   std::array<Entry, kCapacity> entries_;
   size_t size_ = 0;
   uint64_t clock_ = 0;

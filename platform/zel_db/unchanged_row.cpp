@@ -24,9 +24,9 @@ bool finds_nothing(Prepared& look, std::span<const Value> condition) {
 
 }  // namespace
 
-// Mostly nothing has changed. A query finds that out for less than an update, which takes its locks before it
-// finds nothing to write, and in nobody's way. The update is known to be right: it has been used before.
-// Within a transaction a query would see what was there when that began. A look that fails says nothing.
+// Mostly nothing has changed. A query finds that out faster than an update, which takes locks before it finds
+// nothing to write. The update is known to be valid, because it has been used before. Within a transaction a
+// query would see the rows as they were when that began. If the look fails, the update is run.
 bool row_is_unchanged(Session& session, const StatementKey& update, std::span<const Value> condition) {
   constexpr size_t kMany = 8;  // fewer cost too little
   if (condition.size() < kMany || session.connection->in_transaction()) return false;

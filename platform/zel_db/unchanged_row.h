@@ -9,8 +9,8 @@
 
 namespace zel_db {
 
-// The look before an update of one row whose condition is that a column differs: true when it is certain that
-// the update would find nothing to change. condition: the values of the update's condition, the id first.
+// Looks before an update of one row whose condition is that a column differs: true if it is certain that the
+// update would change nothing. condition holds the values of the update's condition, the id first.
 bool row_is_unchanged(Session& session, const StatementKey& update, std::span<const Value> condition);
 
 }  // namespace zel_db

@@ -8,10 +8,10 @@
 
 namespace zel_db {
 
-// Brings the tables that a database has to the schema of today; those that it lacks are left to its
-// definitions. Columns are added; where an engine cannot add a check to a table, the table is made anew with
-// its rows, their ids, the next id, and whatever columns, indexes and triggers others have given it. Throws
-// Failure, which names the row, for a text that is longer than its column.
+// Brings the existing tables of a database to today's schema; definitions() creates missing ones afterwards.
+// Missing columns are added. If an engine cannot add a check to a table, the table is rebuilt: it keeps its
+// rows, their ids, the next id, and the columns, indexes and triggers that others have added. A text that is
+// longer than its column is a Failure that names its row.
 void upgrade_tables(Connection& connection, const std::string& database, const Dialect& dialect);
 
 }  // namespace zel_db

@@ -7,7 +7,7 @@
 
 namespace zel_db {
 
-// What is bound to one placeholder. A text is not owned: it outlives the run of the statement.
+// The value of one placeholder. A text is not owned: it outlives the run of the statement.
 struct Value {
   enum class Kind : uint8_t { Null, Integer, Unsigned, Text };
 

@@ -3,7 +3,7 @@
  * Table access: opens the controller's databases, runs queries with filters and bound parameters and raw
  * SQL, steps results, gives typed column access, inserts, updates and deletes.
  *
- * The database behind it is chosen by one environment variable, ZEL_DB_URL:
+ * One environment variable, ZEL_DB_URL, chooses the databases:
  *   sqlite:///DIRECTORY   files dmdb.sqlite and propertiesdb.sqlite in DIRECTORY (default /var/lib/zeldb);
  *                         a path to a file serves both databases from that file
  *   mariadb://[USER[:PASSWORD]@]HOST[:PORT][,HOST2...]/?socket=PATH&prefix=TEXT

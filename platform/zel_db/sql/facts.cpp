@@ -12,7 +12,7 @@
 namespace zel_db {
 namespace {
 
-// A token of a statement. The parenthesis that it stands in and the scope are told by their places.
+// A token of a statement, with the index of the parenthesis around it and that of its scope.
 struct Place : Token {
   size_t opened = 0;
   size_t scope = 0;
@@ -85,7 +85,7 @@ bool are_equalities(Phrase where, std::string_view table) {
   return true;
 }
 
-// No index has two columns, or all.
+// An index covers one column, so that two columns, or all, are read from the table.
 bool are_in_no_index(Phrase columns, std::string_view table) {
   if (columns.takes('*')) return true;
   std::string_view first;
@@ -123,7 +123,7 @@ class Statement {
 
   Phrase phrase(size_t from) const { return Phrase(std::span(places_).subspan(from)); }
   const Place& at(size_t i) const { return i < places_.size() ? places_[i] : places_.back(); }
-  // The first one outside of parentheses, the end when there is none.
+  // The first token outside of parentheses that is this word; the end if there is none.
   size_t find(std::string_view word) const;
 
   bool has_sub_select() const;

@@ -14,7 +14,7 @@ using Kind = Token::Kind;
 constexpr uint32_t kSigned = 2;
 constexpr uint32_t kUnsigned = 3;
 
-// A comment, a variable, a name and a NULL to one engine, and an error to the other.
+// These begin a comment, a variable, a name and a NULL for one engine and are an error for the other.
 constexpr std::string_view kOfOneEngine = "#@[\\";
 
 class Lifter {
@@ -113,7 +113,7 @@ Token Lifter::take_operand() {
   return tokens_.next_mark();
 }
 
-// "007" stays: beside a column of texts it is another text than "7".
+// "007" stays in the template: a column of texts tells it from "7".
 void Lifter::lift_number(const char* from, const char* digits, const char* to) {
   if (*digits == '0' && to - digits > 1) return;
   int64_t value = 0;
@@ -148,7 +148,7 @@ void Lifter::end_statement(const Token& semicolon) {
   }
 }
 
-// Apart from a word, a digit or another placeholder, with which "?" would be something else.
+// A blank keeps "?" apart from a word, a digit or another placeholder: "?1" would be the first parameter.
 void Lifter::put_placeholder(const char* from, const char* to, const Value& value) {
   copy_until(from);
   if (!sql_.empty() && (is_word(sql_.back()) || sql_.back() == '?')) sql_.push_back(' ');

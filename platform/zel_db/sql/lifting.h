@@ -6,9 +6,9 @@
 // value "Status" or "Rowid" would compare a column with itself, in silence. Backslashes and bytes above 0x7F
 // reach the engine as they are, whatever its session thinks of them. And what remains, the template, is the
 // same for every row, so that the statement is prepared once.
-// Lifted are texts, and whole decimal numbers without leading zeros, also signed ones, that follow =, < or
-// >. Elsewhere a number may be syntax (GROUP BY 1, LIMIT 5) or part of an expression whose meaning would
-// change. Comments are left out: what is one to SQLite may be none to a server (5--1, /*! */).
+// It lifts texts, and decimal numbers after =, < or >, signed or not, if they are whole tokens without
+// leading zeros. Elsewhere a number may be syntax (GROUP BY 1, LIMIT 5) or part of an expression whose
+// meaning would change. Comments are left out: what SQLite takes for one, a server may not (5--1, /*! */).
 #ifndef ZEL_DB_SQL_LIFTING_H
 #define ZEL_DB_SQL_LIFTING_H
 

@@ -56,7 +56,8 @@ std::string template_of(const StatementKey& key, const Dialect& dialect) {
   return std::string(key.text);
 }
 
-// Beside a text a number is one, too: to a server 5 would equal "05", and 12E45678 is more than it can count.
+// A number beside a column of texts is compared as a text: to a server 5 would equal "05", and 12E45678 would
+// be out of range.
 void quote_numbers(Facts& facts, std::string& sql) {
   for (size_t i = facts.beside_texts.size(); i-- > 0;) {
     const auto& [begin, end] = facts.beside_texts[i];

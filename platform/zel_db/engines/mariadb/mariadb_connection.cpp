@@ -82,7 +82,7 @@ bool MariadbConnection::release_oldest(const MariadbStatement* other_than) {
   return oldest != nullptr;
 }
 
-// A server says nothing unasked, unless it takes its leave.
+// A server sends nothing unasked, except when it closes the connection.
 bool MariadbConnection::is_usable() {
   if (lost_) return false;
   pollfd socket{mysql_get_socket(client()), POLLIN, 0};

@@ -13,7 +13,7 @@
 namespace zel_db {
 namespace {
 
-// What a text that is no number is beside a column of numbers. The server would take "five" for 0.
+// A text that is no number is sent as this beside a column of numbers: the server would take "five" for 0.
 constexpr double kAboveAllNumbers = 1e300;
 
 constexpr size_t kDigits = 24;  // room for a number
@@ -49,7 +49,7 @@ CellType type_of(const MYSQL_FIELD& field) {
   }
 }
 
-// The server asks for the statement once more, or the client library cannot follow its new columns.
+// The server no longer knows the statement, or the client library cannot follow its new columns.
 bool is_outdated(unsigned code) {
   return code == ER_UNKNOWN_STMT_HANDLER || code == ER_NEED_REPREPARE || code == CR_NEW_STMT_METADATA;
 }
@@ -59,16 +59,16 @@ std::string_view bytes_of(const Number& number) {
   return {reinterpret_cast<const char*>(&number), sizeof number};
 }
 
-// What the server gets for a value.
+// A value as the server gets it.
 struct Sent {
   enum_field_types type;
   my_bool is_unsigned;
   std::string_view bytes;
 };
 
-// A number goes as its digits where it may be compared with a column of texts, in which the server would take
-// "five" for 0 if it got a number, and read the whole table to do so. It understands digits everywhere, but
-// takes longer.
+// A number that may be compared with a column of texts is sent as its digits. If the server got a number, it
+// would take the text "five" for 0 and read the whole table. It understands digits everywhere, but more
+// slowly.
 Sent sent(const Value& value, bool meets_number, char (&digits)[kDigits]) {
   if (value.kind == Value::Kind::Text) {
     const std::string_view text(value.text, value.size);
@@ -94,8 +94,7 @@ int MariadbStatement::fail() {
   return connection_.fail(mysql_stmt_errno(statement_.get()), mysql_stmt_error(statement_.get()));
 }
 
-// A server has places for so many statements of all its clients. When all are taken, one of our own makes
-// room.
+// A server limits the statements of all its clients together. At the limit one of our own is released.
 int MariadbStatement::prepare() {
   int status = kOk;
   unsigned code = 0;
@@ -126,8 +125,8 @@ void MariadbStatement::begin_binding(size_t count) {
   }
 }
 
-// The client library keeps where parameters are, the server of which types they are: both are told again only
-// when that changes, for it costs more than to copy the values there.
+// The client library remembers the addresses of parameters, the server their types. They are bound again only
+// if one of these changes, because binding costs more than copying the values.
 bool MariadbStatement::bind(std::span<const Value> values) {
   bool is_bound = is_bound_;
   const std::vector<bool>& meets_number = facts().meets_number;
@@ -171,7 +170,7 @@ int MariadbStatement::execute(std::span<const Value> values) {
   }
 }
 
-// A column may have another type than last time: when its table was altered, or because it is a parameter.
+// A column's type may differ from the last run: its table was altered, or the column is a parameter.
 bool MariadbStatement::bind_columns() {
   const std::span fields(mariadb_stmt_fetch_fields(statement_.get()),
                          mysql_stmt_field_count(statement_.get()));
@@ -205,7 +204,7 @@ bool MariadbStatement::bind_columns() {
   return mysql_stmt_bind_result(statement_.get(), cells.data()) == 0;
 }
 
-// Another call for a text costs more than to copy it once more, unless it is long.
+// Copying a short text once more costs less than another call of the client library.
 void MariadbStatement::append_text(size_t column, Result& rows) {
   const Place& place = places_[column];
   char* const text = rows.put_bytes(column, place.type, place.size);
@@ -272,8 +271,8 @@ int MariadbStatement::complete(Result* rows, Outcome* outcome) {
   return kOk;
 }
 
-// What a server once found out about a NULL that is, or is not, in a sub-select it keeps with the prepared
-// statement, whatever becomes of the rows: such a statement is prepared for each run.
+// The server keeps with a prepared statement whether a sub-select gave a NULL, even if the rows change later.
+// A statement with a sub-select is therefore prepared for each run.
 int MariadbStatement::run(std::span<const Value> values, Result* rows, Outcome* outcome) {
   last_use_ = connection_.tick();
   int status = execute(values);

@@ -27,7 +27,7 @@ int status_for(int code) {
   }
 }
 
-// Some milliseconds long.
+// A tick lasts some milliseconds.
 int64_t clock_tick() {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
@@ -101,7 +101,7 @@ const ColumnNames& SqlitePrepared::columns() {
   return columns_;
 }
 
-// A value is looked up once per cell. It is not protected against other threads: the handle is.
+// A value is looked up once per cell. SQLite's unprotected values are safe here: the handle is locked.
 void SqlitePrepared::append_row(Result& rows) {
   sqlite3_stmt* statement = statement_.get();
   rows.begin_row();

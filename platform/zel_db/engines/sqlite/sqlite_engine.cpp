@@ -33,7 +33,8 @@ std::string type_of(const Column& column) {
 }
 
 std::string columns_of(const std::string& table) {
-  return "SELECT name, type FROM pragma_table_info('" + table + "')";
+  return "SELECT name, type || coalesce(' DEFAULT (' || dflt_value || ')', '') FROM pragma_table_info('" +
+         table + "')";
 }
 
 constexpr Dialect kDialect = {
