@@ -250,8 +250,11 @@ TEST_P(Transcript, IsRepeated) {
   if (std::getenv("ZELDB_UPDATE_TRANSCRIPTS") != nullptr) std::ofstream(name) << (expected = seen_);
   std::istringstream got(seen_);
   std::istringstream wanted(expected);
+  int number = 0;
   for (std::string line, other; std::getline(wanted, other);) {
-    ASSERT_EQ(std::getline(got, line) ? line : "nothing", other) << name;
+    ++number;
+    if (other.starts_with("$ ")) command = other;
+    ASSERT_EQ(std::getline(got, line) ? line : "nothing", other) << name << ":" << number << ": " << command;
   }
   EXPECT_EQ(seen_.size(), expected.size()) << name;
 }
