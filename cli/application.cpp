@@ -84,7 +84,8 @@ int flush_output() {
 }  // namespace
 
 int run(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);
+  // A write that fails for these reasons is told like any other.
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
   std::setlocale(LC_CTYPE, "C.UTF-8");  // the widths of characters; nothing is translated
   int status = kFailed;
   try {

@@ -38,14 +38,14 @@ bool parse_hex_pair(std::string_view text, HexPair& pair) {
          parse(text.substr(colon + 1), pair.second, 16) && pair.first >= 0 && pair.second >= 0;
 }
 
-// what: what a text that cannot be parsed is not.
+// wanted: a text that cannot be parsed is reported as not being this.
 template <typename Value, typename Parse>
 CLI::Option* add_parsed(CLI::App& app, const std::string& name, std::optional<Value>& value, Parse parse_text,
-                        const char* what, const std::string& help) {
-  const auto read = [&value, name, what, parse_text](const std::string& text) {
+                        const char* wanted, const std::string& help) {
+  const auto read = [&value, name, wanted, parse_text](const std::string& text) {
     Value parsed = {};
     if (!parse_text(text, parsed))
-      throw CLI::ValidationError(name, printable(text, Escape::Terminal) + " is " + what);
+      throw CLI::ValidationError(name, printable(text, Escape::Terminal) + " is " + wanted);
     value = parsed;
   };
   return app.add_option_function<std::string>(name, read, help);

@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <new>
 
 #include "cli/command.h"
 
@@ -24,14 +28,30 @@ namespace {
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
+// Neither waits for whoever should write to a pipe nor reads from a device.
+File open_regular(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (fd < 0) fail(path);
+  File file(fdopen(fd, "r"), std::fclose);
+  if (file == nullptr) {
+    close(fd);
+    throw std::bad_alloc();
+  }
+  struct stat found {};
+  if (fstat(fd, &found) != 0) fail(path);
+  if (!S_ISREG(found.st_mode)) throw Failure(path + ": is no regular file");
+  return file;
+}
+
 }  // namespace
 
-std::string read_file(const std::string& path) {
-  const File file(std::fopen(path.c_str(), "re"), std::fclose);
-  if (file == nullptr) fail(path);
+std::string read_file(const std::string& path, size_t limit) {
+  const File file = open_regular(path);
   std::string content;
   char block[16384];
-  while (const size_t size = std::fread(block, 1, sizeof(block), file.get())) content.append(block, size);
+  size_t size = 0;
+  while (content.size() < limit && (size = std::fread(block, 1, sizeof(block), file.get())) != 0)
+    content.append(block, std::min(size, limit - content.size()));
   if (std::ferror(file.get()) != 0) fail(path);
   return content;
 }
@@ -54,18 +74,21 @@ NewFile::NewFile(const std::string& path, IfExists if_exists) : path_(path) {
     if (const fs::path target = fs::canonical(path, error); !error) path_ = target;
   }
   temporary_ = path_ + ".XXXXXX";
+  const SignalsBlocked blocked;
   const int fd = mkstemp(temporary_.data());
   if (fd < 0) fail(path_);
   close(fd);
-}
-
-NewFile::~NewFile() {
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  removal_.emplace(with_logs(temporary_));
 }
 
 void NewFile::commit() {
+  const SignalsBlocked blocked;
   if (std::rename(temporary_.c_str(), path_.c_str()) != 0) fail(path_);
-  temporary_.clear();
+  removal_.reset();
+}
+
+std::vector<std::string> with_logs(const std::string& database) {
+  return {database, database + "-wal", database + "-shm", database + "-journal"};
 }
 
 }  // namespace zeldb::cli

@@ -4,24 +4,30 @@
 #ifndef CLI_FILE_H
 #define CLI_FILE_H
 
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "cli/at_signal.h"
 
 namespace zeldb::cli {
 
-std::string read_file(const std::string& path);
+// Of a regular file, as much as limit allows.
+std::string read_file(const std::string& path, size_t limit = SIZE_MAX);
 void write_file(const std::string& path, std::string_view content);
 
 enum class IfExists { Refuse, Replace };
 
 // A file that comes into being whole or not at all: it is written under another name beside its own, private
-// to the user.
+// to the user, and removed when the command fails or a signal ends it.
 class NewFile {
  public:
   NewFile(const std::string& path, IfExists if_exists);
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
-  ~NewFile();
 
   // What to write to; empty at first.
   const std::string& temporary_path() const { return temporary_; }
@@ -31,7 +37,11 @@ class NewFile {
  private:
   std::string path_;
   std::string temporary_;
+  std::optional<Removal> removal_;
 };
+
+// The file of a SQLite database, and those that SQLite keeps beside it for a while.
+std::vector<std::string> with_logs(const std::string& database);
 
 }  // namespace zeldb::cli
 

@@ -2,6 +2,7 @@
 #include "cli/inventory.h"
 
 #include <cstdio>
+#include <map>
 
 #include "cli/arguments.h"
 #include "cli/library.h"
@@ -36,9 +37,53 @@ std::vector<uint32_t> functions_in_slot(const Place& slot) {
 }
 
 _ZELDB_PCI_Generic_Info read_function(uint32_t key) {
+  const auto function = find_function(key);
+  if (!function) fail_not_found("function " + key_text(key));
+  return *function;
+}
+
+std::optional<_ZELDB_PCI_Generic_Info> find_function(uint32_t key) {
   _ZELDB_PCI_Generic_Info function = {};
-  check(zeldb_get_pci_generic_info(key, &function), "function " + key_text(key));
+  const int status = zeldb_get_pci_generic_info(key, &function);
+  if (!check_found(status, "function " + key_text(key))) return std::nullopt;
   return function;
+}
+
+void require_slot(const Place& slot) {
+  if (!functions_in_slot(slot).empty()) return;
+  uint32_t adapter = 0;
+  if (zeldb_get_adapter_pcikey_by_slotNo(slot.location, slot.number, &adapter) != ZELDB_OK)
+    fail_not_found("slot " + place_text(slot));
+}
+
+namespace {
+
+std::optional<_ZELDB_PCIVpdInfo> ask_for_product(uint32_t function) {
+  _ZELDB_PCIVpdInfo product = {};
+  const int status = zeldb_get_pci_vpd_info(function, &product);
+  if (status == ZELDB_INVALID_ARGUMENT || !check_found(status, "product data of " + key_text(function)))
+    return std::nullopt;
+  return product;
+}
+
+using Products = std::map<uint32_t, std::optional<_ZELDB_PCIVpdInfo>>;
+
+Products gpu_products() {
+  Products products;
+  for (const _ZELDB_PCI_GPU& gpu :
+       list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); }))
+    products.emplace(gpu.FunKey, ask_for_product(gpu.FunKey));
+  return products;
+}
+
+}  // namespace
+
+// GPUs come first: the property store, which alone has their data, is given up after a number of failures,
+// and a few cards without any are enough for these.
+std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function) {
+  static const Products of_gpus = gpu_products();
+  const auto known = of_gpus.find(function);
+  return known != of_gpus.end() ? known->second : ask_for_product(function);
 }
 
 std::string card_name(uint32_t function) {

@@ -5,6 +5,7 @@
 #define CLI_INVENTORY_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,15 @@ std::vector<uint32_t> function_keys(std::string condition = "1=1");
 std::vector<uint32_t> functions_of_adapter(uint32_t adapter);
 std::vector<uint32_t> functions_in_slot(const Place& slot);
 
+// One that was asked for: throws when it is not there. A listing leaves out a function that is gone by the
+// time that it is read.
 _ZELDB_PCI_Generic_Info read_function(uint32_t key);
+std::optional<_ZELDB_PCI_Generic_Info> find_function(uint32_t key);
+// Throws unless a function or an adapter is in the slot.
+void require_slot(const Place& slot);
+
+// Nothing where there is none.
+std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function);
 
 // Empty when it has none.
 std::string card_name(uint32_t function);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/library.h"
 
+#include <cstdlib>
+
 #include "cli/command.h"
 #include "zeldb/cpumem.h"
 #include "zeldb/storage.h"
@@ -32,6 +34,21 @@ std::string reason(int status) {
 
 void check(int status, const std::string& what) {
   if (status != ZELDB_OK) throw Failure(what + ": " + reason(status));
+}
+
+bool is_absence(int status) {
+  return status == ZELDB_FAILED || status == ZELDB_NO_MORE_ROWS || status == ZELDB_NO_MATCH;
+}
+
+bool check_found(int status, const std::string& what) {
+  if (is_absence(status)) return false;
+  check(status, what);
+  return true;
+}
+
+void fail_not_found(const std::string& what) {
+  check(ZELDB_NO_MATCH, what);
+  std::abort();
 }
 
 void require_inventory(const std::string& what) {

@@ -18,6 +18,13 @@ namespace zeldb::cli {
 // Throws the Failure "what: why" unless the status is 0.
 void check(int status, const std::string& what);
 
+// Whether a status says that there is no such thing, or not any more.
+bool is_absence(int status);
+// False when it is not there; throws what check throws for any other status but 0.
+bool check_found(int status, const std::string& what);
+// One that was asked for by name.
+[[noreturn]] void fail_not_found(const std::string& what);
+
 // Throws if the inventory database cannot be reached: for functions that do not say so.
 void require_inventory(const std::string& what);
 // The same of the property store.

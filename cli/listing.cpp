@@ -9,6 +9,7 @@
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/output.h"
+#include "cli/settings.h"
 #include "cli/snapshot.h"
 #include "cli/text.h"
 
@@ -27,6 +28,7 @@ struct Listing::State {
   bool masked = false;
   std::vector<std::string> output;
   std::string snapshot;
+  std::string note;
 };
 
 namespace {
@@ -123,11 +125,24 @@ void add_options(CLI::App& app, Listing::State& state) {
                             ->delimiter(',')
                             ->allow_extra_args(false)
                             ->type_name("COL,...");
-  CLI::Option* masked = app.add_flag(
-      "--mask", state.masked, "Replace serial numbers, UUIDs and addresses, equal ones by the same word");
+  CLI::Option* masked = app.add_flag("--mask", state.masked, kMaskHelp);
   CLI::Option* from = app.add_option("--from", state.snapshot, "Read a file that zeldb export has written")
                           ->type_name("FILE");
   for (CLI::Option* option : {json, raw, headings, output, masked, from}) option->group(kGroup);
+}
+
+}  // namespace
+
+namespace {
+
+// Of a setting's row, by its type; other rows have no values of settings.
+Holds held_by(const View& view, const Row& row) {
+  for (size_t place = 0; place < row.size(); ++place) {
+    const auto* const type = std::get_if<uint64_t>(&row[place]);
+    if (type != nullptr && *type == kTextType && std::string_view(view.columns[place].key) == "Type")
+      return Holds::FreeText;
+  }
+  return Holds::Choice;
 }
 
 }  // namespace
@@ -142,8 +157,11 @@ std::vector<Row> read_rows(const View& view, Mask* mask) {
   std::vector<Row> rows = view.read();
   if (mask == nullptr) return rows;
   for (Row& row : rows) {
+    const Holds holds = held_by(view, row);
     for (size_t place = 0; place < row.size(); ++place) {
-      if (auto* text = std::get_if<std::string>(&row[place])) *text = (*mask)(view.columns[place].key, *text);
+      auto* const text = std::get_if<std::string>(&row[place]);
+      if (text != nullptr && !identified_by(view.columns[place]).empty())
+        *text = (*mask)(view.columns[place].key, *text, holds);
     }
   }
   return rows;
@@ -157,12 +175,19 @@ Listing::Listing(CLI::App& app) : app_(app), state_(std::make_shared<State>()) {
   state_->first = registry().size();
   add_options(app, *state_);
   const std::string command = app.get_name();
-  app.footer([command] { return help_of(command); });
+  app.footer([command, state = state_] {
+    return help_of(command) + (state->note.empty() ? "" : "\n\n" + state->note);
+  });
   app.callback([state = state_] { show(*state); });
 }
 
 Listing& Listing::without(const std::vector<CLI::Option*>& options) {
   for (CLI::Option* option : options) state_->choices.back().option->excludes(option);
+  return *this;
+}
+
+Listing& Listing::note(const std::string& text) {
+  state_->note = text;
   return *this;
 }
 

@@ -30,7 +30,7 @@ struct View {
   std::function<std::vector<Row>()> read;
 };
 
-// Those of all commands, in their order. The name of a view is the command's, or "ports --logical".
+// The views of all commands, in their order. The name of a view is the command's, or "ports --logical".
 const std::vector<View>& views();
 std::string name_of(const View& view);
 // The rows of a view, masked when there is a mask.
@@ -55,6 +55,8 @@ class Listing {
 
   // Options that the last view has no use for.
   Listing& without(const std::vector<CLI::Option*>& options);
+  // What stands below the columns in the help text.
+  Listing& note(const std::string& text);
   // Runs before the listing is shown, and has it shown by calling its argument.
   Listing& around(std::function<void(const std::function<void()>& show)> command);
 

@@ -5,24 +5,50 @@
 #define CLI_MASK_H
 
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
+
+#include "cli/column.h"
 
 namespace zeldb::cli {
 
 // What a column of this name identifies: "serial", "uuid", "asset", "address"; "text" where such may stand
-// inside a text; empty where nothing does. Listings and tables of the databases name their columns alike.
+// inside a text; "value" the same, or a text that people have written; "other" for a column that nobody has
+// thought about. Empty where nothing is hidden. Listings and tables of the databases name their columns
+// alike.
 std::string_view identified_by(std::string_view column);
+
+// Of a listing's column: of numbers, keys and ids nothing is hidden.
+inline std::string_view identified_by(const Column& column) {
+  const bool is_free = column.type == Type::Text && column.digits == 0;
+  return is_free ? identified_by(column.key) : std::string_view();
+}
+
+struct Unmasked {
+  std::string_view column;
+  const char* why;
+};
+std::span<const Unmasked> unmasked_columns();
+
+// What --mask does, for help texts.
+constexpr const char* kMaskHelp =
+    "Replace serial numbers, UUIDs, asset tags, addresses, values of text settings, and whatever is not "
+    "listed by "
+    "zeldb columns --unmasked; equal ones by the same word";
+
+// Whether the values of a setting are chosen from a list or numbers, or any text.
+enum class Holds { Choice, FreeText };
 
 // Replaces identifying values. The same mask gives the same value the same replacement, such as
 // "serial-0001".
 class Mask {
  public:
-  std::string operator()(std::string_view column, const std::string& value);
+  std::string operator()(std::string_view column, const std::string& value, Holds holds = Holds::Choice);
 
  private:
   const std::string& replacement(std::string_view kind, const std::string& value);
-  std::string inside(std::string text);
+  std::string inside(const std::string& text);
 
   std::map<std::string, std::string> known_;
   std::map<std::string, unsigned, std::less<>> counts_;

@@ -111,12 +111,10 @@ std::map<std::string, std::set<std::string>> firmware_by_place() {
 }
 
 void add_product(uint32_t function, Part& part) {
-  _ZELDB_PCIVpdInfo product = {};
-  const int status = zeldb_get_pci_vpd_info(function, &product);
-  if (status == ZELDB_INVALID_ARGUMENT || status == ZELDB_NO_MORE_ROWS) return;
-  check(status, "product data of " + key_text(function));
-  part.part_number = known(product.PartNo);
-  part.serial_number = known(product.SerialNo);
+  const auto product = find_product(function);
+  if (!product) return;
+  part.part_number = known(product->PartNo);
+  part.serial_number = known(product->SerialNo);
 }
 
 // A drive in a slot is a part of its own: what a slot knows of it is not the adapter's.
@@ -135,7 +133,9 @@ Parts adapters(const Inventory& inventory) {
     const std::vector<uint32_t> functions = functions_in_slot(place);
     if (functions.empty()) continue;
     const uint32_t key = functions.front();
-    const _ZELDB_PCI_Generic_Info function = read_function(key);
+    const auto found = find_function(key);
+    if (!found) continue;
+    const _ZELDB_PCI_Generic_Info& function = *found;
     Part part{.kind = "adapter", .place = place_text(place)};
     part.name = known(slot.CardName);
     part.model = pci_ids(function);
@@ -156,8 +156,9 @@ Parts gpus(const Inventory&) {
   Parts parts;
   for (const _ZELDB_PCI_GPU& gpu :
        list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); })) {
-    const _ZELDB_PCI_Generic_Info function = read_function(gpu.FunKey);
-    const std::string slot = place_text({function.Location, function.SlotNo});
+    const auto function = find_function(gpu.FunKey);
+    if (!function) continue;
+    const std::string slot = place_text({function->Location, function->SlotNo});
     for (const _ZELDB_GPU_Chip& chip : list_of<_ZELDB_GPU_Chip_List>(
              "chips of " + key_text(gpu.FunKey),
              [&](auto* list) { return zeldb_get_gpu_chip_list(gpu.FunKey, list); }, {ZELDB_NO_MORE_ROWS})) {

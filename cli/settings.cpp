@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/settings.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "cli/arguments.h"
 #include "cli/library.h"
+#include "cli/secrets.h"
 
 namespace zeldb::cli {
 
@@ -23,16 +27,28 @@ uint16_t count_settings(uint32_t function, std::string prefix) {
 }
 
 std::vector<PCISetting_info> read_settings(uint32_t function, std::string prefix, bool only_flagged) {
-  const uint16_t announced = count_settings(function, prefix);
-  std::vector<PCISetting_info> settings(announced);
-  if (announced == 0) return settings;
-  auto* const beginning = prefix.empty() ? nullptr : reinterpret_cast<unsigned char*>(prefix.data());
-  uint16_t stored = 0;
-  check(zeldb_get_pci_configSet_list(static_cast<int>(function), beginning, announced, settings.data(),
-                                     only_flagged ? 1 : 0, &stored),
-        name_of(function));
-  settings.resize(stored);
+  auto settings = read_settings_with_secrets(function, std::move(prefix), only_flagged);
+  std::ranges::for_each(settings, [](PCISetting_info& setting) { hide_secret(setting); });
   return settings;
+}
+
+std::vector<PCISetting_info> read_settings_with_secrets(uint32_t function, std::string prefix,
+                                                        bool only_flagged) {
+  auto* const beginning = prefix.empty() ? nullptr : reinterpret_cast<unsigned char*>(prefix.data());
+  // The parser may change their number between the two questions.
+  for (int attempt = 0;; ++attempt) {
+    constexpr int kAttempts = 5;
+    const uint16_t announced = count_settings(function, prefix);
+    std::vector<PCISetting_info> settings(announced);
+    if (announced == 0) return settings;
+    uint16_t stored = 0;
+    const int status = zeldb_get_pci_configSet_list(static_cast<int>(function), beginning, announced,
+                                                    settings.data(), only_flagged ? 1 : 0, &stored);
+    if (status == ZELDB_COUNT_MISMATCH && attempt < kAttempts) continue;
+    check(status, name_of(function));
+    settings.resize(stored);
+    return settings;
+  }
 }
 
 }  // namespace zeldb::cli

@@ -12,10 +12,18 @@
 
 namespace zeldb::cli {
 
-// Those of one function with an id that begins with prefix.
+// All others are choices.
+constexpr uint32_t kNumberType = 3;
+constexpr uint32_t kTextType = 4;
+constexpr uint32_t kPlainType = 5;
+
+// The settings of one function with an id that begins with prefix. What comes from read_settings may be
+// shown: its secrets are hidden.
 uint16_t count_settings(uint32_t function, std::string prefix);
 std::vector<PCISetting_info> read_settings(uint32_t function, std::string prefix = {},
                                            bool only_flagged = false);
+std::vector<PCISetting_info> read_settings_with_secrets(uint32_t function, std::string prefix = {},
+                                                        bool only_flagged = false);
 
 inline std::string text_of(const unsigned char* text) {
   return reinterpret_cast<const char*>(text);

@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/snapshot.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
+#include <optional>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
+#include "cli/at_signal.h"
 #include "cli/command.h"
 #include "cli/file.h"
 #include "cli/sqlite_file.h"
@@ -31,48 +29,26 @@ constexpr const char* kInventory = "inventory.sqlite";
 class TemporaryFolder {
  public:
   TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() { remove(); }
 
   std::string path(const std::string& file) const { return folder_ + "/" + file; }
   const std::string& folder() const { return folder_; }
 
  private:
-  static void end(int signal);
-  // Of what may stand there, without memory: signals may come at any time.
-  void remove() const {
-    for (const std::string& file : files_) unlink(file.c_str());
-    rmdir(folder_.c_str());
-  }
-
-  static TemporaryFolder* only_;
   std::string folder_;
-  std::vector<std::string> files_;
+  std::optional<Removal> removal_;
 };
-
-TemporaryFolder* TemporaryFolder::only_ = nullptr;
 
 TemporaryFolder::TemporaryFolder() {
   std::error_code error;
   const fs::path parent = fs::temp_directory_path(error);
   if (error) throw Failure("no folder for temporary files (TMPDIR): " + error.message());
   folder_ = parent / "zeldb-XXXXXX";
+  const SignalsBlocked blocked;
   if (mkdtemp(folder_.data()) == nullptr) throw Failure(folder_ + ": " + std::strerror(errno));
-  for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-    files_.push_back(path(std::string(kInventory) + suffix));
-  for (const std::string file : kPlatformFiles)
-    files_.insert(files_.end(), {path(file), path(file + ".new")});
-  only_ = this;
-  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-    if (std::signal(signal, end) == SIG_IGN) std::signal(signal, SIG_IGN);
-  }
-}
-
-void TemporaryFolder::end(int signal) {
-  only_->remove();
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
+  std::vector<std::string> paths = with_logs(path(kInventory));
+  for (const std::string file : kPlatformFiles) paths.insert(paths.end(), {path(file), path(file + ".new")});
+  paths.push_back(folder_);
+  removal_.emplace(std::move(paths));
 }
 
 bool snapshot_in_use = false;
@@ -83,15 +59,8 @@ Failure no_export(const std::string& file) {
 
 // SQLite would say less of what is wrong, and wait for a pipe.
 void require_file(const std::string& file) {
-  struct stat found {};
-  if (stat(file.c_str(), &found) != 0) throw Failure(file + ": " + std::strerror(errno));
-  if (!S_ISREG(found.st_mode)) throw Failure(file + ": is no regular file");
-  constexpr char kStart[] = "SQLite format 3";  // its NUL counts
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) throw Failure(file + ": " + std::strerror(errno));
-  char start[sizeof(kStart)] = {};
-  stream.read(start, sizeof(start));
-  if (std::memcmp(start, kStart, sizeof(start)) != 0) throw no_export(file);
+  constexpr std::string_view kStart("SQLite format 3", 16);  // its NUL counts
+  if (read_file(file, kStart.size()) != kStart) throw no_export(file);
 }
 
 bool has_table(const SqliteFile& inventory, const std::string& table) {

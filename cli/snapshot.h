@@ -13,13 +13,13 @@ namespace zeldb::cli {
 
 constexpr int64_t kSnapshotVersion = 1;
 
-// Those that are read.
+// Files of the platform folder that the stand-ins read.
 constexpr const char* kPlatformFiles[] = {"bios.json", "platform.json", "aim_config.json"};
 
 // Makes what this process reads come from a file that zeldb export has written, instead of the controller.
 // To be called before anything is read.
 void use_snapshot(const std::string& file);
-// Whether it does. What goes on in this machine is then no answer.
+// Whether what is read comes from such a file, so that the present state of this machine must not be shown.
 bool reads_snapshot();
 
 // Writes what this process reads to an empty file; name is what failures call it.

@@ -5,10 +5,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <functional>
 #include <string_view>
 
-#include "cli/command.h"
+#include "cli/settings.h"
 
 namespace zeldb::cli {
 
@@ -21,16 +20,32 @@ constexpr size_t kShortest = 6;
 constexpr struct {
   const char* name;
   const char* column;
-} kProperties[] = {
-    {"sn", "SerialNo"}, {"serial", "SerialNo"},    {"serial_number", "SerialNo"}, {"uuid", "UUID"},
-    {"guid", "UUID"},   {"asset_tag", "AssetTag"}, {"mac", "PermanentAddress"},   {"ip", "NetworkAddresses"}};
-constexpr const char* kAnyText = "CurrentValue";
+} kProperties[] = {{"sn", "SerialNo"},
+                   {"serial", "SerialNo"},
+                   {"serial_number", "SerialNo"},
+                   {"uuid", "UUID"},
+                   {"guid", "UUID"},
+                   {"asset_tag", "AssetTag"},
+                   {"mac", "PermanentAddress"},
+                   {"ip", "NetworkAddresses"},
+                   {"model", "Model"},
+                   {"mfgr", "Manufacture"},
+                   {"pn", "PartNo"},
+                   {"fru", "FruNo"},
+                   {"fw_version", "FwVer"}};
+// Of which nothing is known: no column has this name.
+constexpr const char* kAnyText = "";
+constexpr size_t kShortestText = 4;  // what is shorter may as well be a number
 
-// Members of settings in files that have other names than their columns.
+// Members in files that have other names than the columns they are like.
 constexpr struct {
   const char* member;
   const char* column;
-} kMembers[] = {{"current", "CurrentValue"}, {"pending", "PendingValue"}};
+} kMembers[] = {{"current", "CurrentValue"},
+                {"pending", "PendingValue"},
+                {"name", "SettingID"},
+                {"AttributeName", "SettingID"},
+                {"function", "GenID"}};
 
 bool is_alphanumeric(char c) {
   return std::isalnum(static_cast<unsigned char>(c)) != 0;
@@ -61,20 +76,10 @@ std::string text_of(const std::string& bytes) {
 
 using Json = nlohmann::ordered_json;
 
-void for_each_text(Json& json, const std::string& name,
-                   const std::function<void(const std::string& name, std::string& text)>& change) {
-  if (json.is_string()) change(name, json.get_ref<std::string&>());
-  if (json.is_array()) {
-    for (Json& element : json) for_each_text(element, name, change);
-  }
-  if (!json.is_object()) return;
-  for (auto& [key, member] : json.items()) for_each_text(member, key, change);
-}
-
 // Not where an identifying value may stand inside a text.
 bool identifies(const std::string& column) {
   const std::string_view kind = identified_by(column);
-  return !kind.empty() && kind != "text";
+  return !kind.empty() && kind != "text" && kind != "value" && kind != "other";
 }
 
 std::string column_of_member(const std::string& name) {
@@ -99,23 +104,38 @@ void SnapshotMask::learn_property(const std::string& name, const std::string& by
   learn(column_of_property(name), text_of(bytes));
 }
 
-std::string SnapshotMask::column(const std::string& column, const std::string& value) {
-  return mask_(column, identifies(column) ? value : without_known(value));
+std::string SnapshotMask::column(const std::string& column, const std::string& value, Holds holds) {
+  const bool is_replaced =
+      identifies(column) || (holds == Holds::FreeText && identified_by(column) == "value");
+  return mask_(column, is_replaced ? value : without_known(value), holds);
 }
 
+// What stands behind the text of a property is nobody's, and its end alone is kept.
 std::string SnapshotMask::property(const std::string& name, const std::string& bytes) {
   const std::string text = text_of(bytes);
   if (text.empty()) return bytes;
-  return bytes.front() + column(column_of_property(name), text) + bytes.substr(1 + text.size());
+  const char* const as = column_of_property(name);
+  const std::string shown = *as == '\0' && text.size() < kShortestText ? text : column(as, text);
+  const size_t behind = bytes.size() - 1 - text.size();
+  return bytes.front() + shown + std::string(std::min<size_t>(behind, 1), '\0');
 }
 
-std::string SnapshotMask::json(const char* file, const std::string& content) {
-  Json json = Json::parse(content, nullptr, false);
-  if (json.is_discarded()) throw Failure(std::string(file) + ": is no JSON and cannot be masked");
-  for_each_text(json, {}, [this](const std::string& name, std::string& text) {
-    text = column(column_of_member(name), text);
-  });
-  return json.dump(2) + "\n";
+void SnapshotMask::json(Json& content) {
+  json(content, {}, Holds::Choice);
+}
+
+void SnapshotMask::json(Json& content, const std::string& name, Holds holds) {
+  if (content.is_string()) {
+    std::string& text = content.get_ref<std::string&>();
+    text = column(column_of_member(name), text, holds);
+  }
+  if (content.is_array()) {
+    for (Json& element : content) json(element, name, holds);
+  }
+  if (!content.is_object()) return;
+  const auto type = content.find("Type");
+  if (type != content.end() && *type == kTextType) holds = Holds::FreeText;
+  for (auto& [key, member] : content.items()) json(member, key, holds);
 }
 
 std::string SnapshotMask::without_known(const std::string& text) const {

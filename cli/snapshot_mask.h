@@ -2,6 +2,8 @@
 #ifndef CLI_SNAPSHOT_MASK_H
 #define CLI_SNAPSHOT_MASK_H
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <functional>
 #include <map>
 #include <string>
@@ -18,13 +20,14 @@ class SnapshotMask {
   void learn(const std::string& column, const std::string& value);
   void learn_property(const std::string& name, const std::string& bytes);
 
-  std::string column(const std::string& column, const std::string& value);
+  std::string column(const std::string& column, const std::string& value, Holds holds = Holds::Choice);
   // The bytes of a property: a tag, and a text or a number.
   std::string property(const std::string& name, const std::string& bytes);
-  // A file of the platform folder. Throws Failure when it is no JSON.
-  std::string json(const char* file, const std::string& content);
+  // A file of the platform folder, which is JSON: every text in it.
+  void json(nlohmann::ordered_json& content);
 
  private:
+  void json(nlohmann::ordered_json& content, const std::string& name, Holds holds);
   std::string without_known(const std::string& text) const;
 
   Mask mask_;

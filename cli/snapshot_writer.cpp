@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <nlohmann/json.hpp>
+
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +13,8 @@
 #include "cli/command.h"
 #include "cli/file.h"
 #include "cli/library.h"
+#include "cli/secrets.h"
+#include "cli/settings.h"
 #include "cli/snapshot.h"
 #include "cli/snapshot_mask.h"
 #include "cli/sqlite_file.h"
@@ -21,6 +26,7 @@ namespace zeldb::cli {
 namespace {
 
 constexpr const char* kProperties = "propertiesDCTbl";
+constexpr const char* kSettings = "PCISetting";
 
 int run(_zel_db_handle_t* handle, const char* statement) {
   return zel_db_raw_query(handle, statement, static_cast<int>(std::strlen(statement)), nullptr);
@@ -116,7 +122,8 @@ class TableCopy {
         to.prepare("INSERT INTO " + table_.name + " (" + names + ") VALUES (" + values + ")");
     each_row(source, [&](zel_db_result_t* row) {
       std::vector<std::string> kept(table_.columns.size());
-      for (size_t place = 0; place < kept.size(); ++place) bind(insert, row, place, kept[place]);
+      const RowFacts facts = table_.name == kSettings ? facts_of_setting(row) : RowFacts();
+      for (size_t place = 0; place < kept.size(); ++place) bind(insert, row, place, facts, kept[place]);
       insert.step();
       insert.reset();
     });
@@ -143,8 +150,31 @@ class TableCopy {
     return bytes_at(row, place_of("propValue"));
   }
 
+  // What a row says of its own values.
+  struct RowFacts {
+    Holds holds = Holds::Choice;
+    std::map<std::string, std::string> hidden;  // what stands for secrets, by column
+  };
+
+  RowFacts facts_of_setting(zel_db_result_t* row) const {
+    const auto text = [&](const char* column) { return text_at(row, place_of(column)).value_or(""); };
+    int64_t type = 0;
+    zel_db_result_column_int64(row, place_of("Type"), &type);
+    RowFacts facts{.holds = type == kTextType ? Holds::FreeText : Holds::Choice, .hidden = {}};
+    const std::string speaking[] = {text("SettingID"), text("SettingName"), text("Mriname"),
+                                    text("ShortDesc"), text("FullDesc")};
+    if (!holds_secret(static_cast<uint32_t>(type), speaking)) return facts;
+    const SecretValues shown = hidden(SecretValues{text("CurrentValue"), text("PendingValue")});
+    facts.hidden = {{"CurrentValue", shown.current},
+                    {"PendingValue", shown.pending},
+                    {"Defvalue", hidden(text("Defvalue"))},
+                    {"Mfg_default", hidden(text("Mfg_default"))}};
+    return facts;
+  }
+
   // What cannot be read is NULL to all readers, and becomes it.
-  void bind(SqliteStatement& insert, zel_db_result_t* row, size_t place, std::string& kept) const {
+  void bind(SqliteStatement& insert, zel_db_result_t* row, size_t place, const RowFacts& facts,
+            std::string& kept) const {
     const InventoryTable::Column& column = table_.columns[place];
     const int from = static_cast<int>(place);
     const int to = from + 1;
@@ -160,9 +190,11 @@ class TableCopy {
     const bool is_text = column.type == "TEXT";
     const std::optional<std::string> value = is_text ? text_at(row, from) : bytes_at(row, from);
     if (!value) return insert.bind_null(to);
-    kept = *value;
-    if (mask_ != nullptr)
-      kept = is_text ? mask_->column(column.name, kept) : mask_->property(property_name(row), kept);
+    const auto secret = facts.hidden.find(column.name);
+    kept = secret != facts.hidden.end() ? secret->second : *value;
+    if (mask_ != nullptr && secret == facts.hidden.end())
+      kept =
+          is_text ? mask_->column(column.name, kept, facts.holds) : mask_->property(property_name(row), kept);
     if (is_text)
       insert.bind_text(to, kept);
     else
@@ -189,13 +221,65 @@ std::filesystem::path platform_folder() {
   return folder != nullptr && *folder != '\0' ? folder : "/var/lib/zeldb";
 }
 
+using Json = nlohmann::ordered_json;
+
+// The values of an attribute, of the collection that the name belongs to.
+void hide_secret(Json& attribute, const std::string& collection) {
+  const auto text = [&attribute](const char* member) {
+    const auto found = attribute.find(member);
+    return found != attribute.end() && found->is_string() ? found->get<std::string>() : std::string();
+  };
+  std::vector<std::string> speaking{collection};
+  for (const std::string_view member : kSpeaking) speaking.push_back(text(std::string(member).c_str()));
+  const auto type = attribute.find("Type");
+  if (type == attribute.end() || !type->is_number()) return;
+  if (!holds_secret(type->get<uint32_t>(), speaking)) return;
+  const auto replace = [&attribute](const char* member, const std::string& shown) {
+    const auto found = attribute.find(member);
+    if (found != attribute.end() && !found->is_null()) *found = shown;
+  };
+  const auto shown_of = [&attribute](const char* member) {
+    const auto found = attribute.find(member);
+    return found != attribute.end() && !found->is_null() ? found->dump() : std::string();
+  };
+  const SecretValues shown = hidden(SecretValues{shown_of("current"), shown_of("pending")});
+  replace("current", shown.current);
+  replace("pending", shown.pending);
+  for (const char* fallback : {"Defvalue", "Mfg_default"}) replace(fallback, hidden(text(fallback)));
+}
+
+void hide_secrets(Json& content, const std::string& collection = {}) {
+  if (content.is_object()) {
+    const auto name = content.find("name");
+    const std::string inner =
+        name != content.end() && name->is_string() ? name->get<std::string>() : collection;
+    hide_secret(content, collection);
+    for (Json& member : content) hide_secrets(member, inner);
+  } else if (content.is_array()) {
+    for (Json& element : content) hide_secrets(element, collection);
+  }
+}
+
+// Without secrets, and masked when there is a mask. What is no JSON says nothing to any reader, and may hold
+// anything: nothing of it leaves.
+std::string fit_to_leave(const char* file, const std::string& content, SnapshotMask* mask) {
+  const Json original = Json::parse(content, nullptr, false);
+  if (original.is_discarded()) {
+    if (mask != nullptr) throw Failure(std::string(file) + ": is no JSON and cannot be masked");
+    return {};
+  }
+  Json fit = original;
+  hide_secrets(fit);
+  if (mask != nullptr) mask->json(fit);
+  return fit == original ? content : fit.dump(2) + "\n";
+}
+
 void write_files(const SqliteFile& file, SnapshotMask* mask) {
   file.run("CREATE TABLE ZeldbFiles (Name TEXT PRIMARY KEY, Content BLOB) STRICT");
   for (const char* name : kPlatformFiles) {
     const std::filesystem::path path = platform_folder() / name;
     if (!std::filesystem::exists(path)) continue;
-    std::string content = read_file(path);
-    if (mask != nullptr) content = mask->json(name, content);
+    const std::string content = fit_to_leave(name, read_file(path), mask);
     SqliteStatement insert = file.prepare("INSERT INTO ZeldbFiles VALUES (?, ?)");
     insert.bind_text(1, name);
     insert.bind_bytes(2, content);

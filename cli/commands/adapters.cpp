@@ -69,7 +69,11 @@ std::vector<R> read_adapters(Options& options) {
   if (options.where.size() > kLongestCondition) throw WrongUse("--where: more than 112 characters");
   auto adapters = list_of<_ZELDB_PCI_Adapter_List>(
       "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); });
-  if (options.slot) return those_of(adapters, {key_of(*options.slot)});
+  if (options.slot) {
+    auto chosen = those_of(adapters, {key_of(*options.slot)});
+    if (chosen.empty()) fail_not_found("slot " + place_text(*options.slot));
+    return chosen;
+  }
   if (options.dpus) {
     return those_of(adapters, list_of<_ZELDB_PCI_FunKey_List>(
                                   "DPUs", [](auto* list) { return zeldb_get_dpu_keys(list); }));
@@ -102,10 +106,10 @@ std::vector<Ncsi> read_ncsi(const Options& options) {
 void setup_adapters(CLI::App& app) {
   auto options = std::make_shared<Options>();
   const std::vector<CLI::Option*> choices{
-      add_place(app, "--slot", options->slot, "The one in this slot"),
+      add_place(app, "--slot", options->slot, "The adapter in this slot"),
       add_flag(app, "--dpus", options->dpus, "Data processing units"),
       add_text(app, "--where", options->where, "CONDITION",
-               "Those with a function that an SQL condition on PCIs selects"),
+               "Adapters with a function that an SQL condition on PCIs selects"),
   };
   exclude_each_other(choices);
   Listing(app)

@@ -61,7 +61,9 @@ std::vector<R> read_cards(const Options& options) {
     return {hc_card_table, hc_card_table + zeldb_get_hc_card_count()};
   const PciIds ids = options.function ? ids_of(*options.function) : parse(options.ids);
   const R* const card = zeldb_find_hc_card(ids.vendor, ids.device, ids.sub_vendor, ids.sub_device);
-  if (card == nullptr) return {};
+  if (card == nullptr)
+    fail_not_found(options.function ? "card of function " + key_text(*options.function)
+                                    : "card " + options.ids);
   return {*card};
 }
 
@@ -70,8 +72,8 @@ std::vector<R> read_cards(const Options& options) {
 void setup_cards(CLI::App& app) {
   auto options = std::make_shared<Options>();
   exclude_each_other({
-      add_key(app, "--key", options->function, "That of the function with this key"),
-      add_text(app, "--ids", options->ids, "V:D:SV:SD", "That with these PCI ids, in hexadecimal digits"),
+      add_key(app, "--key", options->function, "The card of the function with this key"),
+      add_text(app, "--ids", options->ids, "V:D:SV:SD", "The card with these PCI ids, in hexadecimal digits"),
   });
   Listing(app).view(kColumns, [options] { return read_cards(*options); });
 }

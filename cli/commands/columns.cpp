@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/library.h"
@@ -24,12 +26,36 @@ constexpr Column kColumns[] = {
     whole(ZELDB_COLUMN(Entry, Column, "COLUMN", "Key in JSON and for --output")),
     ZELDB_COLUMN(Entry, Type, "TYPE", "Type of its values"),
     ZELDB_COLUMN(Entry, InTable, "IN TABLE", "1 when it is in a table without being asked for"),
-    ZELDB_COLUMN(Entry, Identifies, "MASKED AS", "What --mask replaces it by; text: addresses inside it"),
+    ZELDB_COLUMN(
+        Entry, Identifies, "MASKED AS",
+        "What --mask replaces it by; text: addresses inside it; value: these, and all of a text setting"),
     ZELDB_COLUMN(Entry, Help, "HELP", "What it is"),
     extra(ZELDB_COLUMN(Entry, Heading, "HEADING", "Its heading in a table")),
 };
 
+struct Shown {
+  char Column[33];
+  char Why[81];
+};
+
+constexpr Column kUnmaskedColumns[] = {
+    whole(ZELDB_COLUMN(Shown, Column, "COLUMN", "Of a listing or of a table")),
+    ZELDB_COLUMN(Shown, Why, "WHY", "Why it tells nothing of this machine alone"),
+};
+
+std::vector<Shown> read_unmasked() {
+  std::vector<Shown> rows;
+  for (const auto& [column, why] : unmasked_columns()) {
+    Shown& row = rows.emplace_back();
+    copy_text(row.Column, std::string(column));
+    copy_text(row.Why, why);
+  }
+  return rows;
+}
+
 std::vector<Entry> read_columns(const std::string& command) {
+  const auto is_it = [&command](const View& view) { return view.command == command; };
+  if (!command.empty() && std::ranges::none_of(views(), is_it)) throw Failure(command + ": not found");
   std::vector<Entry> entries;
   for (const View& view : views()) {
     if (!command.empty() && view.command != command) continue;
@@ -40,7 +66,7 @@ std::vector<Entry> read_columns(const std::string& command) {
       copy_text(entry.Heading, column.heading);
       copy_text(entry.Type, type_name(column));
       entry.InTable = column.is_extra ? 0 : 1;
-      copy_text(entry.Identifies, std::string(identified_by(column.key)));
+      copy_text(entry.Identifies, std::string(identified_by(column)));
       copy_text(entry.Help, column.help);
     }
   }
@@ -51,8 +77,11 @@ std::vector<Entry> read_columns(const std::string& command) {
 
 void setup_columns(CLI::App& app) {
   auto command = std::make_shared<std::string>();
-  add_text(app, "COMMAND", *command, "", "Those of one command");
-  Listing(app).view(kColumns, [command] { return read_columns(*command); });
+  CLI::Option* const one = add_text(app, "COMMAND", *command, "", "The columns of one command");
+  Listing(app)
+      .view(kColumns, [command] { return read_columns(*command); })
+      .view("--unmasked", "Texts that --mask leaves as they are, and why", kUnmaskedColumns, read_unmasked)
+      .without({one});
 }
 
 }  // namespace zeldb::cli

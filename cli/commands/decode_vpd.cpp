@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/file.h"
 #include "cli/library.h"
 #include "cli/listing.h"
 #include "zeldb/storage.h"
@@ -43,14 +40,10 @@ constexpr Column kDayColumns[] = {
 constexpr size_t kLargestImage = 65536;
 
 std::vector<R> read_image(const std::string& file) {
-  errno = 0;
-  std::ifstream stream(file, std::ios::binary);
-  std::string image(kLargestImage, '\0');
-  stream.read(image.data(), kLargestImage);
-  if (stream.gcount() == 0 && errno != 0) throw Failure(file + ": " + std::strerror(errno));
+  const std::string image = read_file(file, kLargestImage);
   R drive = {};
   if (parse_nvme_drive_vpd(reinterpret_cast<const uint8_t*>(image.data()),
-                           static_cast<uint32_t>(stream.gcount()), &drive) != 0) {
+                           static_cast<uint32_t>(image.size()), &drive) != 0) {
     throw Failure(file + ": no vital product data of an NVMe drive");
   }
   return {drive};

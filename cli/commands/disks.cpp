@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/inventory.h"
@@ -87,6 +89,25 @@ std::vector<R> read_place(const Place& place) {
   return {disk};
 }
 
+std::vector<Controller> read_controllers() {
+  uint8_t slots[kMostControllers] = {};
+  uint32_t keys[kMostControllers] = {};
+  uint32_t count = kMostControllers;
+  check(zeldb_get_marvell_ctrl_slots(slots, keys, &count), "storage controllers");
+  std::vector<Controller> rows;
+  for (uint32_t row = 0; row < count; ++row) rows.push_back({slots[row], keys[row]});
+  return rows;
+}
+
+std::vector<R> read_behind(uint32_t slot) {
+  auto drives = list_of<List>(
+      "drives", [&](List* list) { return zeldb_get_mv_disk_list(static_cast<int>(slot), list); });
+  const auto is_it = [slot](const Controller& controller) { return controller.SlotNo == slot; };
+  if (drives.empty() && std::ranges::none_of(read_controllers(), is_it))
+    fail_not_found("controller in slot " + std::to_string(slot));
+  return drives;
+}
+
 std::vector<R> read_disks(const Options& options) {
   const char* const where = options.where.empty() ? nullptr : options.where.c_str();
   require_inventory("drives");
@@ -99,26 +120,15 @@ std::vector<R> read_disks(const Options& options) {
     return list_of<List>("drives",
                          [&](List* list) { return zeldb_get_nvme_disk_list_from_mi_filter(list, where); });
   if (options.present) return list_of<List>("drives", [](List* list) { return zeldb_get_disk_list(list); });
-  if (options.controller)
-    return list_of<List>("drives", [&](List* list) {
-      return zeldb_get_mv_disk_list(static_cast<int>(*options.controller), list);
-    });
+  if (options.controller) return read_behind(*options.controller);
   if (options.function) {
-    return list_of<List>("drives",
-                         [&](List* list) { return zeldb_get_disk_list_funkey(*options.function, list); },
-                         {ZELDB_NO_MATCH});
+    const auto drives = list_of<List>(
+        "drives", [&](List* list) { return zeldb_get_disk_list_funkey(*options.function, list); },
+        {ZELDB_NO_MATCH});
+    if (drives.empty()) read_function(*options.function);  // has to be there
+    return drives;
   }
   return read_drives();
-}
-
-std::vector<Controller> read_controllers() {
-  uint8_t slots[kMostControllers] = {};
-  uint32_t keys[kMostControllers] = {};
-  uint32_t count = kMostControllers;
-  check(zeldb_get_marvell_ctrl_slots(slots, keys, &count), "storage controllers");
-  std::vector<Controller> rows;
-  for (uint32_t row = 0; row < count; ++row) rows.push_back({slots[row], keys[row]});
-  return rows;
 }
 
 }  // namespace
@@ -126,24 +136,24 @@ std::vector<Controller> read_controllers() {
 void setup_disks(CLI::App& app) {
   auto options = std::make_shared<Options>();
   CLI::Option* bay = add_choice(app, "--bay", options->bay, {"m2", "7mm", "slot", "sata"},
-                                "Those in M.2 or 7 mm bays; NVMe drives in backplane bays and slots; SATA "
+                                "Drives in M.2 or 7 mm bays; NVMe drives in backplane bays and slots; SATA "
                                 "drives on the board");
   CLI::Option* table = add_choice(app, "--table", options->table, {"aim", "nvme"},
-                                  "Those of one table: of the agent's, or of the management interfaces'");
+                                  "Drives of one table: the agent's, or that of the management interfaces");
   const std::vector<CLI::Option*> choices{
       bay,
       table,
-      add_flag(app, "--present", options->present, "Those that the agent sees"),
+      add_flag(app, "--present", options->present, "Drives that the agent sees"),
       add_number(app, "--controller", options->controller, "SLOT",
-                 "Those behind the controller in this slot"),
+                 "Drives behind the controller in this slot"),
       add_place(app, "--place", options->place,
                 "The NVMe drive in a slot (1:N), backplane bay (2:N) or M.2 bay (3:N)"),
-      add_key(app, "--key", options->function, "Those with this function key"),
+      add_key(app, "--key", options->function, "Drives with this function key"),
   };
   exclude_each_other(choices);
-  need(
-      add_text(app, "--where", options->where, "CONDITION", "With --table: for which an SQL condition holds"),
-      table);
+  need(add_text(app, "--where", options->where, "CONDITION",
+                "With --table: drives for which an SQL condition holds"),
+       table);
   need(add_flag(app, "--unlisted", options->unlisted, "With --bay: only those that the product data lacks"),
        bay);
   Listing(app)

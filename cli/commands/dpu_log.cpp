@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
 #include "zeldb/firmware.h"
@@ -22,6 +23,7 @@ std::vector<R> read_log(int slot) {
   auto events = list_of<_ZELDB_DpuLog_List>("DPU in slot " + std::to_string(slot),
                                             [slot](auto* list) { return dpu_get_log_by_slot(slot, list); });
   std::erase_if(events, [](const R& event) { return event._id == 0; });  // could not be read
+  if (events.empty()) require_slot({1, slot});
   return events;
 }
 

@@ -4,6 +4,7 @@
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/file.h"
+#include "cli/mask.h"
 #include "cli/snapshot.h"
 
 namespace zeldb::cli {
@@ -29,15 +30,18 @@ void write_export(const Options& options) {
 void setup_export(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_text(app, "FILE", options->file, "", "The file to write, readable for its owner alone"));
-  add_flag(app, "--mask", options->masked,
-           "Replace serial numbers, UUIDs and addresses, equal ones by the same word");
+  add_flag(app, "--mask", options->masked, kMaskHelp);
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   set_action(
       app, [options] { write_export(*options); },
       "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one SQLite "
-      "database. Every other command reads it with --from. Look at it before you give it away: --mask does "
-      "not know what names and texts of your own say of you.");
+      "database. Every other command reads it with --from. Secrets among the settings stay out of it, masked "
+      "or not "
+      "(see zeldb pending --help). Look at it before you give it away: --mask leaves the columns that zeldb "
+      "columns "
+      "--unmasked lists, and in messages of firmware replaces nothing but addresses and what it knows from "
+      "elsewhere.");
 }
 
 }  // namespace zeldb::cli

@@ -3,6 +3,7 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
 
@@ -51,11 +52,12 @@ constexpr struct {
   const char* help;
   int (*read)(List*);
 } kLists[] = {
-    {"--pending", "Those with an update that waits for its activation", zeldb_get_pldm_firmware_pending_list},
-    {"--updated", "Those that have been through an update", zeldb_get_pldm_firmware_updated_list},
-    {"--failed", "Those of which an update failed", zeldb_get_pldm_firmware_update_failure_list},
-    {"--succeeded", "Those of which an update succeeded", zeldb_get_pldm_firmware_update_success_list},
-    {"--onboard-raid", "Those of the on-board storage controllers",
+    {"--pending", "Components with an update that waits for its activation",
+     zeldb_get_pldm_firmware_pending_list},
+    {"--updated", "Components that have been through an update", zeldb_get_pldm_firmware_updated_list},
+    {"--failed", "Components whose update failed", zeldb_get_pldm_firmware_update_failure_list},
+    {"--succeeded", "Components whose update succeeded", zeldb_get_pldm_firmware_update_success_list},
+    {"--onboard-raid", "Components of the on-board storage controllers",
      zeldb_get_pldm_firmware_marvell_ctrl_list},
 };
 
@@ -97,6 +99,7 @@ std::vector<Downstream> read_downstream(const Options& options) {
   int count = kMostDownstream;
   check(zeldb_get_pldm_downstream_software_ids(options.slot->location, options.slot->number, ids, &count),
         what);
+  if (count == 0) require_slot(*options.slot);
   std::vector<Downstream> rows(static_cast<size_t>(count));
   for (size_t row = 0; row < rows.size(); ++row) copy_text(rows[row].SoftwareID, ids[row]);
   return rows;
@@ -106,14 +109,15 @@ std::vector<Downstream> read_downstream(const Options& options) {
 
 void setup_firmware(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  CLI::Option* slot = add_place(app, "--slot", options->slot, "The one of this slot that can be updated");
-  std::vector<CLI::Option*> choices{
-      slot, add_text(app, "--where", options->where, "CONDITION", "Those that an SQL condition selects")};
+  CLI::Option* slot =
+      add_place(app, "--slot", options->slot, "The component of this slot that can be updated");
+  std::vector<CLI::Option*> choices{slot, add_text(app, "--where", options->where, "CONDITION",
+                                                   "Components that an SQL condition selects")};
   for (size_t list = 0; list < std::size(kLists); ++list)
     choices.push_back(add_flag(app, kLists[list].option, options->lists[list], kLists[list].help));
   exclude_each_other(choices);
   need(add_hex_pair(app, "--device", options->device, "BUS:DEV",
-                    "With --slot: the one of this device (hexadecimal)"),
+                    "With --slot: the component of this device (hexadecimal)"),
        slot);
   Listing(app)
       .view(kColumns, [options] { return read_components(*options); })

@@ -112,20 +112,31 @@ std::vector<uint32_t> keys_beside(const HexPair& ids) {
   return functions_in_slot({1, slot});
 }
 
+// Those that are asked for by name are there.
 std::vector<uint32_t> chosen_keys(const Options& options) {
-  if (options.key) return {*options.key};
-  if (options.slot) return functions_in_slot(*options.slot);
+  if (options.key) {
+    read_function(*options.key);
+    return {*options.key};
+  }
+  if (options.slot) {
+    require_slot(*options.slot);
+    return functions_in_slot(*options.slot);
+  }
   if (options.drive) return key_of_drive(*options.drive);
   if (options.beside) return keys_beside(*options.beside);
-  if (options.adapter) return functions_of_adapter(*options.adapter);
+  if (options.adapter) {
+    auto keys = functions_of_adapter(*options.adapter);
+    if (keys.empty()) fail_not_found("adapter " + key_text(*options.adapter));
+    return keys;
+  }
   return options.where.empty() ? function_keys() : function_keys(options.where);
 }
 
 // What the adapter tables do not know stays 0.
-Function function_of(uint32_t key) {
+Function function_of(uint32_t key, const _ZELDB_PCI_Generic_Info& info) {
   Function row = {};
   row.FunKey = key;
-  row.Info = read_function(key);
+  row.Info = info;
   copy_text(row.Address, pci_address(row.Info.SegNo, row.Info.BusNo, row.Info.DeviceNo, row.Info.FunctionNo));
   copy_text(row.CardName, card_name(key));
   zeldb_get_pci_function_type(key, &row.FunType);
@@ -138,7 +149,9 @@ Function function_of(uint32_t key) {
 std::vector<Function> functions_of(const std::vector<uint32_t>& keys) {
   std::vector<Function> rows;
   rows.reserve(keys.size());
-  for (const uint32_t key : keys) rows.push_back(function_of(key));
+  for (const uint32_t key : keys) {
+    if (const auto info = find_function(key)) rows.push_back(function_of(key, *info));
+  }
   return rows;
 }
 
@@ -156,9 +169,7 @@ std::vector<Packaging> read_packaging(const std::vector<uint32_t>& keys) {
   for (const uint32_t key : keys) {
     Packaging row{.FunKey = key, .Misc = {}};
     const int status = zeldb_get_pci_misc_info(key, &row.Misc);
-    if (status == ZELDB_NO_MORE_ROWS) continue;
-    check(status, "function " + key_text(key));
-    rows.push_back(row);
+    if (check_found(status, "function " + key_text(key))) rows.push_back(row);
   }
   return rows;
 }
@@ -168,14 +179,15 @@ std::vector<Packaging> read_packaging(const std::vector<uint32_t>& keys) {
 void setup_functions(CLI::App& app) {
   auto options = std::make_shared<Options>();
   const std::vector<CLI::Option*> choices{
-      add_place(app, "--slot", options->slot, "Those in this slot"),
-      add_key(app, "--adapter", options->adapter, "Those of the adapter with this key"),
-      add_key(app, "--key", options->key, "The one with this key"),
+      add_place(app, "--slot", options->slot, "Functions in this slot"),
+      add_key(app, "--adapter", options->adapter, "Functions of the adapter with this key"),
+      add_key(app, "--key", options->key, "The function with this key"),
       add_place(app, "--drive", options->drive,
-                "That of the NVMe drive in a slot (1:N) or backplane bay (2:N)"),
+                "The function of the NVMe drive in a slot (1:N) or backplane bay (2:N)"),
       add_hex_pair(app, "--beside", options->beside, "D:SD",
-                   "Those in the slot of the first one with this device and subsystem id (hexadecimal)"),
-      add_text(app, "--where", options->where, "CONDITION", "Those that an SQL condition on PCIs selects"),
+                   "Functions in the slot of the first one with this device and subsystem id (hexadecimal)"),
+      add_text(app, "--where", options->where, "CONDITION",
+               "Functions that an SQL condition on PCIs selects"),
   };
   exclude_each_other(choices);
   Listing(app)

@@ -71,9 +71,11 @@ std::vector<_ZELDB_PCI_GPU> read_ids() {
 std::vector<Gpu> read_gpus() {
   std::vector<Gpu> rows;
   for (const _ZELDB_PCI_GPU& id : read_ids()) {
+    const auto function = find_function(id.FunKey);
+    if (!function) continue;
     Gpu& row = rows.emplace_back();
     row.Id = id;
-    row.SlotNo = read_function(id.FunKey).SlotNo;
+    row.SlotNo = function->SlotNo;
     copy_text(row.CardName, card_name(id.FunKey));
     zeldb_get_gpu_device_info(id.FunKey, &row.Device);
     char version[ZELDB_GPU_PROPERTY_SIZE] = {};

@@ -103,7 +103,9 @@ template <typename Read>
 std::vector<R> modules_of(Read read_ids) {
   std::vector<R> modules;
   for (const uint32_t id : list_of<_ZELDB_Id_List>("memory", read_ids)) {
-    check(zeldb_get_memory_by_id(&modules.emplace_back(), id), "memory " + std::to_string(id));
+    R module = {};
+    if (check_found(zeldb_get_memory_by_id(&module, id), "memory " + std::to_string(id)))
+      modules.push_back(module);
   }
   return modules;
 }
@@ -144,10 +146,10 @@ std::vector<SlotHealth> read_health(const Options& options) {
   std::set<uint16_t> seen;
   for (const R& module : read_chosen(options)) {
     if (!seen.insert(module.SlotNo).second) continue;
-    SlotHealth& row = rows.emplace_back();
-    row.SlotNo = module.SlotNo;
-    check(zeldb_get_mpfa_health_by_slot(row.SlotNo, &row.MajorHealth, &row.MinorHealth, &row.RepairStatus),
-          "memory slot " + std::to_string(row.SlotNo));
+    SlotHealth row{.SlotNo = module.SlotNo, .MajorHealth = 0, .MinorHealth = 0, .RepairStatus = 0};
+    const int status =
+        zeldb_get_mpfa_health_by_slot(row.SlotNo, &row.MajorHealth, &row.MinorHealth, &row.RepairStatus);
+    if (check_found(status, "memory slot " + std::to_string(row.SlotNo))) rows.push_back(row);
   }
   return rows;
 }

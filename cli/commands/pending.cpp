@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <iterator>
 #include <map>
 #include <memory>
 
 #include "cli/arguments.h"
+#include "cli/bios_values.h"
 #include "cli/command.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/secret_input.h"
+#include "cli/secrets.h"
 #include "cli/settings.h"
 #include "cli/text.h"
 
@@ -28,6 +34,7 @@ constexpr Column kColumns[] = {
     extra(hex(ZELDB_COLUMN(R, PfaKey, "FUNCTION", "Key of the function"))),
     extra(ZELDB_COLUMN(R, SettingName, "NAME", "Name of the setting")),
     extra(ZELDB_COLUMN(R, Defvalue, "DEFAULT", "Default value")),
+    extra(ZELDB_COLUMN(R, Type, "TYPE", "3 number, 4 text, 5 without fields of its own, others a choice")),
 };
 
 // The new value of each setting; without one, its current value.
@@ -39,18 +46,28 @@ struct Options {
   bool unchecked = false;
 };
 
-template <typename Visit>
-void for_each_setting(Visit visit) {
+// Of all functions, as the BIOS has them where the inventory has no values.
+std::vector<R> read_all_with_secrets() {
+  std::vector<R> all;
   for (const uint32_t function : function_keys()) {
-    for (const R& setting : read_settings(function)) visit(setting);
+    if (find_function(function))
+      std::ranges::copy(read_settings_with_secrets(function), std::back_inserter(all));
   }
+  if (!complete_values(all)) {
+    std::fputs(
+        "zeldb: warning: values of settings are not known: the parser stores them in a full run alone, and "
+        "the BIOS "
+        "configuration service does not answer\n",
+        stderr);
+  }
+  return all;
 }
 
 std::vector<R> read_pending() {
-  std::vector<R> rows;
-  for_each_setting([&rows](const R& setting) {
-    if (text_of(setting.CurrentValue) != text_of(setting.PendingValue)) rows.push_back(setting);
-  });
+  std::vector<R> rows = read_all_with_secrets();
+  std::erase_if(
+      rows, [](const R& setting) { return text_of(setting.CurrentValue) == text_of(setting.PendingValue); });
+  std::ranges::for_each(rows, hide_secret);
   return rows;
 }
 
@@ -62,25 +79,33 @@ Changes changes_of(const Options& options) {
   };
   for (const std::string& assignment : options.set) {
     const size_t end = assignment.find('=');
-    if (end == std::string::npos || end == 0)
+    if (end == std::string::npos)
       throw WrongUse("--set: " + printable(assignment, Escape::Terminal) + " is no ID=VALUE");
+    if (end == 0) throw WrongUse("--set: ID=VALUE without an ID");
     add(assignment.substr(0, end), assignment.substr(end + 1));
   }
   for (const std::string& id : options.cancelled) add(id, std::nullopt);
+  for (const std::string& assignment : options.set) {
+    if (!assignment.ends_with("=-")) continue;
+    const std::string id = assignment.substr(0, assignment.find('='));
+    if (assignment.size() == id.size() + 2) changes[id] = read_value(printable(id, Escape::Terminal));
+  }
   return changes;
 }
 
 // The settings to be changed, each with its new value.
 std::vector<std::pair<R, std::string>> find(Changes changes) {
   std::vector<std::pair<R, std::string>> found;
-  for_each_setting([&](const R& setting) {
+  for (const R& setting : read_all_with_secrets()) {
     const auto change = changes.find(text_of(setting.SettingID));
-    if (change == changes.end()) return;
+    if (change == changes.end()) continue;
     const std::string current = text_of(setting.CurrentValue);
-    if (!change->second && current.empty()) throw Failure(change->first + ": its current value is not known");
+    // Nobody tells the current value of a secret: no pending value is what there was before one was set.
+    if (!change->second && current.empty() && !holds_secret(setting))
+      throw Failure(change->first + ": its current value is not known");
     found.emplace_back(setting, change->second.value_or(current));
     changes.erase(change);
-  });
+  }
   if (!changes.empty())
     throw Failure(printable(changes.begin()->first, Escape::Terminal) + ": no such setting");
   return found;
@@ -104,7 +129,8 @@ void consider(const R& setting, const std::string& value, bool unchecked,
               std::vector<std::string>& warnings) {
   const std::string id = text_of(setting.SettingID);
   const Verdict verdict = judge(setting, value);
-  const std::string objection = id + ": " + printable(value + " " + verdict.objection, Escape::Terminal);
+  const std::string shown = holds_secret(setting) ? "the value" : value;
+  const std::string objection = id + ": " + printable(shown + " " + verdict.objection, Escape::Terminal);
   if (!verdict.objection.empty()) {
     if (!unchecked) throw Failure(objection);
     warnings.push_back(objection);
@@ -113,18 +139,23 @@ void consider(const R& setting, const std::string& value, bool unchecked,
     warnings.push_back(id + ": " + printable(doubt, Escape::Terminal));
 }
 
-// All of them, or none.
+// All of them, or none. New values do not get into the traces, whatever they are.
 void change(const Options& options) {
+  for (const char* trace : {"ZEL_DB_TRACE", "ZEL_PLATFORM_TRACE", "CMR_CALL_LOG"}) unsetenv(trace);
   const Changes changes = changes_of(options);
   std::vector<Entry> entries;
   std::vector<std::string> warnings;
+  bool are_secret = false;
   for (const auto& [setting, value] : find(changes)) {
     const std::string id = text_of(setting.SettingID);
+    are_secret = are_secret || holds_secret(setting);
     entries.push_back(entry_of(id, value));
     if (changes.at(id)) consider(setting, value, options.unchecked, warnings);
   }
   for (const std::string& warning : warnings) std::fprintf(stderr, "zeldb: warning: %s\n", warning.c_str());
   const std::string what = entries.size() == 1 ? entries.front().SettingID : "settings";
+  // A failing update is logged with its value; the command says that it failed.
+  if (are_secret) setenv("VREL_LOG", "/dev/null", 1);
   const int status = zeldb_save_pci_configSet_list(entries.data(), static_cast<int>(entries.size()));
   if (status == ZELDB_BIOS_WRITE_FAILED) {
     throw Failure(what +
@@ -141,10 +172,15 @@ void setup_pending(CLI::App& app) {
   Listing listing(app);
   const std::vector<CLI::Option*> output = app.get_options();
   const std::vector<CLI::Option*> changing = {
-      app.add_option("--set", options->set,
-                     "Have this value from the next start on, if the setting's own rules allow it")
+      app.add_option(
+             "--set", options->set,
+             "Have this value from the next start on, if the setting's own rules allow it; the value - is "
+             "read from standard input, one line for each, or asked for on the terminal")
           ->type_name("ID=VALUE"),
-      app.add_option("--cancel", options->cancelled, "Have the current value from the next start on")
+      app.add_option(
+             "--cancel", options->cancelled,
+             "Have the current value from the next start on; for a secret of which nobody tells it, an empty "
+             "one")
           ->type_name("ID"),
   };
   for (CLI::Option* option : changing) {
@@ -155,6 +191,14 @@ void setup_pending(CLI::App& app) {
   }
   need(add_flag(app, "--force", options->unchecked, "With --set: warn where the rules do not allow it"),
        changing.front());
+  listing.note(
+      "Settings that hold secrets are those of type 5, and texts and numbers whose id, name or description "
+      "says so "
+      "(password, secret, credential, private key, ...). Their values are shown by no command and left out "
+      "of "
+      "exports: (secret) stands for them, (other secret) for a pending one that differs. Give them as ID=-: "
+      "what "
+      "stands on a command line is seen by other users.");
   listing.view(kColumns, read_pending).around([options](const std::function<void()>& show) {
     if (options->set.empty() && options->cancelled.empty())
       show();

@@ -81,6 +81,7 @@ constexpr Column kLinkColumns[] = {
 struct Options {
   Key function;
   Key adapter;
+  std::optional<Place> slot;
   Number port;
 };
 
@@ -98,17 +99,39 @@ void add_ports(std::vector<Of<std::remove_reference_t<decltype(*List::Items)>>>&
 }
 
 std::vector<uint32_t> chosen_functions(const Options& options) {
-  if (!options.function) return function_keys();
-  read_function(*options.function);  // has to be there
-  return {*options.function};
+  if (options.function) {
+    read_function(*options.function);  // has to be there
+    return {*options.function};
+  }
+  if (!options.slot) return function_keys();
+  require_slot(*options.slot);
+  return functions_in_slot(*options.slot);
+}
+
+// Of an adapter that has to be there.
+std::string adapter_name(uint32_t key) {
+  for (const _ZELDB_PCI_Adapter& adapter : list_of<_ZELDB_PCI_Adapter_List>(
+           "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); })) {
+    if (adapter.PCIKey == key) return adapter.CardName;
+  }
+  const auto functions = functions_of_adapter(key);
+  if (functions.empty()) fail_not_found("adapter " + key_text(key));
+  return card_name(functions.front());
+}
+
+// The index of a port is one of its names.
+template <typename Rows>
+Rows found(Rows rows, const Options& options) {
+  if (options.port && rows.empty()) fail_not_found("port " + std::to_string(*options.port));
+  return rows;
 }
 
 std::vector<Physical> read_physical(const Options& options) {
   std::vector<Physical> rows;
   if (options.adapter) {
-    add_ports<_ZELDB_PhysicalPort_List>(rows, *options.adapter, {}, [&](auto* list) {
-      return zeldb_get_all_network_physical_port_list(*options.adapter, list);
-    });
+    add_ports<_ZELDB_PhysicalPort_List>(
+        rows, *options.adapter, adapter_name(*options.adapter),
+        [&](auto* list) { return zeldb_get_all_network_physical_port_list(*options.adapter, list); });
     return rows;
   }
   for (const uint32_t key : chosen_functions(options)) {
@@ -117,15 +140,15 @@ std::vector<Physical> read_physical(const Options& options) {
     });
   }
   if (options.port) std::erase_if(rows, [&](const Physical& row) { return row.Port.Idx != *options.port; });
-  return rows;
+  return found(std::move(rows), options);
 }
 
 std::vector<Logical> read_logical(const Options& options) {
   std::vector<Logical> rows;
   if (options.adapter) {
-    add_ports<_ZELDB_LogicalPort_List>(rows, *options.adapter, {}, [&](auto* list) {
-      return zeldb_get_all_network_logical_port_list(*options.adapter, list);
-    });
+    add_ports<_ZELDB_LogicalPort_List>(
+        rows, *options.adapter, adapter_name(*options.adapter),
+        [&](auto* list) { return zeldb_get_all_network_logical_port_list(*options.adapter, list); });
     return rows;
   }
   for (const uint32_t key : chosen_functions(options)) {
@@ -134,7 +157,7 @@ std::vector<Logical> read_logical(const Options& options) {
                           : zeldb_get_network_logical_port_list(key, list);
     });
   }
-  return rows;
+  return found(std::move(rows), options);
 }
 
 std::vector<Link> read_link(const Options& options) {
@@ -152,18 +175,21 @@ std::vector<Link> read_link(const Options& options) {
 void setup_ports(CLI::App& app) {
   auto options = std::make_shared<Options>();
   CLI::Option* function =
-      add_key(app, "KEY", options->function, "A function's key; all functions without one");
+      add_key(app, "KEY", options->function,
+              "The ports of the function with this key alone; without one, of all functions");
   CLI::Option* adapter =
-      add_key(app, "--adapter", options->adapter, "All ports of the adapter with this key");
+      add_key(app, "--adapter", options->adapter, "The ports of all functions of the adapter with this key");
+  CLI::Option* slot =
+      add_place(app, "--slot", options->slot, "The ports of all functions in this slot, by function");
   CLI::Option* port = add_number(app, "--port", options->port, "N", "The port with this index");
-  exclude_each_other({function, adapter});
+  exclude_each_other({function, adapter, slot});
   exclude_each_other({adapter, port});
   Listing(app)
       .view(kPhysicalColumns, [options] { return read_physical(*options); })
       .view("--logical", "Logical ports", kLogicalColumns, [options] { return read_logical(*options); })
       .view("--link", "The link of one port: of --port, or of the only one", kLinkColumns,
             [options] { return read_link(*options); })
-      .without({adapter});
+      .without({adapter, slot});
 }
 
 }  // namespace zeldb::cli

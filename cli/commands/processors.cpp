@@ -13,7 +13,7 @@ using R = _ZELDB_Processor;
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Socket, "SOCKET", "Where it sits"),
     ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it"),
-    ZELDB_COLUMN(R, Version, "MODEL", "What it calls itself"),
+    ZELDB_COLUMN(R, Version, "MODEL", "Model and version, as the processor reports it"),
     ZELDB_COLUMN(R, CoreCount, "CORES", "Cores that it has"),
     ZELDB_COLUMN(R, CoreEnabled, "ENABLED", "Cores that are enabled"),
     ZELDB_COLUMN(R, ThreadCount, "THREADS", "Threads of all cores"),
@@ -55,9 +55,10 @@ std::vector<_ZELDB_Processor> read_processors() {
   std::vector<R> processors;
   for (const uint32_t id :
        list_of<_ZELDB_Id_List>("processors", [](auto* list) { return zeldb_get_processor_list(list); })) {
-    R& processor = processors.emplace_back();
+    R processor = {};
     processor._id = id;
-    check(zeldb_get_processor(&processor), "processor " + std::to_string(id));
+    if (check_found(zeldb_get_processor(&processor), "processor " + std::to_string(id)))
+      processors.push_back(processor);
   }
   return processors;
 }

@@ -8,6 +8,7 @@
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/file.h"
+#include "cli/mask.h"
 #include "cli/snapshot.h"
 
 namespace zeldb::cli {
@@ -34,7 +35,7 @@ void setup_report(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_text(app, "FILE", options->file, "", "The page to write, readable for its owner alone"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
-  add_flag(app, "--mask", options->masked, "Replace serial numbers, UUIDs and addresses");
+  add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   app.footer("The page needs no network and runs no script: it can be mailed, printed and kept.");
   app.callback([options] { write_report(*options); });

@@ -39,7 +39,7 @@ Json rows_of(const View& view) {
   for (const Column& column : view.columns) {
     Json& property = properties[column.key] = type_of(column);
     property["description"] = column.help;
-    const std::string_view identity = identified_by(column.key);
+    const std::string_view identity = identified_by(column);
     if (!identity.empty()) property["identifies"] = identity;
   }
   return {{"type", "object"}, {"additionalProperties", false}, {"properties", properties}};

@@ -5,6 +5,7 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
 
@@ -63,6 +64,7 @@ struct Options {
 };
 
 std::vector<Set> read_sets(const Options& options) {
+  read_function(*options.function);  // has to be there
   // As many settings as can be counted, each the only one of its set.
   std::string names(size_t{128} * 65536, '\0');
   check(zeldb_get_pci_configID(static_cast<int>(*options.function), names.data()),
@@ -83,7 +85,7 @@ void setup_settings(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_key(app, "KEY", options->function, "A function's key"));
   CLI::Option* set = add_text(app, "--set", options->prefix, "PREFIX",
-                              "Settings with an id that begins so (_ and % are wildcards)");
+                              "Settings whose id begins with this text (_ and % are wildcards)");
   CLI::Option* flagged = add_flag(app, "--flagged", options->flagged, "Settings with flag 2 alone");
   Listing(app)
       .view(kColumns,

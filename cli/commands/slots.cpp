@@ -90,13 +90,14 @@ void complete_from_drives(R& slot, uint32_t function, const Disks& drives) {
 
 // What the first function of the slot tells.
 void read_first_function(R& slot, uint32_t key, const Disks& drives) {
-  const _ZELDB_PCI_Generic_Info function = read_function(key);
+  const auto found = find_function(key);
+  if (!found) return;
+  const _ZELDB_PCI_Generic_Info& function = *found;
   slot.FunKey = key;
   copy_text(slot.Address,
             pci_address(function.SegNo, function.BusNo, function.DeviceNo, function.FunctionNo));
   complete(slot.CardName, function.SlotDesignation);
-  _ZELDB_PCIVpdInfo product = {};
-  if (zeldb_get_pci_vpd_info(key, &product) == ZELDB_OK) complete(slot.SerialNo, product.SerialNo);
+  if (const auto product = find_product(key)) complete(slot.SerialNo, product->SerialNo);
   complete_from_images(slot, key);
   complete_from_drives(slot, key, drives);
 }

@@ -36,34 +36,33 @@ struct Options {
   std::optional<Place> slot;
 };
 
-std::vector<Product> read_product(uint32_t function) {
-  Product row{.FunKey = function, .Vpd = {}};
-  read_function(function);  // has to be there
-  const int status = zeldb_get_pci_vpd_info(function, &row.Vpd);
-  check(status == ZELDB_INVALID_ARGUMENT ? ZELDB_NO_MATCH : status, "product data of " + key_text(function));
-  return {row};
+std::vector<uint32_t> chosen_functions(const Options& options) {
+  if (options.function) {
+    read_function(*options.function);  // has to be there
+    return {*options.function};
+  }
+  if (!options.slot) return function_keys();
+  require_slot(*options.slot);
+  return functions_in_slot(*options.slot);
 }
 
 std::vector<Product> read_products(const Options& options) {
-  if (options.function) return read_product(*options.function);
   std::vector<Product> rows;
-  for (const uint32_t key : options.slot ? functions_in_slot(*options.slot) : function_keys()) {
-    Product row{.FunKey = key, .Vpd = {}};
-    const int status = zeldb_get_pci_vpd_info(key, &row.Vpd);
-    if (status == ZELDB_INVALID_ARGUMENT || status == ZELDB_NO_MORE_ROWS) continue;
-    check(status, "product data of " + key_text(key));
-    rows.push_back(row);
+  for (const uint32_t key : chosen_functions(options)) {
+    if (const auto product = find_product(key)) rows.push_back({.FunKey = key, .Vpd = *product});
   }
+  if (options.function && rows.empty()) fail_not_found("product data of " + key_text(*options.function));
   return rows;
 }
 
 std::vector<Product> read_published(const Options& options) {
   if (!options.slot) throw WrongUse("--published: needs --slot");
-  require_properties("properties of the GPU in slot " + place_text(*options.slot));
+  const std::string what = "properties of the GPU in slot " + place_text(*options.slot);
+  require_properties(what);
   Product row = {};
   std::map<std::string, std::string> changes;
   set_missing_gpu_vpd_info(&row.Vpd, static_cast<unsigned>(options.slot->number), changes);
-  if (changes.empty()) return {};
+  if (changes.empty()) fail_not_found(what);
   return {row};
 }
 
