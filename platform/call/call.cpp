@@ -14,7 +14,7 @@
 namespace zel_platform {
 
 void trace_call(const char* function, std::initializer_list<std::string> arguments, int status) {
-  const char* path = std::getenv("ZEL_PLATFORM_TRACE");
+  const char* path = secure_getenv("ZEL_PLATFORM_TRACE");
   if (path == nullptr || *path == '\0') return;
   std::string line = std::string(function) + "|";
   for (const std::string& argument : arguments) {
@@ -27,9 +27,14 @@ void trace_call(const char* function, std::initializer_list<std::string> argumen
   [[maybe_unused]] const ssize_t written = write(file.get(), line.data(), line.size());
 }
 
-void log_failure(const char* function, const std::exception& error) {
-  const bool in_file = dynamic_cast<const ConfigError*>(&error) != nullptr;
-  vrel_log::logErr("%s: %s", in_file ? config_path("platform.json").c_str() : function, error.what());
+void log_failure(const char* function, const std::exception& error) noexcept {
+  std::string path;
+  try {
+    if (dynamic_cast<const ConfigError*>(&error) != nullptr) path = config_path("platform.json");
+  } catch (const std::bad_alloc&) {
+    path.clear();
+  }
+  vrel_log::logErr("%s: %s", path.empty() ? function : path.c_str(), error.what());
 }
 
 }  // namespace zel_platform

@@ -20,7 +20,7 @@
 namespace zel_platform {
 
 void trace_call(const char* function, std::initializer_list<std::string> arguments, int status);
-void log_failure(const char* function, const std::exception& error);
+void log_failure(const char* function, const std::exception& error) noexcept;
 
 inline std::string shown(const char* text) {
   return text != nullptr ? text : "(null)";

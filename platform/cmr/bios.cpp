@@ -67,13 +67,13 @@ Bios read_bios(const Json& json) {
 
 void set_pending(Json& json, PendingValues pending) {
   read_bios(json);  // another process may have written something else since
-  for (Json& collection : json["collections"]) {
+  for (Json& collection : *json.member("collections").as<Json::Array>()) {
     const std::optional<std::string> name = text_member(collection, "name");
     if (!name) continue;
-    for (Json& attribute : collection["attributes"]) {
+    for (Json& attribute : *collection.member("attributes").as<Json::Array>()) {
       const auto wanted = pending.find(value_id(*name, text_member(attribute, "AttributeName")));
       if (wanted == pending.end()) continue;
-      attribute["pending"] = wanted->second;
+      attribute.member("pending") = Json(wanted->second);
       pending.erase(wanted);
     }
   }

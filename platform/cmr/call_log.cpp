@@ -75,7 +75,7 @@ std::string lines_of(const Call& call) {
 }  // namespace
 
 void log_call(const Call& call) {
-  const char* path = std::getenv("CMR_CALL_LOG");
+  const char* path = secure_getenv("CMR_CALL_LOG");
   if (path == nullptr || *path == '\0') return;
   const FileDescriptor file(
       open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR));

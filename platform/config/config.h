@@ -5,31 +5,22 @@
 #ifndef ZEL_PLATFORM_CONFIG_CONFIG_H
 #define ZEL_PLATFORM_CONFIG_CONFIG_H
 
-#include <nlohmann/json.hpp>
-
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "config/json.h"
+
 namespace zel_platform {
-
-// Keeps the order of the keys, so that an updated file still looks like the one that was written by hand.
-using Json = nlohmann::ordered_json;
-
-// The content of a file is not what its reader needs; the text names the place.
-class ConfigError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 enum class IfMissing { Fail, Empty };
 
 std::string config_path(const char* file);
 
-// Hands the file's content to read; a missing file is a failure or an empty object. False, and one line in
-// the log, when the file cannot be read, is no JSON, or read throws.
+// Hands the file's content, an object, to read; a missing file is a failure or an empty object. False, and
+// one line in the log, when the file cannot be read, is no JSON, or read throws. Only std::bad_alloc is
+// thrown on: it says nothing about the file.
 bool read_config(const char* file, IfMissing missing, const std::function<void(const Json&)>& read);
 
 // Reads the file as it is now, lets change have its way with it and replaces it; updates by other processes

@@ -70,13 +70,16 @@ class Settings {
   void refresh() {
     Version version = version_of(config_path(kFile));
     if (json_ && version == version_) return;
-    json_ = std::make_shared<Json>(Json::object());
-    failures_.clear();
-    version_ = std::move(version);
-    read_config(kFile, IfMissing::Empty, [this](const Json& json) {
-      failures_ = failures_of(json);
-      json_ = std::make_shared<Json>(json);
+    auto content = std::make_shared<Json>(Json::Object());
+    std::vector<Failure> failures;
+    read_config(kFile, IfMissing::Empty, [&](const Json& json) {
+      failures = failures_of(json);
+      *content = json;
     });
+    // Nothing is remembered of a version that there was not the memory to read.
+    json_ = std::move(content);
+    failures_ = std::move(failures);
+    version_ = std::move(version);
   }
 
   std::mutex mutex_;

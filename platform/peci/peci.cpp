@@ -23,8 +23,9 @@ struct Answer {
 };
 
 uint8_t byte_of(const Json& json) {
-  if (!json.is_number_unsigned() || json.get<uint64_t>() > UINT8_MAX) throw ConfigError("not a byte");
-  return json.get<uint8_t>();
+  const auto* const number = json.as<uint64_t>();
+  if (number == nullptr || *number > UINT8_MAX) throw ConfigError("not a byte");
+  return static_cast<uint8_t>(*number);
 }
 
 Answer answer_of(const Json& json) {

@@ -8,9 +8,10 @@ using namespace zel_platform;
 ZEL_PLATFORM_API int is_palomir_platform() {
   return run_call(__func__, 0, [] {
     const auto settings = platform_settings();
-    const auto palomir = settings->find("palomir");
-    if (palomir == settings->end() || palomir->is_null()) return 0;
-    if (!palomir->is_boolean()) throw ConfigError("palomir: not true or false");
-    return palomir->get<bool>() ? 1 : 0;
+    const Json* const palomir = settings->find("palomir");
+    if (palomir == nullptr || palomir->is_null()) return 0;
+    const bool* const answer = palomir->as<bool>();
+    if (answer == nullptr) throw ConfigError("palomir: not true or false");
+    return *answer ? 1 : 0;
   });
 }

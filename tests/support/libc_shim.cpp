@@ -100,6 +100,10 @@ bool LibcShim::fail_allocation(size_t at_least, int nth, const char* object) {
   return ZELDB_SHIM_ALLOCATIONS != 0;
 }
 
+bool LibcShim::allocation_failed() {
+  return allocations_left.exchange(0) == 0;
+}
+
 void LibcShim::reset() {
   allocations_left = 0;
   if (own_folder_) std::filesystem::remove_all(tmp);
@@ -168,6 +172,7 @@ int open(const char* path, int flags, ...) {
 #if ZELDB_SHIM_ALLOCATIONS
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* memory, size_t size);
 
 void* malloc(size_t size) noexcept {
   return allocation_fails(size, __builtin_return_address(0)) ? nullptr : __libc_malloc(size);
@@ -175,6 +180,10 @@ void* malloc(size_t size) noexcept {
 
 void* calloc(size_t count, size_t size) noexcept {
   return allocation_fails(count * size, __builtin_return_address(0)) ? nullptr : __libc_calloc(count, size);
+}
+
+void* realloc(void* memory, size_t size) noexcept {
+  return allocation_fails(size, __builtin_return_address(0)) ? nullptr : __libc_realloc(memory, size);
 }
 #endif
 

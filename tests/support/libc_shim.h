@@ -24,9 +24,11 @@ struct LibcShim {
   // Creates the marker file /tmp/NAME, in a folder of the test's own.
   void mark(const std::string& name);
 
-  // The nth allocation of at least so many bytes that the shared object asks malloc or calloc for yields
+  // The nth allocation of at least so many bytes that the shared object asks malloc and its kin for yields
   // null. False where a sanitizer owns these functions.
   static bool fail_allocation(size_t at_least, int nth = 1, const char* object = "libzeldb.so");
+  // Forgets the wish of fail_allocation; whether it was fulfilled.
+  static bool allocation_failed();
 
   void reset();
 

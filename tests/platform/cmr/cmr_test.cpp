@@ -12,6 +12,9 @@
 #include <iterator>
 #include <string>
 
+#include "platform/predicates.h"
+#include "tests/support/libc_shim.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -161,6 +164,36 @@ TEST_F(Cmr, ProcessesDoNotLoseEachOthersValues) {
   EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0 && good);
   ASSERT_EQ(cmr_api_uninitialize() + cmr_api_initialize(), 0);
   EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.", 0}}), "<30><30>");
+}
+
+// Each call fails at its nth allocation, where it has so many; what follows goes undisturbed.
+TEST_F(Cmr, ShortMemoryFailsOneCallAndNoneAfterIt) {
+  int (*const calls[])() = {cmr_api_initialize, is_palomir_platform, [] {
+                              cmr_bios_attribute_value request{0, CMR_OPERATION_SET, "A-1.x", "new", {}};
+                              return cmr_set_bios_attribute_value(&request, 1);
+                            }};
+  int failures = 0;
+  for (int nth = 1, more = 1; more > 0 && nth < 2000; ++nth) {
+    more = 0;
+    write("bios.json", kBios);
+    write("platform.json", R"({"palomir":true,"of another size":")" + std::string(nth, 'x') + "\"}");
+    for (auto* const call : calls) {
+      if (!zeldb_test::LibcShim::fail_allocation(0, nth, "libstdc++")) GTEST_SKIP() << "a sanitizer's memory";
+      const int status = call();
+      const bool failed = zeldb_test::LibcShim::allocation_failed();
+      more += failed ? 1 : 0;
+      const bool good = call == is_palomir_platform ? status == 1 : status == 0;
+      EXPECT_TRUE(good || failed) << nth << ": " << status;
+      EXPECT_EQ(is_palomir_platform(), 1) << nth;
+      if (call == cmr_api_initialize && !good) {
+        ASSERT_EQ(cmr_api_initialize(), 0);
+      }
+      EXPECT_EQ(get({{"A-1.x", 0}}), call == calls[2] && good ? "<new>" : "<then>") << nth;
+    }
+    EXPECT_EQ(cmr_api_uninitialize(), 0);
+    failures += more;
+  }
+  EXPECT_GT(failures, 0);
 }
 
 TEST_F(Cmr, CallLogAndInjectedFailures) {
