@@ -31,7 +31,7 @@ constexpr Level kError{"error", LOG_ERR};
 
 // The environment is looked at for each message: a library is not told when its process changes it.
 int lowest_priority() {
-  const char* wanted = std::getenv("VREL_LOG_LEVEL");
+  const char* wanted = secure_getenv("VREL_LOG_LEVEL");
   for (const Level& level : {kDebug, kInfo, kWarning, kError}) {
     if (wanted != nullptr && level.name == wanted) return level.priority;
   }
@@ -58,7 +58,7 @@ bool append_to_file(const char* path, std::string_view line) {
 
 // A message that its own sink refuses still reaches syslog.
 void emit(int priority, std::string_view line) {
-  const char* sink = std::getenv("VREL_LOG");
+  const char* sink = secure_getenv("VREL_LOG");
   if (sink != nullptr && std::strcmp(sink, "stderr") == 0) {
     if (write_once(STDERR_FILENO, line)) return;
   } else if (sink != nullptr && *sink != '\0') {

@@ -29,7 +29,7 @@ std::string parameter_texts(Parameters parameters) {
 }  // namespace
 
 const Trace* Trace::current() {
-  const char* path = std::getenv("ZEL_DB_TRACE");
+  const char* path = secure_getenv("ZEL_DB_TRACE");
   if (path == nullptr || *path == '\0') return nullptr;
   static auto& traces = *new std::list<Trace>;  // handles keep pointers into it until the very end
   const std::lock_guard lock(process_mutex());

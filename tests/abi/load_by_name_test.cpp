@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "tests/support/database.h"
 #include "tests/support/run_program.h"
@@ -31,6 +36,31 @@ TEST_P(LoadByName, ServesAClientInC) {
 }
 
 ZELDB_ON_EVERY_ENGINE(LoadByName);
+
+// Who starts a program with more rights than his own does not choose what it reads, nor what it writes.
+TEST(ChangedPrivileges, TakeTheEnvironmentsMeaning) {
+  namespace fs = std::filesystem;
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a program away";
+  const Database database(Engine::Sqlite);
+  const fs::path folder = fs::path(testing::TempDir()) / ("privileges." + std::to_string(getpid()));
+  fs::create_directory(folder);
+  struct statvfs found {};
+  statvfs(folder.c_str(), &found);
+  const bool emulated = sizeof(void*) == 4;
+  const std::string program = folder / "program";
+  fs::copy_file(ZELDB_LOAD_BY_NAME, program);
+  for (const mode_t mode : {0755, 02755}) {
+    if (mode != 0755 && (emulated || (found.f_flag & ST_NOSUID) != 0)) break;
+    ASSERT_EQ(chown(program.c_str(), 0, 65534) + chmod(program.c_str(), mode), 0);
+    for (const std::string& url : {database.url(), database.url() + "/none"}) {
+      run_program({.argv = {program, ZELDB_LIBRARY, "1"},
+                   .env = {"ZEL_DB_URL=" + url, "ZEL_DB_TRACE=" + (folder / "trace").string(),
+                           "VREL_LOG=" + (folder / "log").string()}});
+    }
+    for (const char* file : {"trace", "log"}) EXPECT_EQ(fs::remove(folder / file), mode == 0755) << file;
+  }
+  fs::remove_all(folder);
+}
 
 }  // namespace
 }  // namespace zeldb_test
