@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Creates the databases and fills them from a file.
+// Creates the databases, fills them from a file, and says what is wrong with them.
 #include <cerrno>
 #include <cstdio>
 #include <memory>
@@ -52,7 +52,7 @@ void create(const std::string& url, std::string_view database) {
   const std::unique_ptr<Location> location = locate(origin, &error);
   if (location == nullptr) throw Failure(kInvalidArgument, error);
   const auto connection = location->engine->create(location->target, &error);
-  if (connection == nullptr || !has_known_schema(*connection, origin.database, &error)) {
+  if (connection == nullptr || !has_known_schema(*connection, &error)) {
     throw Failure(kSqlError, error);
   }
   try {
@@ -97,6 +97,22 @@ void load(const std::string& url, const char* database, const std::string& path)
   }
 }
 
+void check(const std::string& url, const std::string& database) {
+  std::string error;
+  const std::unique_ptr<Handle, CloseHandle> handle(open_handle({url, database, "root", ""}, &error));
+  if (handle == nullptr) throw Failure(kConnectionLost, error);
+  for (const Family& family : families()) {
+    if (!family.database.empty() && family.database != database) continue;
+    for (const Table& table : family.tables) {
+      const std::string sql = std::string("SELECT * FROM ") + table.name + " LIMIT 0";
+      const int status = handle->raw_query(sql, nullptr);
+      if (status == kOk) continue;
+      throw Failure(status, handle->place() + ": " + handle->message() +
+                                (status == kSqlError ? " (\"zeldb init\" makes what is missing)" : ""));
+    }
+  }
+}
+
 template <class Body>
 int reported(char* error, unsigned capacity, Body body) {
   return guarded([&] {
@@ -120,6 +136,11 @@ int zel_db_create(const char* url, char* error, unsigned capacity) {
   return reported(error, capacity, [&] {
     for (const std::string_view database : kDatabases) create(url_or_environment(url), database);
   });
+}
+
+int zel_db_check(const char* url, const char* database, char* error, unsigned capacity) {
+  if (database == nullptr) return kInvalidArgument;
+  return reported(error, capacity, [&] { check(url_or_environment(url), database); });
 }
 
 int zel_db_load(const char* url, const char* database, const char* path, char* error, unsigned capacity) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <list>
-#include <vector>
 
 namespace zel_db {
 namespace {
@@ -14,6 +13,12 @@ namespace {
 struct Parked {
   Origin origin;
   std::unique_ptr<Session> session;
+};
+
+// A handle, and the place where its connection is parked when it is closed: closing takes no memory.
+struct Open {
+  std::unique_ptr<Handle> handle;
+  std::list<Parked> place;
 };
 
 // All connections of the process. None crosses a fork: SQLite's locks belong to the process that took them,
@@ -43,7 +48,7 @@ class Registry {
 
   std::mutex mutex_;
   Handle inventory_;
-  std::vector<std::unique_ptr<Handle>> handles_;
+  std::list<Open> open_;
   std::list<Parked> parked_;  // the newest first
 };
 
@@ -55,10 +60,12 @@ Registry::Registry() : inventory_({std::string(environment_url()), std::string(k
 
 // Known to the registry before it connects: a fork must not miss it.
 Handle* Registry::add(Origin origin) {
-  auto added = std::make_unique<Handle>(std::move(origin));
-  Handle* handle = added.get();
+  std::list<Open> added(1);
+  added.front().place.push_front({origin, nullptr});
+  added.front().handle = std::make_unique<Handle>(std::move(origin));
+  Handle* handle = added.front().handle.get();
   const std::lock_guard lock(mutex_);
-  handles_.push_back(std::move(added));
+  open_.splice(open_.end(), added);
   const auto same = [&](const Parked& parked) { return parked.origin == handle->origin(); };
   const auto found = std::find_if(parked_.begin(), parked_.end(), same);
   if (found != parked_.end()) {
@@ -69,25 +76,27 @@ Handle* Registry::add(Origin origin) {
 }
 
 Handle* Registry::open(Origin origin, std::string* error) {
-  Handle* handle = add(std::move(origin));
-  if (handle->is_ready()) return handle;
+  const auto give_up = [this](Handle* failed) { close(failed); };
+  std::unique_ptr<Handle, decltype(give_up)> handle(add(std::move(origin)), give_up);
+  if (handle->is_ready()) return handle.release();
   *error = handle->message();
-  close(handle);
   return nullptr;
 }
 
 bool Registry::close(Handle* handle) {
-  std::list<Parked> dropped;  // closed when the lock is released again
+  std::list<Parked> dropped;  // these are closed when the lock is released again
+  std::list<Open> closed;
   const std::lock_guard lock(mutex_);
-  const auto same = [&](const std::unique_ptr<Handle>& open) { return open.get() == handle; };
-  const auto found = std::find_if(handles_.begin(), handles_.end(), same);
-  if (found == handles_.end()) return false;
+  const auto same = [&](const Open& open) { return open.handle.get() == handle; };
+  const auto found = std::find_if(open_.begin(), open_.end(), same);
+  if (found == open_.end()) return false;
+  closed.splice(closed.end(), open_, found);
   std::unique_ptr<Session> session = handle->detach();
-  if (session != nullptr && !session->connection->in_transaction()) {
-    parked_.push_front({handle->origin(), std::move(session)});
+  if (session != nullptr && !session->connection->is_lost() && !session->connection->in_transaction()) {
+    found->place.front().session = std::move(session);
+    parked_.splice(parked_.begin(), found->place);
     if (parked_.size() > kMostParked) dropped.splice(dropped.end(), parked_, std::prev(parked_.end()));
   }
-  handles_.erase(found);
   return true;
 }
 
@@ -96,16 +105,16 @@ void Registry::before_fork() {
   parked_.clear();
   inventory_.mutex().lock();
   inventory_.disconnect();
-  for (const auto& handle : handles_) {
-    handle->mutex().lock();
-    handle->disconnect();
+  for (const Open& open : open_) {
+    open.handle->mutex().lock();
+    open.handle->disconnect();
   }
   process_mutex().lock();
 }
 
 void Registry::after_fork() {
   process_mutex().unlock();
-  for (const auto& handle : handles_) handle->mutex().unlock();
+  for (const Open& open : open_) open.handle->mutex().unlock();
   inventory_.mutex().unlock();
   mutex_.unlock();
 }
@@ -120,7 +129,7 @@ void Registry::at_exit() {
     if (idle) handle.disconnect();
   };
   close_idle(inventory_);
-  for (const auto& handle : handles_) close_idle(*handle);
+  for (const Open& open : open_) close_idle(*open.handle);
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zel_db/database_url.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <stdexcept>
 
 #include "zel_db/sql/tokens.h"
@@ -75,18 +78,40 @@ void parse_authority(std::string_view authority, DatabaseUrl& url) {
   }
 }
 
+struct TextOption {
+  std::string_view name;
+  std::string DatabaseUrl::*place;
+};
+constexpr TextOption kTexts[] = {{"socket", &DatabaseUrl::socket},
+                                 {"prefix", &DatabaseUrl::prefix},
+                                 {"password-file", &DatabaseUrl::password_file},
+                                 {"ssl-ca", &DatabaseUrl::tls_authority},
+                                 {"ssl-cert", &DatabaseUrl::tls_certificate},
+                                 {"ssl-key", &DatabaseUrl::tls_key}};
+
+bool parse_switch(std::string_view name, std::string_view value) {
+  if (value != "on" && value != "off") throw UrlError(std::string(name) + " is on or off");
+  return value == "on";
+}
+
 void parse_options(std::string_view options, DatabaseUrl& url) {
   while (!options.empty()) {
     std::string_view value = take_before(options, '&');
     const std::string_view name = take_before(value, '=');
-    if (name == "socket") {
-      url.socket = decoded(value);
-    } else if (name == "prefix") {
-      url.prefix = decoded(value);
+    const auto same = [&](const TextOption& option) { return option.name == name; };
+    const auto* const text = std::find_if(std::begin(kTexts), std::end(kTexts), same);
+    if (text != std::end(kTexts)) {
+      url.*text->place = decoded(value);
+    } else if (name == "ssl") {
+      url.tls = parse_switch(name, value);
+    } else if (name == "ssl-verify") {
+      url.verifies = parse_switch(name, value);
     } else {
-      throw UrlError("the options are socket and prefix");
+      throw UrlError(
+          "the options are socket, prefix, password-file, ssl, ssl-ca, ssl-cert, ssl-key and ssl-verify");
     }
   }
+  if (url.password && !url.password_file.empty()) throw UrlError("a password and a file that holds one");
   // The prefix becomes part of names in statements, where nothing can be bound.
   const auto plain = [](char c) { return is_word(c) && c != '$' && static_cast<unsigned char>(c) < 0x80; };
   if (!std::all_of(url.prefix.begin(), url.prefix.end(), plain)) {
@@ -120,13 +145,38 @@ DatabaseUrl parse(std::string_view text) {
   return url;
 }
 
+// What of the text can be said: anything else might be a password in the wrong place.
+std::string shown(std::string_view text) {
+  constexpr std::string_view kMark = "://";
+  if (text.starts_with("sqlite://")) return std::string(text);
+  const size_t mark = text.find(kMark);
+  if (mark != std::string_view::npos) return std::string(text.substr(0, mark + kMark.size())) + "...";
+  return text.find_first_of("@:") == std::string_view::npos ? std::string(text) : "...";
+}
+
 }  // namespace
+
+bool uses_socket(const DatabaseUrl::Host& host) {
+  return host.name == "localhost" && host.port == 0;
+}
+
+// What a name stands for is for others to say: only "localhost" is taken for this machine.
+bool DatabaseUrl::uses_tls(const Host& host) const {
+  if (uses_socket(host)) return false;
+  if (tls) return *tls;
+  in_addr v4{};
+  in6_addr v6{};
+  const bool here = host.name == "localhost" ||
+                    (inet_pton(AF_INET, host.name.c_str(), &v4) == 1 && ntohl(v4.s_addr) >> 24U == 127) ||
+                    (inet_pton(AF_INET6, host.name.c_str(), &v6) == 1 && IN6_IS_ADDR_LOOPBACK(&v6));
+  return !here || !tls_authority.empty() || !tls_certificate.empty();
+}
 
 std::optional<DatabaseUrl> parse_database_url(std::string_view text, std::string* error) {
   try {
     return parse(text);
   } catch (const UrlError& bad) {
-    *error = std::string("not the URL of a database: ") + bad.what();
+    *error = "not the URL of a database: " + shown(text) + ": " + bad.what();
     return std::nullopt;
   }
 }

@@ -2,7 +2,7 @@
 //
 // Where the databases are, in one line of text (percent-decoded):
 //   sqlite:///DIRECTORY or sqlite:///FILE
-//   mariadb://[USER[:PASSWORD]@]HOST[:PORT][,HOST2...]/?socket=PATH&prefix=TEXT
+//   mariadb://[USER[:PASSWORD]@]HOST[:PORT][,HOST2...]/?OPTION=VALUE&...
 #ifndef ZEL_DB_DATABASE_URL_H
 #define ZEL_DB_DATABASE_URL_H
 
@@ -32,7 +32,18 @@ struct DatabaseUrl {
   std::vector<Host> hosts;  // in the order in which they are tried
   std::string socket;
   std::string prefix;  // of the databases' names: word characters
+  std::string password_file;
+  std::string tls_authority;  // files: of who signed the server's certificate, and our own one with its key
+  std::string tls_certificate;
+  std::string tls_key;
+  std::optional<bool> tls;  // nothing: with other machines
+  bool verifies = true;     // that the certificate is the server's
+
+  bool uses_tls(const Host& host) const;
 };
+
+// "localhost" without a port means the server's socket, as for every client of such a server.
+bool uses_socket(const DatabaseUrl::Host& host);
 
 // Nothing and a line that says why when text is no such URL. The line does not repeat a password.
 std::optional<DatabaseUrl> parse_database_url(std::string_view text, std::string* error);

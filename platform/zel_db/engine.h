@@ -57,6 +57,10 @@ class Connection {
   // Whether the database still answers, without asking it.
   virtual bool is_usable() = 0;
   virtual bool in_transaction() = 0;
+  // Whether it failed in a way after which nothing it says can be trusted: to be closed, never used again.
+  virtual bool is_lost() const { return false; }
+  // Which database, for people.
+  virtual const std::string& place() const = 0;
   // Why the last call failed, in the engine's words.
   virtual const std::string& message() const = 0;
 };

@@ -33,6 +33,10 @@ bool _zel_db_handle_t::is_ready_in_environment() {
   return connect();
 }
 
+void _zel_db_handle_t::drop_if_lost() {
+  if (session_ != nullptr && session_->connection->is_lost()) disconnect();
+}
+
 void _zel_db_handle_t::begin_statement() {
   sql_.clear();
   values_.clear();
@@ -143,12 +147,13 @@ int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::uniqu
   const bool in_transaction = session_ != nullptr && session_->connection->in_transaction();
   if (!retry && !in_transaction && session_ != nullptr && !session_->connection->is_usable()) disconnect();
   int status = kConnectionLost;
+  drop_if_lost();  // where an exception has ended the call that lost it
   for (int attempt = 0; attempt == 0 || (attempt == 1 && retry && !in_transaction); ++attempt) {
     if (!connect()) break;  // with its reason as the message
     if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
     status = execute_once(key, rows != nullptr ? rows->get() : nullptr, outcome);
+    drop_if_lost();
     if (status != kConnectionLost) break;
-    disconnect();
   }
   if (status != kOk && rows != nullptr) rows->reset();
   return status;

@@ -38,6 +38,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   const zel_db::Trace* trace() const { return trace_.load(std::memory_order_relaxed); }
   const zel_db::Origin& origin() const { return origin_; }
   const std::string& message() const { return message_; }  // why the last call failed
+  std::string place() const { return session_ != nullptr ? session_->connection->place() : ""; }
 
   void attach(std::unique_ptr<zel_db::Session> session) { session_ = std::move(session); }
   std::unique_ptr<zel_db::Session> detach() { return std::move(session_); }
@@ -48,6 +49,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   enum class Access : uint8_t { Read, Write };
 
   bool connect();
+  void drop_if_lost();
   void begin_statement();
   int append_template(std::string_view text, zel_db::Parameters parameters, zel_db::Literals literals,
                       bool* ended);

@@ -43,7 +43,7 @@ std::unique_ptr<Session> try_open(const Origin& origin, std::string* error) {
   session->dialect = &location->engine->dialect();
   session->connection = location->engine->open(location->target, error);
   if (session->connection == nullptr) return nullptr;
-  if (!has_known_schema(*session->connection, origin.database, error)) return nullptr;
+  if (!has_known_schema(*session->connection, error)) return nullptr;
   return session;
 }
 
@@ -55,7 +55,7 @@ std::mutex& process_mutex() {
 }
 
 std::string_view environment_url() {
-  const char* url = std::getenv("ZEL_DB_URL");
+  const char* url = secure_getenv("ZEL_DB_URL");
   return url != nullptr && *url != '\0' ? url : kDefaultUrl;
 }
 
@@ -75,20 +75,20 @@ std::unique_ptr<Location> locate(const Origin& origin, std::string* error) {
       Location{engine, {std::move(*url), origin.database, origin.user, origin.password}});
 }
 
-bool has_known_schema(Connection& connection, const std::string& database, std::string* error) {
+bool has_known_schema(Connection& connection, std::string* error) {
   int status = kOk;
   const auto statement = connection.prepare("SELECT max(Version) FROM ZeldbSchema", {}, Use::Once, &status);
   Result rows;
   if (statement != nullptr) status = statement->run({}, &rows, nullptr);
   if (status == kSqlError) return true;  // no such table
   if (status != kOk) {
-    *error = "cannot read the schema version of " + database + ": " + connection.message();
+    *error = "cannot read the schema version of " + connection.place() + ": " + connection.message();
     return false;
   }
   uint64_t version = 0;
   if (rows.step() != kRow || rows.number(0, &version) != kOk) return true;
   if (static_cast<int64_t>(version) <= kSchemaVersion) return true;
-  *error = "cannot use " + database + ": its schema has version " + std::to_string(version) +
+  *error = "cannot use " + connection.place() + ": its schema has version " + std::to_string(version) +
            ", this program knows up to " + std::to_string(kSchemaVersion);
   return false;
 }

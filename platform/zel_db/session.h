@@ -40,7 +40,7 @@ struct Location {
 std::unique_ptr<Location> locate(const Origin& origin, std::string* error);
 
 // Refuses what a newer program has written. Databases without a version are taken as they are.
-bool has_known_schema(Connection& connection, const std::string& database, std::string* error);
+bool has_known_schema(Connection& connection, std::string* error);
 
 // Null when the database cannot be opened; error and the log say why, the log once until this changes.
 std::unique_ptr<Session> open_session(const Origin& origin, std::string* error);

@@ -29,6 +29,8 @@ const char* status_text(int status) {
       return "constraint violated";
     case kConnectionLost:
       return "connection lost";
+    case kReadOnly:
+      return "database may only be read";
     default:
       return "unknown status";
   }

@@ -18,6 +18,7 @@ enum Status : int {
   kNoSuchColumn = 12,
   kConstraint = 13,
   kConnectionLost = 14,
+  kReadOnly = 15,
 };
 
 const char* status_text(int status);

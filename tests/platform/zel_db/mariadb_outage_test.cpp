@@ -172,6 +172,81 @@ TEST_F(MariaDbOutage, AFullServer) {
   EXPECT_NE(get_dmdb_handle(0, nullptr, 0), nullptr);
 }
 
+// "0.0.0.0" leads here, too, but is not known to be this machine.
+TEST_F(MariaDbOutage, TlsPasswordFilesAndRights) {
+  MariaDbServer& made = servers_.emplace_back(parent_, parent_ / "pristine");
+  const std::string folder = made.folder();
+  const std::string request = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2";
+  const std::string signed_by_us = request + " -CA ca.pem -CAkey ca.key -addext basicConstraints=CA:FALSE";
+  const std::string commands =
+      "cd " + folder + " && exec 2>openssl.log && " + request +
+      " -subj /CN=ca -keyout ca.key -out ca.pem && " + request +
+      " -subj /CN=other -keyout other.key -out other.pem && " + signed_by_us +
+      " -subj /CN=us -keyout our.key -out our.pem && " + signed_by_us +
+      " -subj /CN=it -keyout its.key -out its.pem -addext subjectAltName=IP:127.0.0.1,IP:0.0.0.0";
+  ASSERT_EQ(std::system(commands.c_str()), 0) << content_of(folder + "/openssl.log");
+  const std::vector<std::string> options = {
+      "--port=" + std::to_string(made.port()), "--bind-address=127.0.0.1", "--ssl-ca=" + folder + "/ca.pem",
+      "--ssl-cert=" + folder + "/its.pem", "--ssl-key=" + folder + "/its.key"};
+  made.start(options);
+  use("root@localhost/?socket=" + made.socket());
+  ASSERT_EQ(zel_db_create(nullptr, nullptr, 0), 0);
+  for (const char* sql :
+       {"create user signed@127.0.0.1 require x509", "grant all on *.* to signed@127.0.0.1",
+        "create user reader@127.0.0.1 identified by 'p@ss'", "grant select on dmdb.* to reader@127.0.0.1"}) {
+    EXPECT_EQ(raw(Client(), sql), "") << sql;
+  }
+  const std::string file = folder + "/password";
+  std::ofstream(file) << "p@ss\nmore\n";
+  const std::string authority = "&ssl-ca=" + folder + "/ca.pem";
+  const std::string our = "&ssl-cert=" + folder + "/our.pem&ssl-key=" + folder + "/our.key";
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"root@127.0.0.1", "", ""},
+      {"root@127.0.0.1", authority, "TLSv1.3"},
+      {"root@127.0.0.1", "&ssl-ca=" + folder + "/other.pem", "certificate"},
+      {"root@0.0.0.0", "", "certificate"},
+      {"root@0.0.0.0", authority, "TLSv1.3"},
+      {"root@0.0.0.0", "&ssl-verify=off", "TLSv1.3"},
+      {"root@0.0.0.0", "&ssl=off", ""},
+      {"root@0.0.0.0", "&ssl-ca=/none", "No such file"},
+      {"signed@127.0.0.1", authority, "Access denied"},
+      {"signed@127.0.0.1", authority + our, "TLSv1.3"},
+      {"reader@127.0.0.1", "&password-file=" + file, ""},
+      {"reader@127.0.0.1", "&password-file=" + file + "x", "password from " + file + "x: No such file"},
+  };
+  std::filesystem::permissions(file, std::filesystem::perms(0600));
+  const auto url_of = [&](const std::string& host, const std::string& more) {
+    return host + ":" + std::to_string(made.port()) + "/?prefix=" + more;
+  };
+  for (const auto& [host, more, expected] : cases) {
+    use(url_of(host, more));
+    char error[512] = "";
+    const int status = zel_db_check(nullptr, "dmdb", error, sizeof error);
+    const std::string version =
+        "select variable_value from information_schema.session_status where variable_name='Ssl_version'";
+    const std::string answer = status == 0 ? raw(Client(), version) : error;
+    EXPECT_TRUE(expected.empty() ? answer.empty() : answer.find(expected) != std::string::npos)
+        << host << more << ": " << answer;
+  }
+  use(url_of("reader@127.0.0.1", "&password-file=" + file));
+  EXPECT_EQ(query(Client(), "PCIAdapter", "count(*)"), "0");
+  EXPECT_EQ(insert(Client(), 1), "status 15");
+  std::filesystem::permissions(file, std::filesystem::perms(0604));
+  in_child([] { return true; });  // leaves no connection here
+  EXPECT_EQ(Client(), nullptr);
+
+  // What is written to a server that has gone must not end the process.
+  use(url_of("root@0.0.0.0", authority));
+  const Client client;
+  EXPECT_EQ(insert(client, 1), "");
+  EXPECT_EQ(query(client, "PCIAdapter", "SlotNo"), "1");
+  made.kill();
+  EXPECT_EQ(query(client, "PCIAdapter", "SlotNo"), "status 14");
+  EXPECT_EQ(insert(client, 2), "status 14");
+  made.start(options);
+  EXPECT_EQ(query(client, "PCIAdapter", "SlotNo"), "1");
+}
+
 // What was acknowledged is on the one server or the other, and what the first one had it still has.
 TEST_F(MariaDbOutage, TheNextHostTakesOver) {
   const auto host_of = [](MariaDbServer& made) { return "127.0.0.1:" + std::to_string(made.port()); };

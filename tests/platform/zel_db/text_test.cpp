@@ -203,22 +203,35 @@ std::string taken_apart(const char* text) {
   if (!url) return line.find("secret") == std::string::npos && !line.empty() ? "refused" : line;
   if (url->user) line += *url->user + (url->password ? ":" + *url->password : "") + "@";
   for (const DatabaseUrl::Host& host : url->hosts) line += host.name + ":" + std::to_string(host.port) + " ";
-  return line + url->path + url->socket + "|" + url->prefix;
+  line += url->path + url->socket + "|" + url->prefix;
+  for (const DatabaseUrl::Host& host : url->hosts) line += url->uses_tls(host) ? " tls" : " -";
+  for (const std::string& file :
+       {url->tls_authority, url->tls_certificate, url->tls_key, url->password_file}) {
+    line += file.empty() ? "" : " " + file;
+  }
+  return line + (url->verifies ? "" : " unverified");
 }
 
 TEST(Url, IsTakenApart) {
   const char* const cases[][2] = {
       {"sqlite:///with%20blank%3f", "/with blank?|"},
-      {"mariadb://u@db/", "u@db:0 |"},
-      {"mariadb://u:@db:3307", "u:@db:3307 |"},
-      {"mariadb://u:p%40%3a@a,b:2,[::1]:3/?socket=/x%20y&prefix=T_1", "u:p@:@a:0 b:2 ::1:3 /x y|T_1"},
-      {"mariadb:///?socket=/s", "localhost:0 /s|"},
+      {"mariadb://u@db/", "u@db:0 | tls"},
+      {"mariadb://u:@db:3307", "u:@db:3307 | tls"},
+      {"mariadb://u:p%40%3a@a,b:2,[::1]:3/?socket=/x%20y&prefix=T_1",
+       "u:p@:@a:0 b:2 ::1:3 /x y|T_1 tls tls -"},
+      {"mariadb:///?socket=/s", "localhost:0 /s| -"},
+      {"mariadb://localhost,localhost:1,127.9.9.9,127.evil,[::2]/",
+       "localhost:0 localhost:1 127.9.9.9:0 127.evil:0 ::2:0 | - - - tls tls"},
+      {"mariadb://localhost,127.0.0.1,db/?ssl=off", "localhost:0 127.0.0.1:0 db:0 | - - -"},
+      {"mariadb://localhost,127.0.0.1/?ssl=on&ssl-verify=off", "localhost:0 127.0.0.1:0 | - tls unverified"},
+      {"mariadb://[::1]/?ssl-ca=/a%26&ssl-cert=/b&ssl-key=/c&password-file=/d", "::1:0 | tls /a& /b /c /d"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(taken_apart(text), expected);
-  for (const char* text :
-       {"", "other://x", "sqlite://relative", "sqlite:///bad%2", "sqlite:///bad%00",
-        "mariadb://u:secret@db:0/", "mariadb://db:70000/", "mariadb://a,,b/", "mariadb://[::1/",
-        "mariadb://db/dmdb", "mariadb://db/?prefix=a`b", "mariadb://u:?secret@db/"}) {
+  for (const char* text : {"", "other://x", "sqlite://relative", "sqlite:///bad%2", "sqlite:///bad%00",
+                           "mariadb://u:secret@db:0/", "mariadb://db:70000/", "mariadb://a,,b/",
+                           "mariadb://[::1/", "u:secret@db", "mariadb://u:secret",
+                           "mariadb://u:secret@db/?ssl=maybe", "mariadb://u:secret@db/?password-file=/f",
+                           "mariadb://db/dmdb", "mariadb://db/?prefix=a`b", "mariadb://u:?secret@db/"}) {
     EXPECT_EQ(taken_apart(text), "refused") << text;
   }
 }

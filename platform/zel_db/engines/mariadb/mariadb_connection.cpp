@@ -4,6 +4,7 @@
 #include <errmsg.h>
 #include <mysqld_error.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include "platform/vrel_log.h"
 #include "zel_db/engines/mariadb/mariadb_statement.h"
@@ -11,13 +12,14 @@
 namespace zel_db {
 namespace {
 
+// Other errors are the client library's, which may have stopped in the middle of an answer.
+bool is_answer(unsigned code) {
+  return (code >= ER_ERROR_FIRST && code < CR_MIN_ERROR) ||
+         (code > CR_MAX_ERROR && code < CR_EVENT_CREATE_FAILED);
+}
+
 int status_for(unsigned code) {
   switch (code) {
-    case CR_SERVER_GONE_ERROR:
-    case CR_SERVER_LOST:
-    case CR_SERVER_LOST_EXTENDED:
-    case CR_MALFORMED_PACKET:
-    case CR_COMMANDS_OUT_OF_SYNC:
     case ER_SERVER_SHUTDOWN:
     case ER_CONNECTION_KILLED:
       return kConnectionLost;
@@ -33,12 +35,18 @@ int status_for(unsigned code) {
     case WARN_DATA_TRUNCATED:
     case ER_CONSTRAINT_FAILED:
       return kConstraint;
+    case ER_DBACCESS_DENIED_ERROR:
+    case ER_TABLEACCESS_DENIED_ERROR:
+    case ER_COLUMNACCESS_DENIED_ERROR:
+    case ER_OPTION_PREVENTS_STATEMENT:
+    case ER_OPEN_AS_READONLY:
+      return kReadOnly;
     case CR_OUT_OF_MEMORY:
     case ER_OUTOFMEMORY:
     case ER_OUT_OF_RESOURCES:
       return kNoMemory;
     default:
-      return kSqlError;
+      return is_answer(code) ? kSqlError : kConnectionLost;
   }
 }
 
@@ -53,15 +61,19 @@ int MariadbConnection::refuse(const char* message) {
 }
 
 int MariadbConnection::fail(unsigned code, const char* message) {
-  message_ = message;
   const int status = status_for(code);
-  if (status == kConnectionLost) report_loss(message);
+  if (status == kConnectionLost || !is_answer(code)) report_loss(message);
+  message_ = message;
   return status;
 }
 
+// Closing a connection reads what is left of an answer, and would wait for what never comes: the socket is
+// shut first.
 void MariadbConnection::report_loss(const char* reason) {
   if (!lost_) vrel_log::logWarn("zel_db: lost the connection to %s: %s", place_.c_str(), reason);
   lost_ = true;
+  const int fd = mysql_get_socket(client());
+  if (fd >= 0) shutdown(fd, SHUT_RDWR);
 }
 
 std::unique_ptr<Prepared> MariadbConnection::prepare(std::string_view sql, Facts facts, Use /*use*/,

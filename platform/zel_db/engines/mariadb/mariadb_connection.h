@@ -21,16 +21,18 @@ class MariadbStatement;
 
 class MariadbConnection : public Connection {
  public:
-  // place: which server, for the log.
   MariadbConnection(MariadbClient client, std::string place);
 
   std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override;
+  bool is_lost() const override { return lost_; }
+  const std::string& place() const override { return place_; }
   const std::string& message() const override { return message_; }
 
   MYSQL* client() const { return client_.get(); }
-  // The status for an error of the server or the client library. A lost connection is also said in the log.
+  // The status for an error. Unless it is the server's answer to the statement, the connection is lost, which
+  // is also said in the log.
   int fail(unsigned code, const char* message);
   int refuse(const char* message);
 

@@ -1,7 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zel_db/engines/mariadb/mariadb_engine.h"
 
+#include <fcntl.h>
+#include <mysqld_error.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <mutex>
+#include <optional>
+#include <system_error>
 
 #include "zel_db/engines/mariadb/mariadb_connection.h"
 
@@ -62,15 +70,11 @@ std::string database_of(const Target& target) {
   return target.url.prefix + target.database;
 }
 
-// "localhost" without a port means the server's socket, as for every client of such a server.
-bool is_local(const DatabaseUrl::Host& host) {
-  return host.name == "localhost" && host.port == 0;
-}
-
 std::string place_of(const Target& target, const DatabaseUrl::Host& host) {
   std::string place = database_of(target) + " at " + host.name;
   if (host.port != 0) place.append(":").append(std::to_string(host.port));
-  if (is_local(host) && !target.url.socket.empty()) place.append(" (").append(target.url.socket).append(")");
+  if (uses_socket(host) && !target.url.socket.empty())
+    place.append(" (").append(target.url.socket).append(")");
   return place;
 }
 
@@ -99,22 +103,65 @@ bool make_database(MYSQL* client, const std::string& name) {
          mysql_select_db(client, name.c_str()) == 0;
 }
 
+void set_tls(MYSQL* client, const DatabaseUrl& url) {
+  const auto file = [](const std::string& path) { return path.empty() ? nullptr : path.c_str(); };
+  const my_bool on = 1;
+  const my_bool verifies = url.verifies ? 1 : 0;
+  mysql_ssl_set(client, file(url.tls_key), file(url.tls_certificate), file(url.tls_authority), nullptr,
+                nullptr);
+  mysql_optionsv(client, MYSQL_OPT_SSL_ENFORCE, &on);
+  mysql_optionsv(client, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verifies);
+}
+
+// The first line of the file; nothing and the reason where that is not to be had, or not secret.
+std::optional<std::string> read_password(const std::string& path, std::string* error) {
+  // Without O_NONBLOCK a named pipe in the file's place would hang the process here.
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  struct stat found {};
+  char line[512];
+  ssize_t size = -1;
+  if (fd < 0 || fstat(fd, &found) != 0) {
+    *error = std::generic_category().message(errno);
+  } else if (!S_ISREG(found.st_mode)) {
+    *error = "it is not a file";
+  } else if ((found.st_mode & S_IRWXO) != 0) {
+    *error = "everybody may use it";
+  } else if (size = read(fd, line, sizeof line); size < 0) {
+    *error = std::generic_category().message(errno);
+  }
+  if (fd >= 0) close(fd);
+  if (size < 0) {
+    *error = "password from " + path + ": " + *error;
+    return std::nullopt;
+  }
+  const std::string_view content(line, static_cast<size_t>(size));
+  return std::string(content.substr(0, content.find_first_of("\r\n")));
+}
+
 // Null and the reason.
 std::unique_ptr<Connection> connect(const Target& target, const DatabaseUrl::Host& host, bool make,
                                     std::string* error) {
   const DatabaseUrl& url = target.url;
-  const bool local = is_local(host);
+  const bool local = uses_socket(host);
   const std::string database = database_of(target);
+  std::string password = url.password.value_or(target.password);
+  if (!url.password_file.empty()) {
+    std::optional<std::string> read = read_password(url.password_file, error);
+    if (!read) return nullptr;
+    password = std::move(*read);
+  }
   MariadbClient client = new_client(local);
+  if (url.uses_tls(host)) set_tls(client.get(), url);
   const bool connected =
       mysql_real_connect(client.get(), host.name.c_str(), url.user.value_or(target.user).c_str(),
-                         url.password.value_or(target.password).c_str(), make ? nullptr : database.c_str(),
-                         host.port, local && !url.socket.empty() ? url.socket.c_str() : nullptr,
+                         password.c_str(), make ? nullptr : database.c_str(), host.port,
+                         local && !url.socket.empty() ? url.socket.c_str() : nullptr,
                          CLIENT_FOUND_ROWS) != nullptr;
   if (connected && run(client.get(), kSessionSettings) && (!make || make_database(client.get(), database))) {
     return std::make_unique<MariadbConnection>(std::move(client), place_of(target, host));
   }
   *error = mysql_error(client.get());
+  if (mysql_errno(client.get()) == ER_BAD_DB_ERROR) error->append(" (\"zeldb init\" makes the databases)");
   return nullptr;
 }
 

@@ -90,8 +90,8 @@ MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_vi
   connection_.add(this);
 }
 
-int MariadbStatement::fail() {
-  return connection_.fail(mysql_stmt_errno(statement_.get()), mysql_stmt_error(statement_.get()));
+int MariadbStatement::fail(MYSQL_STMT* statement) {
+  return connection_.fail(mysql_stmt_errno(statement), mysql_stmt_error(statement));
 }
 
 // A server limits the statements of all its clients together. At the limit one of our own is released.
@@ -99,15 +99,17 @@ int MariadbStatement::prepare() {
   int status = kOk;
   unsigned code = 0;
   do {
-    statement_.reset(mysql_stmt_init(connection_.client()));
-    if (statement_ == nullptr) return kNoMemory;
-    if (mysql_stmt_prepare(statement_.get(), sql_.data(), sql_.size()) == 0) {
-      begin_binding(mysql_stmt_param_count(statement_.get()));
+    std::unique_ptr<MYSQL_STMT, CloseStatement> statement(mysql_stmt_init(connection_.client()));
+    if (statement == nullptr) {
+      return connection_.fail(mysql_errno(connection_.client()), mysql_error(connection_.client()));
+    }
+    if (mysql_stmt_prepare(statement.get(), sql_.data(), sql_.size()) == 0) {
+      begin_binding(mysql_stmt_param_count(statement.get()));
+      statement_ = std::move(statement);
       return kOk;
     }
-    code = mysql_stmt_errno(statement_.get());
-    status = fail();
-    statement_.reset();
+    code = mysql_stmt_errno(statement.get());
+    status = fail(statement.get());
   } while (code == ER_MAX_PREPARED_STMT_COUNT_REACHED && connection_.release_oldest(this));
   return status;
 }
@@ -128,7 +130,6 @@ void MariadbStatement::begin_binding(size_t count) {
 // The client library remembers the addresses of parameters, the server their types. They are bound again only
 // if one of these changes, because binding costs more than copying the values.
 bool MariadbStatement::bind(std::span<const Value> values) {
-  bool is_bound = is_bound_;
   const std::vector<bool>& meets_number = facts().meets_number;
   for (size_t i = 0; i < values.size(); ++i) {
     const Value& value = values[i];
@@ -141,17 +142,17 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     if (bind.buffer_type != type || bind.is_unsigned != is_unsigned) {
       bind.buffer_type = type;
       bind.is_unsigned = is_unsigned;
-      is_bound = false;
+      is_bound_ = false;
     }
     parameter.size = static_cast<unsigned long>(bytes.size());
     if (parameter.size > parameter.bytes.size()) {
       parameter.bytes.resize(2 * parameter.size);
       bind.buffer = parameter.bytes.data();
-      is_bound = false;
+      is_bound_ = false;
     }
     if (parameter.size != 0) std::memcpy(bind.buffer, bytes.data(), bytes.size());
   }
-  is_bound_ = is_bound || values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
+  is_bound_ = is_bound_ || values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
   return is_bound_;
 }
 
@@ -164,8 +165,7 @@ int MariadbStatement::execute(std::span<const Value> values) {
     if (parameters_.size() != values.size())
       return connection_.refuse("placeholders of another kind than \"?\"");
     if (bind(values) && mysql_stmt_execute(statement_.get()) == 0) return kOk;
-    const int status = fail();
-    if (again || !is_outdated(mysql_stmt_errno(statement_.get()))) return status;
+    if (again || !is_outdated(mysql_stmt_errno(statement_.get()))) return fail(statement_.get());
     release();
   }
 }
@@ -179,9 +179,10 @@ bool MariadbStatement::bind_columns() {
 
   auto names = std::make_shared<std::vector<std::string>>();
   std::vector<MYSQL_BIND> cells(fields.size());
-  places_.assign(fields.size(), {});
+  places_.clear();  // not known until the end
+  std::vector<Place> places(fields.size());
   for (size_t i = 0; i < fields.size(); ++i) {
-    Place& place = places_[i];
+    Place& place = places[i];
     MYSQL_BIND& cell = cells[i];
     names->emplace_back(fields[i].name, fields[i].name_length);
     place.type = type_of(fields[i]);
@@ -200,8 +201,10 @@ bool MariadbStatement::bind_columns() {
       cell.buffer = &place.real;
     }
   }
+  if (mysql_stmt_bind_result(statement_.get(), cells.data()) != 0) return false;
   columns_ = std::move(names);
-  return mysql_stmt_bind_result(statement_.get(), cells.data()) == 0;
+  places_ = std::move(places);
+  return true;
 }
 
 // Copying a short text once more costs less than another call of the client library.
@@ -252,14 +255,14 @@ int MariadbStatement::fetch(Result* rows) {
   const auto free_result = [](MYSQL_STMT* statement) { mysql_stmt_free_result(statement); };
   const std::unique_ptr<MYSQL_STMT, decltype(free_result)> release(statement_.get());
   if (rows == nullptr) return kOk;
-  if (!bind_columns()) return fail();
+  if (!bind_columns()) return fail(statement_.get());
   rows->set_columns(columns_);
   int code = mysql_stmt_fetch(statement_.get());
   while (code == 0 || code == MYSQL_DATA_TRUNCATED) {
     append_row(*rows);
     code = mysql_stmt_fetch(statement_.get());
   }
-  return code == MYSQL_NO_DATA ? static_cast<int>(kOk) : fail();
+  return code == MYSQL_NO_DATA ? static_cast<int>(kOk) : fail(statement_.get());
 }
 
 int MariadbStatement::complete(Result* rows, Outcome* outcome) {

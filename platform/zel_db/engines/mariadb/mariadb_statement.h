@@ -47,7 +47,7 @@ class MariadbStatement : public Prepared {
     char bytes[256];
   };
 
-  int fail();
+  int fail(MYSQL_STMT* statement);
   void begin_binding(size_t count);
   bool bind(std::span<const Value> values);
   int execute(std::span<const Value> values);

@@ -22,10 +22,16 @@ int status_for(int code) {
       return kConstraint;
     case SQLITE_NOMEM:
       return kNoMemory;
+    case SQLITE_READONLY:
+      return kReadOnly;
     default:
       return kSqlError;
   }
 }
+
+// At so many pages, 4 MB, the log is copied into the database and starts again.
+constexpr int kLogPages = 1000;
+constexpr int kCheckpointMilliseconds = 1000;
 
 // A tick lasts some milliseconds.
 int64_t clock_tick() {
@@ -143,6 +149,7 @@ int SqlitePrepared::run(std::span<const Value> values, Result* rows, Outcome* ou
   int code = bind(values);
   if (code == SQLITE_OK) code = fetch(rows);
   if (code != SQLITE_OK) return connection_.fail(code);
+  if (const int status = connection_.confirm(); status != kOk) return status;
   if (outcome != nullptr) {
     outcome->row_id = sqlite3_last_insert_rowid(connection_.database());
     outcome->changed = sqlite3_changes(connection_.database());
@@ -152,9 +159,59 @@ int SqlitePrepared::run(std::span<const Value> values, Result* rows, Outcome* ou
 
 }  // namespace
 
-SqliteConnection::SqliteConnection(SqliteDatabase database, std::string path)
-    : database_(std::move(database)), path_(std::move(path)), looked_at_(clock_tick()) {
+FileVersion::FileVersion(const std::string& file) : path(file) {
+  stat(path.c_str(), &found);
+}
+
+bool FileVersion::has_changed() const {
+  const FileVersion now(path);
+  const auto same_time = [](const timespec& a, const timespec& b) {
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+  };
+  return now.found.st_ino != found.st_ino || now.found.st_size != found.st_size ||
+         !same_time(now.found.st_mtim, found.st_mtim) || has_log(path + "-wal") || has_log(path + "-journal");
+}
+
+bool has_log(const std::string& path) {
+  struct stat found {};
+  return stat(path.c_str(), &found) == 0 && found.st_size != 0;
+}
+
+SqliteConnection::SqliteConnection(SqliteDatabase database, std::string path,
+                                   std::optional<FileVersion> version)
+    : database_(std::move(database)),
+      path_(std::move(path)),
+      looked_at_(clock_tick()),
+      version_(std::move(version)),
+      checkpoint_at_(kLogPages) {
   stat(path_.c_str(), &opened_);
+  sqlite3_wal_hook(this->database(), after_commit, this);
+}
+
+// Its commit stands, whatever happens here.
+int SqliteConnection::after_commit(void* connection, sqlite3* /*database*/, const char* /*name*/, int pages) {
+  static_cast<SqliteConnection*>(connection)->keep_log_short(pages);
+  return SQLITE_OK;
+}
+
+// The log starts again from its beginning only when nobody reads from it any more. SQLite's own way is to
+// hope for that, and with readers one after the other it never happens. Here the readers are waited for: they
+// are short, and who comes later reads the database alone. Where one takes its time, the log grows by as much
+// again before the next attempt, so that writers do not wait each time.
+void SqliteConnection::keep_log_short(int pages) {
+  if (pages < kLogPages) checkpoint_at_ = kLogPages;  // another connection was here
+  if (pages < checkpoint_at_) return;
+  sqlite3_busy_timeout(database(), kCheckpointMilliseconds);
+  const int code = sqlite3_wal_checkpoint_v2(database(), "main", SQLITE_CHECKPOINT_RESTART, nullptr, nullptr);
+  sqlite3_busy_timeout(database(), kBusyMilliseconds);
+  checkpoint_at_ = code == SQLITE_OK ? kLogPages : pages + kLogPages;
+}
+
+int SqliteConnection::confirm() {
+  if (!version_ || !version_->has_changed()) return kOk;
+  is_lost_ = true;
+  message_ = "the file has changed while it was read";
+  return kConnectionLost;
 }
 
 int SqliteConnection::refuse(const char* message) {

@@ -6,11 +6,14 @@
 #include <sys/stat.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "zel_db/engine.h"
 
 namespace zel_db {
+
+inline constexpr int kBusyMilliseconds = 5000;
 
 struct CloseSqlite {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
@@ -22,26 +25,50 @@ struct FinalizeSqlite {
 };
 using SqliteStatement = std::unique_ptr<sqlite3_stmt, FinalizeSqlite>;
 
+// What is in a database file, as far as can be told without reading it.
+struct FileVersion {
+  explicit FileVersion(const std::string& path);
+  // Another connection writes, or has written, since.
+  bool has_changed() const;
+
+  std::string path;
+  struct stat found {};
+};
+
+// Whether the file at path holds something that is not yet in the database.
+bool has_log(const std::string& path);
+
 class SqliteConnection : public Connection {
  public:
-  SqliteConnection(SqliteDatabase database, std::string path);
+  // version: the one that the connection takes for unchanged for ever, if it is of that kind.
+  SqliteConnection(SqliteDatabase database, std::string path, std::optional<FileVersion> version);
 
   std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override { return sqlite3_get_autocommit(database_.get()) == 0; }
+  bool is_lost() const override { return is_lost_; }
+  const std::string& place() const override { return path_; }
   const std::string& message() const override { return message_; }
 
   sqlite3* database() const { return database_.get(); }
   // The status for a code of SQLite, which keeps its message.
   int fail(int code);
   int refuse(const char* message);
+  // For what was read from a file that is taken for unchanged: whether it was.
+  int confirm();
 
  private:
+  static int after_commit(void* connection, sqlite3* database, const char* name, int pages);
+  void keep_log_short(int pages);
+
   SqliteDatabase database_;
   std::string path_;
   std::string message_;
   struct stat opened_ {};
   int64_t looked_at_;
+  std::optional<FileVersion> version_;
+  int checkpoint_at_;
+  bool is_lost_ = false;
 };
 
 }  // namespace zel_db

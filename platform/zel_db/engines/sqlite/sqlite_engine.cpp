@@ -6,8 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
+#include <optional>
 #include <system_error>
 
 #include "zel_db/engines/sqlite/sqlite_connection.h"
@@ -15,7 +18,6 @@
 namespace zel_db {
 namespace {
 
-constexpr int kBusyMilliseconds = 5000;
 constexpr mode_t kDirectoryMode = S_IRWXU | S_IRGRP | S_IXGRP;
 constexpr mode_t kFileMode = S_IRUSR | S_IWUSR;
 
@@ -80,40 +82,107 @@ std::string path_of(const Target& target) {
 // Why there is nothing to open, or empty. SQLite would take an empty file for a database.
 std::string unfit(const std::string& path) {
   struct stat found {};
-  if (stat(path.c_str(), &found) != 0) return last_system_error();
+  if (stat(path.c_str(), &found) != 0) {
+    return last_system_error() + (errno == ENOENT ? " (\"zeldb init\" makes the databases)" : "");
+  }
   if (!S_ISREG(found.st_mode)) return "it is not a file";
-  return found.st_size == 0 ? "it is empty" : "";
+  if (euidaccess(path.c_str(), R_OK) != 0) return last_system_error();
+  return found.st_size == 0 ? "it is empty (\"zeldb init\" makes its tables)" : "";
 }
 
-int configure(sqlite3* database) {
-  const char* sync = std::getenv("ZEL_DB_SYNC");
+// Whether this process may write the file and the log beside it.
+bool may_write(const std::string& path) {
+  const std::string folder = path.substr(0, path.rfind('/') + 1);
+  return euidaccess(path.c_str(), W_OK) == 0 &&
+         (euidaccess(folder.c_str(), W_OK) == 0 || euidaccess((path + "-wal").c_str(), W_OK) == 0);
+}
+
+int run_all(sqlite3* database, std::initializer_list<const char*> statements) {
+  int code = SQLITE_OK;
+  for (const char* sql : statements) {
+    if (code == SQLITE_OK) code = sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
+  }
+  return code;
+}
+
+int configure(sqlite3* database, bool writes) {
+  const char* sync = secure_getenv("ZEL_DB_SYNC");
   const bool full = sync != nullptr && std::strcmp(sync, "FULL") == 0;
   sqlite3_busy_timeout(database, kBusyMilliseconds);
-  // The last one because the pragmas may leave the file unread.
-  for (const char* sql : {"PRAGMA case_sensitive_like=ON", "PRAGMA journal_mode=WAL",
-                          full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL",
-                          "SELECT 1 FROM sqlite_schema LIMIT 1"}) {
-    const int code = sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
-    if (code != SQLITE_OK) return code;
+  int code = SQLITE_OK;
+  if (writes) {
+    // A log that a large write has left behind is cut to twice what is usual.
+    code = run_all(database, {"PRAGMA journal_mode=WAL", "PRAGMA journal_size_limit=8388608",
+                              full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL"});
   }
-  return SQLITE_OK;
+  if (code != SQLITE_OK) return code;
+  // The pragmas may leave the file unread.
+  return run_all(database, {"PRAGMA case_sensitive_like=ON", "SELECT 1 FROM sqlite_schema LIMIT 1"});
 }
 
-std::unique_ptr<Connection> open_file(const std::string& path, std::string* error) {
-  const std::string prefix = "cannot open " + path + ": ";
-  sqlite3* opened = nullptr;
-  int code = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-  SqliteDatabase database(opened);
-  if (code == SQLITE_OK) code = configure(opened);
-  if (code != SQLITE_OK) {
-    *error = prefix + (opened != nullptr ? sqlite3_errmsg(opened) : sqlite3_errstr(code));
+// A name of the form that options can follow.
+std::string uri_of(const std::string& path) {
+  std::string uri = "file:";
+  for (const char c : path) {
+    if (c == '%' || c == '?' || c == '#') {
+      char code[4];
+      snprintf(code, sizeof code, "%%%02X", static_cast<unsigned>(c));
+      uri.append(code);
+    } else {
+      uri.push_back(c);
+    }
+  }
+  return uri;
+}
+
+struct Opened {
+  SqliteDatabase database;
+  int code;
+  std::string message;
+};
+
+Opened open_database(const std::string& name, int flags) {
+  sqlite3* database = nullptr;
+  Opened opened{nullptr, sqlite3_open_v2(name.c_str(), &database, flags | SQLITE_OPEN_NOMUTEX, nullptr), ""};
+  opened.database.reset(database);
+  if (opened.code == SQLITE_OK) opened.code = configure(database, (flags & SQLITE_OPEN_READWRITE) != 0);
+  if (opened.code != SQLITE_OK) {
+    opened.message = database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(opened.code);
+  }
+  return opened;
+}
+
+// Who may not write a database can read it while the log and its index are there. They are gone when nobody
+// has the database open; then the file is all there is, and is read without locks, as one that never changes.
+// What was read while it did change is not given to anybody.
+std::unique_ptr<Connection> open_to_read(const std::string& path, std::string* error) {
+  const FileVersion version(path);
+  Opened opened = open_database(path, SQLITE_OPEN_READONLY);
+  std::optional<FileVersion> unchanged;
+  const int kind = opened.code & 0xFF;
+  if (kind == SQLITE_CANTOPEN || kind == SQLITE_READONLY) {
+    if (has_log(path + "-wal") || has_log(path + "-journal")) {
+      *error =
+          "cannot open " + path + ": there are changes beside it that only one who may write can bring in";
+      return nullptr;
+    }
+    unchanged = version;
+    opened = open_database(uri_of(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  }
+  if (opened.code != SQLITE_OK) {
+    *error = "cannot open " + path + ": " + opened.message;
     return nullptr;
   }
-  if (sqlite3_db_readonly(opened, "main") != 0) {
-    *error = prefix + "it is read-only";
+  return std::make_unique<SqliteConnection>(std::move(opened.database), path, std::move(unchanged));
+}
+
+std::unique_ptr<Connection> open_to_write(const std::string& path, std::string* error) {
+  Opened opened = open_database(path, SQLITE_OPEN_READWRITE);
+  if (opened.code != SQLITE_OK) {
+    *error = "cannot open " + path + ": " + opened.message;
     return nullptr;
   }
-  return std::make_unique<SqliteConnection>(std::move(database), path);
+  return std::make_unique<SqliteConnection>(std::move(opened.database), path, std::nullopt);
 }
 
 bool make_directories(const std::string& path, std::string* error) {
@@ -129,17 +198,35 @@ bool make_directories(const std::string& path, std::string* error) {
 }
 
 // Made here, not by SQLite, for the sake of its mode. An existing one is not opened: closing it would drop
-// the locks that SQLite has on it in this process.
+// the locks that SQLite has on it in this process. Where a link leads is for nobody else to choose.
 bool make_file(const std::string& path, std::string* error) {
-  if (type_at(path) != 0) return true;
+  struct stat found {};
+  if (lstat(path.c_str(), &found) == 0) {
+    if (S_ISLNK(found.st_mode)) {
+      *error = "cannot create " + path + ": it is a symbolic link";
+      return false;
+    }
+    const bool is_empty = S_ISREG(found.st_mode) && found.st_size == 0;
+    if (!is_empty || fchmodat(AT_FDCWD, path.c_str(), kFileMode, AT_SYMLINK_NOFOLLOW) == 0) return true;
+    *error = failed_to_create(path);
+    return false;
+  }
   const size_t slash = path.rfind('/');
-  if (slash != 0 && !make_directories(path.substr(0, slash), error)) return false;
+  const std::string folder = path.substr(0, slash);
+  if (slash != 0 && !make_directories(folder, error)) return false;
   const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
   if (fd < 0 && errno != EEXIST) {
     *error = failed_to_create(path);
     return false;
   }
-  if (fd >= 0) close(fd);
+  if (fd >= 0) {
+    // What root makes in another's folder is for that one to use. SQLite does the same with the log.
+    struct stat owner {};
+    if (geteuid() == 0 && slash != 0 && stat(folder.c_str(), &owner) == 0 && owner.st_uid != 0) {
+      [[maybe_unused]] const int given = fchown(fd, owner.st_uid, owner.st_gid);
+    }
+    close(fd);
+  }
   return true;
 }
 
@@ -151,13 +238,13 @@ class SqliteEngine : public Engine {
       *error = "cannot open " + path + ": " + reason;
       return nullptr;
     }
-    return open_file(path, error);
+    return may_write(path) ? open_to_write(path, error) : open_to_read(path, error);
   }
 
   std::unique_ptr<Connection> create(const Target& target, std::string* error) const override {
     const std::string path = path_of(target);
     if (!make_file(path, error)) return nullptr;
-    return open_file(path, error);
+    return open_to_write(path, error);
   }
 
   const Dialect& dialect() const override { return kDialect; }
