@@ -4,6 +4,9 @@
 #include <cstdlib>
 
 #include "cli/command.h"
+#ifdef ZELDB_CLI_ADMIN
+#include "platform/zel_db_admin.h"
+#endif
 #include "zeldb/cpumem.h"
 #include "zeldb/storage.h"
 
@@ -11,10 +14,23 @@ namespace zeldb::cli {
 
 namespace {
 
+// What is wrong with the databases themselves, or empty.
+std::string what_is_wrong() {
+#ifdef ZELDB_CLI_ADMIN
+  char line[1024] = "";
+  for (const char* database : {"dmdb", "propertiesdb"}) {
+    if (zel_db_check(nullptr, database, line, sizeof(line)) != 0) return line;
+  }
+#endif
+  return "";
+}
+
 std::string reason(int status) {
+  std::string wrong;
   switch (status) {
     case ZELDB_NO_HANDLE:
-      return "the database cannot be reached";
+      wrong = what_is_wrong();
+      return !wrong.empty() ? wrong : "the database cannot be reached";
     case ZELDB_FAILED:
     case ZELDB_NO_MORE_ROWS:
     case ZELDB_NO_MATCH:
@@ -26,7 +42,9 @@ std::string reason(int status) {
     case ZELDB_PARSE_IN_PROGRESS:
       return "the parser is running, try again later";
     default:
-      return "the database answers with status " + std::to_string(status) + " (see the log)";
+      wrong = what_is_wrong();
+      return !wrong.empty() ? wrong
+                            : "the database answers with status " + std::to_string(status) + " (see the log)";
   }
 }
 

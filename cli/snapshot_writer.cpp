@@ -46,7 +46,7 @@ class Source {
  public:
   explicit Source(const char* database) : handle_(zel_db_open("localhost", "root", "", database, 0)) {
     const std::string what = std::string("database ") + database;
-    if (handle_ == nullptr) throw Failure(what + ": cannot be reached");
+    if (handle_ == nullptr) check(ZELDB_NO_HANDLE, what);
     check(run(handle_.get(), "BEGIN"), what);
   }
 

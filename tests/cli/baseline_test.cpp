@@ -137,9 +137,9 @@ TEST_P(Baseline, TroubleIsNoDifference) {
   expect_failure(diff(), 2, "drives");
   database.run("DROP TABLE propertiesDCTbl", "propertiesdb");
   setenv("ZEL_DB_URL", url_of_nothing(database).c_str(), 1);
-  expect_failure(diff(), 2, "the database cannot be reached");
+  expect_failure(diff(), 2, "cannot open ");
   fs::remove(file_);
-  expect_failure(run_zeldb({"baseline", file_}), 1, "the database cannot be reached");
+  expect_failure(run_zeldb({"baseline", file_}), 1, "cannot open ");
   EXPECT_FALSE(fs::exists(file_));
 }
 
