@@ -10,7 +10,7 @@ LIC_FILES_CHKSUM = "file://LICENSE;md5=3b83ef96387f14655fc854ddc3c6bd57"
 PV = "0.1.0"
 DEPENDS = "cli11 nlohmann-json re2"
 
-inherit cmake externalsrc systemd
+inherit cmake externalsrc systemd useradd
 
 EXTERNALSRC ??= "${@os.path.abspath(os.path.join(d.getVar('THISDIR'), '..', '..'))}"
 EXTERNALSRC_BUILD = "${WORKDIR}/build"
@@ -32,6 +32,10 @@ EXTRA_OECMAKE = "\
 
 SYSTEMD_SERVICE:${PN} = "ucm-parser.service"
 SYSTEMD_AUTO_ENABLE = "disable"
+
+# Whose the inventory is; members of the group may read it.
+USERADD_PACKAGES = "${PN}"
+USERADD_PARAM:${PN} = "--system --user-group --no-create-home --home-dir /var/lib/zeldb --shell /sbin/nologin zeldb"
 
 PACKAGES =+ "${PN}-platform"
 FILES:${PN}-platform = "${libdir}/libvrel_log.so.* ${libdir}/libzel_db.so.* ${libdir}/libzel_platform.so.*"
