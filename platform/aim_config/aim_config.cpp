@@ -33,7 +33,8 @@ ZEL_PLATFORM_API int aim_config_get_int(const char* key, int* value) {
 ZEL_PLATFORM_API int aim_config_set_int(const char* key, int value, int flags) {
   const auto body = [&] {
     if (key == nullptr) return kFailed;
-    const bool stored = update_config(kFile, IfMissing::Empty, [&](Json& json) { json.member(key) = Json(int64_t{value}); });
+    const bool stored =
+        update_config(kFile, IfMissing::Empty, [&](Json& json) { json.member(key) = Json(int64_t{value}); });
     return stored ? kDone : kFailed;
   };
   return run_call(__func__, kFailed, body, key, value, flags);

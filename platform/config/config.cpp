@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "config/config.h"
 
-#include <cstdlib>
 #include <cerrno>
+#include <cstdlib>
 #include <new>
 #include <system_error>
 #include <utility>

@@ -11,8 +11,8 @@
  *
  * All functions return 0 for success unless they say otherwise. Statuses of the library itself:
  *   2 SQL error, 3 invalid argument, 4 out of memory, 5 busy, 7 NULL value, 8 not convertible,
- *   12 no such column index, 13 constraint, 14 connection lost, 15 read-only; zel_db_result_step: 9 row, 10 no more rows.
- * Handles may be used from several threads at once. A result belongs to one thread at a time.
+ *   12 no such column index, 13 constraint, 14 connection lost, 15 read-only; zel_db_result_step: 9 row, 10
+ * no more rows. Handles may be used from several threads at once. A result belongs to one thread at a time.
  */
 #ifndef PLATFORM_ZEL_DB_H
 #define PLATFORM_ZEL_DB_H

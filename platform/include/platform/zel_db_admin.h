@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * Administration of the databases that zel_db.h gives access to. Not part of what a controller's own library offers.
+ * Administration of the databases that zel_db.h gives access to. Not part of what a controller's own library
+ * offers.
  */
 #ifndef PLATFORM_ZEL_DB_ADMIN_H
 #define PLATFORM_ZEL_DB_ADMIN_H
@@ -9,10 +10,11 @@
 extern "C" {
 #endif
 
-/* Creates the databases dmdb and propertiesdb and the tables that are missing in them, and brings older tables
- * to today's schema: nothing that they hold is lost, and a text that is longer than its column fails the call
- * with the row's name. url is a ZEL_DB_URL, null for that of the environment. Calling it again changes
- * nothing. On failure error (capacity bytes, may be null) receives one line that says what failed and where. */
+/* Creates the databases dmdb and propertiesdb and the tables that are missing in them, and brings older
+ * tables to today's schema: nothing that they hold is lost, and a text that is longer than its column fails
+ * the call with the row's name. url is a ZEL_DB_URL, null for that of the environment. Calling it again
+ * changes nothing. On failure error (capacity bytes, may be null) receives one line that says what failed and
+ * where. */
 int zel_db_create(const char* url, char* error, unsigned capacity);
 
 /* Runs the statements of the file at path, split at ";" outside quotes and comments, in the named database
