@@ -24,7 +24,7 @@ SignalsBlocked::~SignalsBlocked() {
 
 AtSignal* AtSignal::last_ = nullptr;
 
-AtSignal::AtSignal() {
+void AtSignal::watch() {
   const SignalsBlocked blocked;
   // What the caller of the process ignores, as nohup does, stays ignored.
   for (const int signal : kEnding) {
@@ -35,7 +35,7 @@ AtSignal::AtSignal() {
 }
 
 // In whatever order they go.
-AtSignal::~AtSignal() {
+void AtSignal::unwatch() {
   const SignalsBlocked blocked;
   AtSignal** place = &last_;
   while (*place != this) place = &(*place)->previous_;

@@ -26,8 +26,6 @@ enum class IfExists { Refuse, Replace };
 class NewFile {
  public:
   NewFile(const std::string& path, IfExists if_exists);
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
 
   // What to write to; empty at first.
   const std::string& temporary_path() const { return temporary_; }

@@ -15,11 +15,12 @@ namespace zeldb::cli {
 namespace {
 
 // A terminal does not show what is typed as long as this is there.
-class Unseen : AtSignal {
+class Unseen final : AtSignal {
  public:
   Unseen() {
     const SignalsBlocked blocked;
     is_terminal_ = tcgetattr(STDIN_FILENO, &before_) == 0;
+    watch();
     if (!is_terminal_) return;
     termios quiet = before_;
     quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
@@ -27,7 +28,11 @@ class Unseen : AtSignal {
   }
   Unseen(const Unseen&) = delete;
   Unseen& operator=(const Unseen&) = delete;
-  ~Unseen() override { undo(); }
+  ~Unseen() override {
+    const SignalsBlocked blocked;
+    unwatch();
+    Unseen::undo();
+  }
 
   bool is_terminal() const { return is_terminal_; }
 

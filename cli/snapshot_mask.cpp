@@ -126,7 +126,7 @@ void SnapshotMask::json(Json& content) {
 
 void SnapshotMask::json(Json& content, const std::string& name, Holds holds) {
   if (content.is_string()) {
-    std::string& text = content.get_ref<std::string&>();
+    auto& text = content.get_ref<std::string&>();
     text = column(column_of_member(name), text, holds);
   }
   if (content.is_array()) {
