@@ -45,14 +45,6 @@ std::string_view decimal(Number value, zel_db_result_t::Scratch& scratch) {
 
 }  // namespace
 
-void Arena::grow(size_t size) {
-  const size_t block = std::max(block_, size);
-  blocks_.push_back(std::unique_ptr<char[]>(new char[block]));  // make_unique would clear it
-  next_ = blocks_.back().get();
-  end_ = next_ + block;
-  block_ = std::min(block_ * 2, kLargestBlock);
-}
-
 }  // namespace zel_db
 
 using namespace zel_db;  // NOLINT(google-build-using-namespace): the C tag stands outside the namespace
