@@ -76,7 +76,7 @@ int read_drive_bays(BayMode mode, std::vector<uint8_t>& bays) {
   return ZELDB_OK;
 }
 
-BayWiring::BayWiring(uint32_t location) : location_(location), status_(ZELDB_NO_HANDLE) {
+BayWiring::BayWiring(uint32_t location) : location_(location) {
   const PropertyDatabase properties;
   if (!properties) return;
   asked_ = true;

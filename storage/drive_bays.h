@@ -28,7 +28,7 @@ class BayWiring {
 
  private:
   uint32_t location_;
-  int status_;
+  int status_ = ZELDB_NO_HANDLE;
   bool asked_ = false;
   uint8_t slots_[128] = {};  // by bay, from the second byte on
   unsigned size_ = 0;

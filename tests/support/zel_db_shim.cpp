@@ -325,6 +325,7 @@ int zel_db_insert(_zel_db_handle_t* handle, const char* table, const zel_db_cont
                   int flags, int64_t* id) {
   Call call{.op = "insert", .table = shown(table), .puts = puts_of(values)};
   if (flags != 0) call.text = " flags " + shown(flags);
+  if (id == nullptr) call.text += " without id";
   return run_write(std::move(call), id, [=](int64_t* rows) {
     return ZELDB_NEXT(zel_db_insert)(handle, table, values, flags, rows);
   });
