@@ -122,7 +122,7 @@ std::vector<R> read_disks(const Options& options) {
   if (options.present) return list_of<List>("drives", [](List* list) { return zeldb_get_disk_list(list); });
   if (options.controller) return read_behind(*options.controller);
   if (options.function) {
-    const auto drives = list_of<List>(
+    auto drives = list_of<List>(
         "drives", [&](List* list) { return zeldb_get_disk_list_funkey(*options.function, list); },
         {ZELDB_NO_MATCH});
     if (drives.empty()) read_function(*options.function);  // has to be there
