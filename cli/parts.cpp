@@ -29,13 +29,11 @@ struct Inventory {
   Drives drives;
 };
 
-// What firmware writes where there is nothing to tell.
 constexpr const char* kPlaceholders[] = {"N/A",           "Unknown", "Not Specified",
                                          "Not Available", "None",    "NO DIMM"};
 
 std::string known(const char* text) {
-  const auto is_it = [text](const char* placeholder) { return strcasecmp(text, placeholder) == 0; };
-  return std::ranges::any_of(kPlaceholders, is_it) ? "" : printable(text, Escape::Terminal);
+  return is_placeholder(text) ? "" : printable(text, Escape::Terminal);
 }
 
 std::string place_called(const char* name) {
@@ -242,22 +240,6 @@ size_t rank(const std::string& kind) {
   return static_cast<size_t>(found - std::begin(kKinds));
 }
 
-// The list of all drives leaves out what it cannot read, and has drives of some kinds that were pulled.
-Drives present_drives() {
-  const auto absent = list_of<aim_disk_list_t>(
-      "drives", [](auto* list) { return zeldb_get_disk_list_with_filter(list, "Presence=0"); });
-  const auto answering = list_of<aim_disk_list_t>(
-      "drives", [](auto* list) { return zeldb_get_nvme_disk_list_from_mi_filter(list, nullptr); });
-  const auto is_among = [](const Drives& drives, const aim_disk_info_t& drive) {
-    return std::ranges::any_of(
-        drives, [&](const auto& other) { return std::strcmp(other.Location, drive.Location) == 0; });
-  };
-  Drives drives = read_drives();
-  std::erase_if(drives,
-                [&](const auto& drive) { return is_among(absent, drive) && !is_among(answering, drive); });
-  return drives;
-}
-
 // Of several parts in what the inventory takes for one place, all but the first are numbered.
 void separate(Parts& parts) {
   std::ranges::sort(parts, [](const Part& one, const Part& other) {
@@ -276,9 +258,29 @@ void separate(Parts& parts) {
 
 }  // namespace
 
+bool is_placeholder(const char* text) {
+  const auto is_it = [text](const char* placeholder) { return strcasecmp(text, placeholder) == 0; };
+  return std::ranges::any_of(kPlaceholders, is_it);
+}
+
+std::vector<aim_disk_info_t> read_present_drives() {
+  const auto absent = list_of<aim_disk_list_t>(
+      "drives", [](auto* list) { return zeldb_get_disk_list_with_filter(list, "Presence=0"); });
+  const auto answering = list_of<aim_disk_list_t>(
+      "drives", [](auto* list) { return zeldb_get_nvme_disk_list_from_mi_filter(list, nullptr); });
+  const auto is_among = [](const Drives& drives, const aim_disk_info_t& drive) {
+    return std::ranges::any_of(
+        drives, [&](const auto& other) { return std::strcmp(other.Location, drive.Location) == 0; });
+  };
+  Drives drives = read_drives();
+  std::erase_if(drives,
+                [&](const auto& drive) { return is_among(absent, drive) && !is_among(answering, drive); });
+  return drives;
+}
+
 std::vector<Part> read_parts() {
   require_inventory("parts");
-  const Inventory inventory{read_slots(), present_drives()};
+  const Inventory inventory{read_slots(), read_present_drives()};
   Parts parts;
   for (const auto& kind : kKinds) std::ranges::move(kind.read(inventory), std::back_inserter(parts));
   separate(parts);

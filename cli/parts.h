@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "zeldb/storage.h"
+
 namespace zeldb::cli {
 
 constexpr int kBaselineVersion = 1;
@@ -27,6 +29,13 @@ struct Part {
   std::string firmware{};
   std::map<std::string, uint64_t> sizes{};  // by what is counted
 };
+
+// What firmware writes where there is nothing to tell, such as "N/A".
+bool is_placeholder(const char* text);
+
+// The list of all drives leaves out what it cannot read, and has drives of some kinds that were pulled: these
+// are the ones that are there.
+std::vector<aim_disk_info_t> read_present_drives();
 
 // All of them, by kind and place. Throws Failure when a part of the inventory cannot be read: what is missing
 // for that reason must not look as if it had been removed.

@@ -40,7 +40,7 @@ def value_cases(commands):
 
 def argument_cases(commands):
     listings = " ".join(command.name for command in commands if command.columns)
-    known = {"FILE": FILES, "FILE...": FILES, "COMMAND": listings}
+    known = {"FILE": FILES, "FOLDER": FILES, "FILE...": FILES, "COMMAND": listings}
     return [case(command.name, known[entry.name]) for command in commands for entry in command.entries()
             if entry.name in known]
 

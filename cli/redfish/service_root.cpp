@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/redfish/resource.h"
+#include "cli/redfish/values.h"
+
+namespace zeldb::cli::redfish {
+
+namespace {
+
+struct Row : Entry {};
+
+constexpr About kAbout = {"ServiceRoot", "v1_20_0", "", "Where a client begins."};
+
+// A tree of files has no sessions, but the schema asks for the collection: it is empty, and stands where it
+// is linked.
+Json no_sessions() {
+  return Json::object({{"@odata.type", "#SessionCollection.SessionCollection"},
+                       {"@odata.id", kRoot + "#/Links/Sessions"},
+                       {"Name", "Sessions"},
+                       {"Members@odata.count", 0},
+                       {"Members", Json::array()}});
+}
+
+constexpr Property<Row> kProperties[] = {
+    REDFISH_BY("Name", "", "", "Hardware inventory"),
+    REDFISH_BY("RedfishVersion", "", "", "1.23.0"),
+    REDFISH_BY("Product", "", "", "zeldb"),
+    REDFISH_BY("Systems", "", "", link(kRoot + "/Systems")),
+    REDFISH_BY("Chassis", "", "", link(kRoot + "/Chassis")),
+    REDFISH_BY("Managers", "", "", link(kRoot + "/Managers")),
+    REDFISH_BY("UpdateService", "", "", link(kRoot + "/UpdateService")),
+    REDFISH_BY("Links.Sessions", "",
+               "an empty collection in the place of a link: a tree of files has no sessions", no_sessions()),
+};
+
+void add(const Machine& machine, Tree& tree) {
+  Row row;
+  row.id = "RootService";
+  row.uri = kRoot;
+  tree.add(resource_of(kAbout, kProperties, row, machine));
+}
+
+}  // namespace
+
+Chapter service_root() {
+  return chapter_of(kAbout, kProperties, add);
+}
+
+}  // namespace zeldb::cli::redfish
