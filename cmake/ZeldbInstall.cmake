@@ -42,6 +42,7 @@ endforeach()
 # For people.
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples samples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY contrib/prometheus DESTINATION ${CMAKE_INSTALL_DOCDIR}/contrib)
 # The prefix may be another one by then.
 install(CODE "
   set(bindir \"${CMAKE_INSTALL_BINDIR}\")
