@@ -93,7 +93,8 @@ class IsRead(Inventory):
             one = shown[row["Socket"]]
             self.assertEqual([one["Model"], one["SerialNumber"], one["TotalThreads"]],
                              [row["Version"], row["SerialNo"], row["ThreadCount"]])
-        shown = {one["Name"]: one for one in ask("Systems", "-I", "1", "Memory", "-a")["Members"]}
+        modules = [ask("raw", "GET", member["@odata.id"]) for member in ask("raw", "GET", system["Memory"]["@odata.id"])["Members"]]
+        shown = {one["Name"]: one for one in modules}
         self.assertEqual({row["DevLocator"]: row["MemSize"] for row in memory},
                          {name: one["CapacityMiB"] for name, one in shown.items()})
         members = ask("raw", "GET", "/redfish/v1/UpdateService/FirmwareInventory")["Members"]
