@@ -75,7 +75,7 @@ constexpr Property<Row> kProperties[] = {
                only_if(row.record.Type == kTextType && row.record.Maxs != 0, row.record.Maxs)),
     REDFISH_BY("ValueExpression", "Pattern", "type 4 only; left out where it is empty",
                row.record.Type == kTextType ? TextIfKnown::of(machine, "Pattern", text_of(row.record.Pattern))
-                                        : Json::left_out()),
+                                            : Json::left_out()),
     REDFISH_BY("Value", "Choices", "`Enumeration` only: `ValueName` of each choice, as `;` separates them",
                values_of(machine, row)),
     REDFISH_BY("ResetRequired", "", "true: a change is in force from the next start on", true),

@@ -74,7 +74,7 @@ struct Device : Entry {
   _ZELDB_PCIVpdInfo product;
   std::vector<Function> functions;
   std::string adapter;  // the NetworkAdapter; empty without ports
-  uint32_t port_count;    // what its functions tell, in sum
+  uint32_t port_count;  // what its functions tell, in sum
   uint32_t logical_count;
   std::vector<Port> ports;
   std::vector<NetworkFunction> network_functions;
