@@ -51,6 +51,24 @@ constexpr FieldTable kWritten{ZELDB_FIELD(Function, SegNo),
 
 enum class By { Function, Adapter };
 
+// One I/O error must not cost rows in silence: these go with the delete that follows.
+void log_rows_to_lose(_zel_db_handle_t* handle, const char* where, int reason) {
+  static constexpr const char* kShown[] = {"PCIFuncKey", "CardName"};
+  logErr("Merge: failed to unmark adapters without settings, rc = %d\n", reason);
+  Result rows;
+  int status = query(handle, {.table = tables::kAdapters, .columns = kShown, .where = where}, rows);
+  const auto log_row = [](const Row& row) {
+    char name[129] = "";
+    row.text(1, name);
+    logErr("Merge: funkey %d, %s: its row is deleted from PCIAdapter for that\n",
+           static_cast<int>(row.number(0)), name);
+  };
+  const bool walked = status == ZELDB_OK && rows;
+  if (walked) status = walk(rows, SIZE_MAX, log_row).value_or(ZELDB_OK);
+  if (!walked || status != ZELDB_OK)
+    logErr("Merge: which rows of PCIAdapter that removes is not known, rc = %d\n", status);
+}
+
 // False if memory is short. The second step would then remove the rows that the first one should have kept.
 bool release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& values) {
   values.put_uint8("AIMSupported", 0);
@@ -59,7 +77,8 @@ bool release_adapters_without_settings(_zel_db_handle_t* handle, ContentValues& 
       "AIMSupported=%d AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting) AND PCIFuncKey IN (SELECT "
       "FunKey FROM PCIs)",
       kMerged);
-  values.update(tables::kAdapters, known);
+  const int status = values.update(tables::kAdapters, known);
+  if (status != ZELDB_OK) log_rows_to_lose(handle, known, status);
   // The rows that are still marked belong to functions that are gone from PCIs.
   const Filter<128> gone("AIMSupported=%d AND PCIFuncKey NOT IN ( SELECT PfaKey FROM PCISetting)", kMerged);
   zel_db_delete(handle, tables::kAdapters, gone, nullptr, 0, nullptr);
