@@ -7,6 +7,7 @@
 #include <link.h>
 
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -103,6 +104,24 @@ TEST(Exports, AreFoundByNameOnceEverythingIsBound) {
   ASSERT_NE(library, nullptr) << dlerror();
   for (const std::string& name : export_list()) EXPECT_NE(dlsym(library, name.c_str()), nullptr) << name;
   dlclose(library);
+}
+
+// A function is called under faults: its name stands in a line of a transcript, before an "=" where its call
+// has another name.
+TEST(Exports, AreCalledUnderFaults) {
+  std::set<std::string> swept;
+  for (const char* folder : {"db", "ucm", "pci", "firmware", "cpumem", "storage"}) {
+    std::ifstream transcript(std::string(ZELDB_TESTS "/") + folder + "/transcripts/sweep.txt");
+    for (std::string verb, statuses, name; transcript >> verb;) {
+      if (verb == "sweep" && transcript >> statuses >> name) swept.insert(name.substr(0, name.find('=')));
+    }
+  }
+  for (const auto& [symbol, size] : Library().functions) {
+    const std::string mangled = symbol.starts_with("_Z") ? symbol.substr(2) : "";
+    const size_t length = mangled.empty() ? 0 : std::stoul(mangled);
+    const std::string name = mangled.empty() ? symbol : mangled.substr(std::to_string(length).size(), length);
+    EXPECT_TRUE(swept.contains(name)) << "no line for " << name;
+  }
 }
 
 // The controller's own libraries, and the shims of the tests, take the place of functions by coming first.

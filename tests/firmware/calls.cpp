@@ -18,6 +18,8 @@ ZELDB_RECORD(_ZELDB_AdapterFirmware, FirmwareName, VersionString, Description, R
 ZELDB_RECORD(_ZELDB_EmbeddedFirmware, DeviceName, DeviceIndex, StructRev, Version, SoftwareID, Class,
              Category, SubCategory, Checksum);
 ZELDB_RECORD(_ZELDB_PCIVpdInfo, UUID, ProductName, Manufacture, SerialNo, PartNo, Model, FRUNo);
+ZELDB_RECORD(retimer_fw_req_t, RequestBlock, FirstValue32, SecondValue32, FirstValue16, SecondValue16);
+ZELDB_RECORD(retimer_fw_progress_t, Stage, Progress);
 ZELDB_RECORD(_ZELDB_DpuLog, _id, Timestamp, GenID, Message);
 
 namespace {
@@ -45,6 +47,7 @@ int downstream_ids(int location, int slot, Buffer* text, int* count) {
   char ids[8][32] = {"untouched"};
   const int status =
       zeldb_get_pldm_downstream_software_ids(location, slot, text != nullptr ? ids : nullptr, count);
+  const Side ours(false);
   std::string all;
   for (const char* id : ids) all += std::string(id) + ",";
   if (text != nullptr) std::strcpy(*text, all.c_str());
@@ -68,7 +71,8 @@ const Family kFamily = {
           F(zeldb_insert_or_update_firmware_info), F(downstream_ids), F(zeldb_insert_or_update_vpd_info),
           F(zeldb_get_embedded_firmware_list), F(zeldb_insert_or_update_embedded_firmware_info),
           F(zeldb_clear_all_embedded_firmware_info), F(zeldb_get_dpu_keys), F(zeldb_update_dpu_uefi_version),
-          F(dpu_clear_logs_by_slot), F(dpu_insert_log), F(dpu_get_log_by_slot), F(classifications)),
+          F(dpu_clear_logs_by_slot), F(dpu_insert_log), F(dpu_get_log_by_slot), F(classifications),
+          F(retimer_update_fw), F(retimer_get_fw_update_progress)),
     "PCI"};
 
 }  // namespace zeldb_test

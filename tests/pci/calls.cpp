@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What the transcripts call.
+#include <map>
+#include <string>
+
 #include "tests/support/transcript.h"
 #include "zeldb/pci.h"
 
@@ -48,6 +51,13 @@ int gpu_property(const char* base, const char* item, unsigned slot, Buffer* out)
   return get_gpu_pci_vpd_info(base, item, slot, out != nullptr ? *out : nullptr);
 }
 
+unsigned missing_vpd(_ZELDB_PCIVpdInfo* record, unsigned slot) {
+  const Side ours(false);
+  std::map<std::string, std::string> changes;
+  under_test([&] { set_missing_gpu_vpd_info(record, slot, changes); });
+  return static_cast<unsigned>(changes.size());
+}
+
 void set_is_amd(uint8_t known) {
   is_amd_platform = known;
 }
@@ -68,7 +78,7 @@ const Family kFamily = {
           F(zeldb_get_network_physical_port_list), F(zeldb_get_all_network_physical_port_list),
           F(zeldb_get_network_physical_port_link_state), F(zeldb_set_network_physical_port_link_state),
           F(zeldb_get_pci_gpu_list), F(zeldb_get_gpu_device_info), F(zeldb_get_gpu_chip_list),
-          F(zeldb_get_pci_vpd_info), F(gpu_property), F(zeldb_get_adapter_health_status),
+          F(zeldb_get_pci_vpd_info), F(gpu_property), F(missing_vpd), F(zeldb_get_adapter_health_status),
           F(zeldb_set_adapter_health_status), F(zeldb_get_adapter_pcikey_by_slotNo),
           F(zeldb_get_ncsi_id_by_slotNo), F(zeldb_set_ncsi_id_by_slotNo), F(set_is_amd), F(zeldb_is_amd),
           F(zeldb_get_pci_seg_bits), F(zeldb_set_pci_seg_bits), F(zeldb_get_hc_card_count), F(find_card))};

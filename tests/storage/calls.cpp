@@ -2,6 +2,7 @@
 //
 // What the transcripts call.
 #include <cstdio>
+#include <cstring>
 
 #include "tests/support/transcript.h"
 #include "zeldb/storage.h"
@@ -25,6 +26,22 @@ int controllers(Buffer* to, uint32_t* count) {
   return status;
 }
 
+// What the functions for texts of a drive make of it.
+void drive_texts(Buffer* text, aim_disk_info_t* disk) {
+  int date[3] = {};
+  const auto* const bytes = reinterpret_cast<const uint8_t*>(disk->Model);
+  get_manuf_date(bytes, &date[0], &date[1], &date[2]);
+  vpd_manuf_date_to_ymd("5220", *text, sizeof(*text));
+  rm_invalid_chars(disk->Model, sizeof(disk->Model));
+  disk->FormFactor = static_cast<uint8_t>(std::strlen(driveModel2Manufacture(trim_drive_model(disk->Model))));
+}
+
+// Of a product area with one field.
+int drive_vpd(aim_disk_info_t* disk) {
+  uint8_t image[512] = {1, 0, 0, 0, 1, 0, 0, 0, 1, 8, 25, 0xC2, 'M', 'F', 0xC1};
+  return parse_nvme_drive_vpd(image, sizeof(image), disk);
+}
+
 }  // namespace
 
 #define F(function) ZELDB_CALL(function)
@@ -38,6 +55,7 @@ const Family kFamily = {
           F(zeldb_get_mvl_ctrl_type), F(controllers), F(zeldb_get_bp_drive_count),
           F(zeldb_update_nvme_disk_firmware_version), F(zeldb_update_aim_disk_presence),
           F(zeldb_update_aim_disk_vpd_info), F(zeldb_update_aim_disk_smart_info),
-          F(zeldb_update_aim_disk_ctrl_type), F(zeldb_add_update_nvme_aim_disk))};
+          F(zeldb_update_aim_disk_ctrl_type), F(zeldb_add_update_nvme_aim_disk), F(drive_texts),
+          F(drive_vpd))};
 
 }  // namespace zeldb_test

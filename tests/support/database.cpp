@@ -108,6 +108,14 @@ void Database::run_all(const std::vector<std::string>& statements, const std::st
   }
 }
 
+void Database::load(const std::string& file, const std::string& database) const {
+  char error[512] = "";
+  if (is_there_ &&
+      ZELDB_REAL(zel_db_load)(url_.c_str(), database.c_str(), file.c_str(), error, sizeof(error)) != 0) {
+    throw std::runtime_error(error);
+  }
+}
+
 Rows Database::rows(const std::string& select, const std::string& database) const {
   Rows rows;
   if (!is_there_) return rows;

@@ -40,6 +40,7 @@ class Database {
 
   // One statement, or several at once; the test fails when one does.
   void run(const std::string& sql, const std::string& database = "dmdb") const;
+  void load(const std::string& file, const std::string& database) const;
   void run_all(const std::vector<std::string>& statements, const std::string& database = "dmdb") const;
   Rows rows(const std::string& select, const std::string& database = "dmdb") const;
   // The cells of all rows in one line: "1,two;3,NULL".

@@ -2,7 +2,6 @@
 #undef _FORTIFY_SOURCE  // its inline syslog would stand in the way of the one below
 #include "tests/support/libc_shim.h"
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -18,6 +17,7 @@
 #include <fstream>
 #include <mutex>
 #include <string_view>
+#include <utility>
 
 #include "platform/vrel_log.h"
 
@@ -27,16 +27,23 @@
 #define ZELDB_SHIM_ALLOCATIONS 0
 #endif
 
-#define ZELDB_NEXT(function) reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
-
 namespace zeldb_test {
 namespace {
 
 std::mutex mutex;
 thread_local bool inside_log = false;
-std::atomic<int> allocations_left = 0;
-std::atomic<size_t> allocation_size = 0;
-std::atomic<const char*> allocation_object = nullptr;
+thread_local bool is_under_test = false;
+thread_local bool caller_is_under_test = false;
+
+// The allocations that fail.
+struct {
+  std::atomic<int> nth = 0;
+  std::atomic<int> seen = 0;
+  std::atomic<bool> and_after = false;
+  std::atomic<bool> under_test = false;
+  std::atomic<size_t> at_least = 0;
+  std::atomic<const char*> object = nullptr;
+} failing;
 
 std::string formatted(const char* format, va_list arguments) {
   char* text = nullptr;
@@ -56,6 +63,7 @@ void log_line(std::vector<std::string>& lines, const char* level, const char* sy
   add_line(lines, level, text);
   inside_log = true;
   if (void* next = dlsym(RTLD_NEXT, symbol); next != nullptr) {
+    const Side theirs(true);
     reinterpret_cast<decltype(&vrel_log::logErr)>(next)("%s", text.c_str());
   }
   inside_log = false;
@@ -67,15 +75,20 @@ template <typename Call>
 int with_mapped(const char* path, Call call) {
   constexpr std::array<std::string_view, 4> kMarkers = {"/tmp/slowucm", "/tmp/enable_ucm_parse_log)",
                                                         "/tmp/dp.ucmparsing", "/tmp/.rt_upd_state"};
+  const Side ours(false);
   if (libc().tmp.empty() || std::ranges::find(kMarkers, path) == kMarkers.end()) return call(path);
   return call((libc().tmp + std::strrchr(path, '/')).c_str());
 }
 
 [[maybe_unused]] bool allocation_fails(size_t size, void* caller) {
-  if (allocations_left == 0 || size < allocation_size) return false;
+  if (failing.nth == 0 || size < failing.at_least || (failing.under_test && !is_under_test)) return false;
   Dl_info where{};
-  if (dladdr(caller, &where) == 0 || std::strstr(where.dli_fname, allocation_object) == nullptr) return false;
-  return allocations_left.fetch_sub(1) == 1;
+  if (!failing.under_test &&
+      (dladdr(caller, &where) == 0 || std::strstr(where.dli_fname, failing.object) == nullptr)) {
+    return false;
+  }
+  const int seen = ++failing.seen;
+  return seen == failing.nth || (failing.and_after && seen > failing.nth);
 }
 
 }  // namespace
@@ -94,18 +107,42 @@ void LibcShim::mark(const std::string& name) {
 }
 
 bool LibcShim::fail_allocation(size_t at_least, int nth, const char* object) {
-  allocation_size = at_least;
-  allocation_object = object;
-  allocations_left = nth;
+  fail_allocations(nth);
+  failing.under_test = false;
+  failing.at_least = at_least;
+  failing.object = object;
   return ZELDB_SHIM_ALLOCATIONS != 0;
 }
 
 bool LibcShim::allocation_failed() {
-  return allocations_left.exchange(0) == 0;
+  const int nth = failing.nth.exchange(0);
+  return failing.seen >= nth;
+}
+
+int LibcShim::fail_allocations(int nth, bool and_after) {
+  failing.nth = 0;
+  failing.at_least = 0;
+  failing.under_test = true;
+  failing.and_after = and_after;
+  const int seen = failing.seen.exchange(0);
+  failing.nth = nth;
+  return seen;
+}
+
+Side::Side(bool under_test) : before_(std::exchange(is_under_test, under_test)) {
+  caller_is_under_test = before_;
+}
+
+bool Side::was_under_test() {
+  return caller_is_under_test;
+}
+
+Side::~Side() {
+  is_under_test = before_;
 }
 
 void LibcShim::reset() {
-  allocations_left = 0;
+  fail_allocations(0);
   if (own_folder_) std::filesystem::remove_all(tmp);
   *this = LibcShim();
 }
@@ -116,6 +153,7 @@ using namespace zeldb_test;  // NOLINT(google-build-using-namespace): the functi
 
 #pragma GCC visibility push(default)
 #define ZELDB_SHIM_FORMATTED(statement)                  \
+  const Side ours(false);                                \
   va_list arguments;                                     \
   va_start(arguments, format);                           \
   const std::string text = formatted(format, arguments); \
@@ -143,6 +181,7 @@ ZELDB_SHIM_SYSLOG(syslog, int priority)
 ZELDB_SHIM_SYSLOG(__syslog_chk, int priority, int /*flag*/)
 
 unsigned sleep(unsigned seconds) {
+  const Side ours(false);
   const std::lock_guard lock(mutex);
   libc().sleeps.push_back(seconds);
   return 0;
@@ -166,7 +205,9 @@ int open(const char* path, int flags, ...) {
   va_start(arguments, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
-  return with_mapped(path, [=](const char* at) { return ZELDB_NEXT(open)(at, flags, mode); });
+  return with_mapped(path, [=](const char* at) {
+    return reinterpret_cast<decltype(&::open)>(dlsym(RTLD_NEXT, "open"))(at, flags, mode);
+  });
 }
 
 #if ZELDB_SHIM_ALLOCATIONS

@@ -4,6 +4,7 @@
 #ifndef TESTS_SUPPORT_LIBC_SHIM_H
 #define TESTS_SUPPORT_LIBC_SHIM_H
 
+#include <dlfcn.h>
 #include <sys/time.h>
 
 #include <cstddef>
@@ -29,6 +30,9 @@ struct LibcShim {
   static bool fail_allocation(size_t at_least, int nth = 1, const char* object = "libzeldb.so");
   // Forgets the wish of fail_allocation; whether it was fulfilled.
   static bool allocation_failed();
+  // The nth allocation of the code under test and, if so, all that follow; 0: none. Returns how many there
+  // were since the last time.
+  static int fail_allocations(int nth, bool and_after = false);
 
   void reset();
 
@@ -37,6 +41,34 @@ struct LibcShim {
 };
 
 LibcShim& libc();
+
+// Whose code runs on this thread while it lives: that of the test and its shims, or that under test.
+class Side {
+ public:
+  explicit Side(bool under_test);
+  Side(const Side&) = delete;
+  Side& operator=(const Side&) = delete;
+  ~Side();
+  // Whose code it was before the last of them.
+  static bool was_under_test();
+
+ private:
+  bool before_;
+};
+auto under_test(auto function) {
+  const Side theirs(true);
+  return function();
+}
+
+// Calls the function that the one of this name hides.
+template <typename R, typename... A>
+auto next(R (* /*type*/)(A...), void* hidden) {
+  return [hidden](A... arguments) {
+    const Side theirs(true);
+    return reinterpret_cast<R (*)(A...)>(hidden)(arguments...);
+  };
+}
+#define ZELDB_NEXT(name) ::zeldb_test::next(&(name), dlsym(RTLD_NEXT, #name))
 
 }  // namespace zeldb_test
 

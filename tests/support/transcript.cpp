@@ -67,11 +67,12 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
 
   void play(const std::string& command) {
     static const std::map<std::string, void (Transcript::*)(const std::string&)> kVerbs = {
-        {"sql", &Transcript::sql},       {"show", &Transcript::show},    {"set", &Transcript::set},
-        {"fill", &Transcript::fill},     {"fail", &Transcript::fail},    {"memory", &Transcript::memory},
-        {"repeat", &Transcript::repeat}, {"file", &Transcript::file},    {"trace", &Transcript::trace},
-        {"mark", &Transcript::mark},     {"pipe", &Transcript::pipe},    {"result", &Transcript::result},
-        {"check", &Transcript::check},   {"faults", &Transcript::faults}};
+        {"sql", &Transcript::sql},       {"show", &Transcript::show},     {"set", &Transcript::set},
+        {"fill", &Transcript::fill},     {"fail", &Transcript::fail},     {"memory", &Transcript::memory},
+        {"repeat", &Transcript::repeat}, {"file", &Transcript::file},     {"trace", &Transcript::trace},
+        {"mark", &Transcript::mark},     {"pipe", &Transcript::pipe},     {"result", &Transcript::result},
+        {"check", &Transcript::check},   {"faults", &Transcript::faults}, {"sweep", &Transcript::sweep},
+        {"sample", &Transcript::sample}};
     const std::string verb = command.substr(0, command.find(' '));
     const auto found = kVerbs.find(verb);
     if (found == kVerbs.end()) return call(command);
@@ -164,6 +165,18 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
       std::string all = seen.line + "\n" + seen.below;
       all.pop_back();
       seen_ += without_runs("  " + std::string(name) + steps + " " + replaced(all, "\n   ", "; ") + "\n");
+    }
+  }
+
+  void sweep(const std::string& command) { seen_ += zeldb_test::sweep(command, database_); }
+
+  void sample(const std::string& /*none*/) {
+    for (const char* name : {"inventory", "adapters", "processors", "drives", "firmware", "properties"}) {
+      database_.load(ZELDB_SAMPLES "/" + std::string(name) + ".sql",
+                     name == std::string("properties") ? "propertiesdb" : "dmdb");
+    }
+    for (const char* name : {"bios.json", "platform.json"}) {
+      std::filesystem::copy(ZELDB_SAMPLES "/" + std::string(name), path(name));
     }
   }
 

@@ -9,6 +9,9 @@
 //   faults CALL ARGUMENT...: its status and outputs under each fault that a read can meet
 //   fail RULE: a fault (zel_db_shim.h, as JSON) for the call that follows; memory N: its first allocation of
 //   N bytes or more fails
+//   sweep STATUS,... CALL ARGUMENT...: what is wrong after each allocation and each call of the platform that
+//   fails (sweep.cpp); the statuses are those that tell of a failure
+//   sample: fills the databases and the folder with the sample controller
 //   sql STATEMENT, show SELECT; {MAKER} is the maker's subsystem vendor id
 //   set FIELD VALUE ...: of every record that has it; fill: with x, so that no text ends
 //   file NAME CONTENT: of the platform, none without content; trace: shows the platform's calls from now on
@@ -34,6 +37,8 @@
 
 #include "db/field.h"
 #include "db/read.h"
+#include "tests/support/database.h"
+#include "tests/support/libc_shim.h"
 
 namespace zeldb_test {
 
@@ -170,7 +175,10 @@ Calls::value_type call(const char* name, R (*function)(A...)) {
   return {name, [function](std::istream& words) {
             std::tuple<Argument<A>...> arguments{Argument<A>(next_word(words))...};
             Seen seen = {"="};
-            const auto result = [&](auto&... argument) { return function(argument.get()...); };
+            const auto result = [&](auto&... argument) {
+              const Side theirs(true);
+              return function(argument.get()...);
+            };
             if constexpr (std::is_void_v<R>) {
               std::apply(result, arguments);
             } else if constexpr (std::is_pointer_v<R>) {
@@ -201,6 +209,8 @@ struct Family {
   std::string others = "none";  // queries of tables that begin so belong to another family and are not shown
 };
 extern const Family kFamily;
+
+std::string sweep(const std::string& command, const Database& database);
 
 }  // namespace zeldb_test
 

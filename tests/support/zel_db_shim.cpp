@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/zel_db_shim.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <concepts>
 #include <map>
@@ -12,9 +10,7 @@
 #include <utility>
 
 #include "platform/zel_db.h"
-
-// The function that the one of this name hides.
-#define ZELDB_NEXT(function) reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
+#include "tests/support/libc_shim.h"
 
 namespace zeldb_test {
 namespace {
@@ -35,6 +31,10 @@ struct State {
   std::map<const zel_db_content_values_t*, std::vector<std::string>> values;
   std::map<_zel_db_handle_t*, int> handles;
   int strays = 0;
+  ZelDbShim::Kind failing_kind = ZelDbShim::Kind::Call;
+  int calls_seen = 0;
+  int failing_call = 0;
+  bool and_after = false;
 };
 
 // Never destroyed: libraries let go of things after this file's statics are gone.
@@ -79,7 +79,10 @@ std::optional<Rule> due(const std::string& op, const std::string& table = {}) {
 
 template <typename Forward>
 int run(Call& call, Forward forward) {
-  const std::optional<Rule> fault = due(call.op, call.table);
+  const std::optional<Rule> rule = due(call.op, call.table);
+  // A put that the platform refuses for another reason than memory is no failure of the write.
+  const int failed = call.op == "put" ? 4 : ZelDbShim::kFailed;
+  const std::optional<Rule> fault = ZelDbShim::call_fails() ? Rule{.op = call.op, .status = failed} : rule;
   if (!fault || fault->with_result) call.status = forward();
   if (fault) call.status = fault->status;
   return call.status;
@@ -146,6 +149,7 @@ LiveResult* live(zel_db_result_t* result) {
 template <typename Column>
 int column_fault(zel_db_result_t* result, Column column) {
   const Locked now;
+  if (ZelDbShim::call_fails(ZelDbShim::Kind::Read)) return ZelDbShim::kFailed;
   LiveResult* const from = live(result);
   if (from == nullptr) return 0;
   for (const Rule& rule : from->rules) {
@@ -202,6 +206,21 @@ std::vector<std::string> ZelDbShim::texts(std::string_view op) {
   return found;
 }
 
+int ZelDbShim::fail_calls(Kind kind, int nth, bool and_after) {
+  const Locked now;
+  now->failing_kind = kind;
+  now->failing_call = nth;
+  now->and_after = and_after;
+  return std::exchange(now->calls_seen, 0);
+}
+
+bool ZelDbShim::call_fails(Kind kind) {
+  const Locked now;
+  if (now->failing_call == 0 || now->failing_kind != kind || !Side::was_under_test()) return false;
+  const int seen = ++now->calls_seen;
+  return seen == now->failing_call || (now->and_after && seen > now->failing_call);
+}
+
 std::string ZelDbShim::alive() {
   const Locked now;
   std::string text;
@@ -223,6 +242,7 @@ using namespace zeldb_test;  // NOLINT(google-build-using-namespace): the functi
 extern "C" {
 
 _zel_db_handle_t* get_dmdb_handle(int argc, char** argv, int flags) {
+  const Side ours(false);
   const std::string text = shown(argc) + (argv != nullptr ? " argv " : " null ") + shown(flags);
   return run_create({.op = "get_dmdb_handle", .text = text}, static_cast<decltype(state().handles)*>(nullptr),
                     [=] { return ZELDB_NEXT(get_dmdb_handle)(argc, argv, flags); });
@@ -230,6 +250,7 @@ _zel_db_handle_t* get_dmdb_handle(int argc, char** argv, int flags) {
 
 _zel_db_handle_t* zel_db_open(const char* host, const char* user, const char* password, const char* database,
                               unsigned flags) {
+  const Side ours(false);
   const std::string text = shown(host) + " " + shown(user) + " '" + shown(password) + "' " + shown(database);
   return run_create({.op = "open", .table = shown(database), .text = text + " " + shown(flags)},
                     &state().handles,
@@ -237,6 +258,7 @@ _zel_db_handle_t* zel_db_open(const char* host, const char* user, const char* pa
 }
 
 int zel_db_close(_zel_db_handle_t* handle) {
+  const Side ours(false);
   const Locked now;
   released(now->handles, handle);
   for (const auto& [result, known] : now->results) now->strays += known.handle == handle ? 1 : 0;
@@ -247,6 +269,7 @@ int zel_db_close(_zel_db_handle_t* handle) {
 int zel_db_query(_zel_db_handle_t* handle, const char* table, const char* const* columns, int ncolumns,
                  const char* where, const _zel_db_param_t* params, int nparams, const char* order,
                  zel_db_result_t** out) {
+  const Side ours(false);
   Call call{.op = "query", .table = shown(table), .where = shown(where), .params = shown(params, nparams)};
   call.order = shown(order);
   std::vector<std::string> names;
@@ -258,6 +281,7 @@ int zel_db_query(_zel_db_handle_t* handle, const char* table, const char* const*
 }
 
 int zel_db_raw_query(_zel_db_handle_t* handle, const char* sql, int capacity, zel_db_result_t** out) {
+  const Side ours(false);
   const std::string text = shown(sql).substr(0, static_cast<size_t>(std::max(capacity, 0)));
   return run_query(
       {.op = "raw_query", .text = text, .capacity = capacity}, handle, {}, out,
@@ -265,7 +289,9 @@ int zel_db_raw_query(_zel_db_handle_t* handle, const char* sql, int capacity, ze
 }
 
 int zel_db_result_step(zel_db_result_t* result) {
+  const Side ours(false);
   const Locked now;
+  if (ZelDbShim::call_fails()) return ZelDbShim::kFailed;
   if (LiveResult* const from = live(result)) {
     if (from->call < now->calls.size()) ++now->calls[from->call].steps;
     for (const Rule& rule : from->rules) {
@@ -277,6 +303,7 @@ int zel_db_result_step(zel_db_result_t* result) {
 }
 
 unsigned zel_db_result_row_count(zel_db_result_t* result) {
+  const Side ours(false);
   const Locked now;
   unsigned count = ZELDB_NEXT(zel_db_result_row_count)(result);
   LiveResult* const from = live(result);
@@ -286,6 +313,7 @@ unsigned zel_db_result_row_count(zel_db_result_t* result) {
 }
 
 int zel_db_result_reset(zel_db_result_t* result) {
+  const Side ours(false);
   const Locked now;
   if (LiveResult* const from = live(result)) from->stepped = 0;
   return ZELDB_NEXT(zel_db_result_reset)(result);
@@ -294,11 +322,13 @@ int zel_db_result_reset(zel_db_result_t* result) {
 // NOLINTBEGIN(bugprone-macro-parentheses): types and names
 #define ZELDB_SHIM_READ(function, key, type)                               \
   int function(zel_db_result_t* result, key column, type* out) {           \
+    const Side ours(false);                                                \
     const int fault = column_fault(result, column);                        \
     return fault != 0 ? fault : ZELDB_NEXT(function)(result, column, out); \
   }
 #define ZELDB_SHIM_READ_SIZED(function, key, type, size_type, size)                 \
   int function(zel_db_result_t* result, key column, type* buffer, size_type size) { \
+    const Side ours(false);                                                         \
     const int fault = column_fault(result, column);                                 \
     return fault != 0 ? fault : ZELDB_NEXT(function)(result, column, buffer, size); \
   }
@@ -317,12 +347,14 @@ ZELDB_SHIM_READ_SIZED(extract_str_column_from_result, const char*, char, unsigne
 // NOLINTEND(bugprone-macro-parentheses)
 
 void zel_db_free_result(zel_db_result_t* result) {
+  const Side ours(false);
   released(state().results, result);
   ZELDB_NEXT(zel_db_free_result)(result);
 }
 
 int zel_db_insert(_zel_db_handle_t* handle, const char* table, const zel_db_content_values_t* values,
                   int flags, int64_t* id) {
+  const Side ours(false);
   Call call{.op = "insert", .table = shown(table), .puts = puts_of(values)};
   if (flags != 0) call.text = " flags " + shown(flags);
   if (id == nullptr) call.text += " without id";
@@ -333,6 +365,7 @@ int zel_db_insert(_zel_db_handle_t* handle, const char* table, const zel_db_cont
 
 int zel_db_update(_zel_db_handle_t* handle, const char* table, const zel_db_content_values_t* values,
                   const char* where, const _zel_db_param_t* params, int nparams, int64_t* updated) {
+  const Side ours(false);
   Call call{.op = "update", .table = shown(table), .where = shown(where), .params = shown(params, nparams)};
   call.puts = puts_of(values);
   return run_write(std::move(call), updated, [=](int64_t* rows) {
@@ -342,6 +375,7 @@ int zel_db_update(_zel_db_handle_t* handle, const char* table, const zel_db_cont
 
 int zel_db_delete(_zel_db_handle_t* handle, const char* table, const char* where,
                   const _zel_db_param_t* params, int nparams, int64_t* deleted) {
+  const Side ours(false);
   Call call{.op = "delete", .table = shown(table), .where = shown(where), .params = shown(params, nparams)};
   return run_write(std::move(call), deleted, [=](int64_t* rows) {
     return ZELDB_NEXT(zel_db_delete)(handle, table, where, params, nparams, rows);
@@ -349,12 +383,14 @@ int zel_db_delete(_zel_db_handle_t* handle, const char* table, const char* where
 }
 
 zel_db_content_values_t* zel_db_get_content_values(_zel_db_handle_t* handle) {
+  const Side ours(false);
   return run_create({.op = "get_content_values"}, &state().values,
                     [=] { return ZELDB_NEXT(zel_db_get_content_values)(handle); });
 }
 
 #define ZELDB_SHIM_PUT(kind, type)                                                                 \
   int zel_db_content_put_##kind(zel_db_content_values_t* values, const char* column, type value) { \
+    const Side ours(false);                                                                        \
     return run_put(values, #kind " " + shown(column) + "=" + shown(value),                         \
                    [=] { return ZELDB_NEXT(zel_db_content_put_##kind)(values, column, value); });  \
   }
@@ -366,17 +402,20 @@ ZELDB_SHIM_PUT(short_uint, uint16_t)
 ZELDB_SHIM_PUT(uchar, uint8_t)
 
 int zel_db_content_put_null(zel_db_content_values_t* values, const char* column) {
+  const Side ours(false);
   return run_put(values, "null " + shown(column),
                  [=] { return ZELDB_NEXT(zel_db_content_put_null)(values, column); });
 }
 
 void zel_db_content_clear(zel_db_content_values_t* values) {
+  const Side ours(false);
   const Locked now;
   if (now->values.contains(values)) now->values[values].clear();
   ZELDB_NEXT(zel_db_content_clear)(values);
 }
 
 void zel_db_free_content_values(zel_db_content_values_t* values) {
+  const Side ours(false);
   released(state().values, values);
   ZELDB_NEXT(zel_db_free_content_values)(values);
 }

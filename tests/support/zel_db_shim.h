@@ -53,6 +53,14 @@ struct ZelDbShim {
   std::vector<Call> calls(std::string_view op = {});
   std::vector<std::string> texts(std::string_view op = {});
   std::string alive();  // what is not released or was released wrongly, in words
+
+  // The nth call of that kind, of any interface of the platform, and, if so, all that follow are not made
+  // and return kFailed, or null; 0: none. Returns how many there were since the last time. A read is one of
+  // a column; calls that always succeed do not count.
+  enum class Kind { Call, Read };
+  static int fail_calls(Kind kind, int nth, bool and_after = false);
+  static bool call_fails(Kind kind = Kind::Call);
+  static constexpr int kFailed = 77;
 };
 inline ZelDbShim shim() {
   return {};

@@ -31,30 +31,34 @@ const char* condition(const char* column, const char* value) {
   return text.c_str();
 }
 
-bool exists(const char* path) {
-  return fileexist(path);
-}
-
 // After a text that is there already.
 int set_names(int key, const char* before, Buffer* out) {
   if (out != nullptr) std::strcpy(*out, before);
   return zeldb_get_pci_configID(key, out != nullptr ? *out : nullptr);
 }
 
+bool exists(const char* path) {
+  const Side ours(false);
+  const std::string name = path;
+  return under_test([&] { return fileexist(name); });
+}
+
 int settings(int key, const char* prefix, int announced, unsigned short only_flagged, uint16_t* stored,
              Settings* list) {
+  const Side ours(false);
   PCISetting_info* records = nullptr;
   if (list != nullptr) records = static_cast<PCISetting_info*>(std::calloc(20, sizeof(PCISetting_info)));
   std::string text = prefix != nullptr ? prefix : "";
-  const int status =
-      zeldb_get_pci_configSet_list(key, prefix != nullptr ? reinterpret_cast<Bytes>(text.data()) : nullptr,
-                                   announced, records, only_flagged, stored);
+  const auto bytes = prefix != nullptr ? reinterpret_cast<Bytes>(text.data()) : nullptr;
+  const int status = under_test(
+      [&] { return zeldb_get_pci_configSet_list(key, bytes, announced, records, only_flagged, stored); });
   if (list != nullptr) *list = {status == 0 ? *stored : 0U, records};
   return status;
 }
 
 // "ID=VALUE ID=VALUE"; a text that fills its place is not terminated.
 int save(const char* values, int count) {
+  const Side ours(false);
   std::vector<_ZELDB_PCI_ConfigSet_Entry> entries;
   std::istringstream words(values != nullptr ? values : "");
   for (std::string word; words >> word;) {
@@ -63,7 +67,8 @@ int save(const char* values, int count) {
     word.copy(made.SettingID, std::min(end, sizeof(made.SettingID)));
     word.copy(made.PendingValue, sizeof(made.PendingValue), end + 1);
   }
-  return zeldb_save_pci_configSet_list(values != nullptr ? entries.data() : nullptr, count);
+  return under_test(
+      [&] { return zeldb_save_pci_configSet_list(values != nullptr ? entries.data() : nullptr, count); });
 }
 
 }  // namespace
