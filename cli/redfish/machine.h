@@ -138,6 +138,7 @@ Machine read_machine(Mask* mask);
 template <typename Entries>
 std::vector<std::string> uris_of(const Entries& entries) {
   std::vector<std::string> uris;
+  uris.reserve(entries.size());
   for (const auto& entry : entries) uris.push_back(entry.uri);
   return uris;
 }

@@ -203,6 +203,7 @@ int access(const char* path, int mode) noexcept {
 int open(const char* path, int flags, ...) {
   va_list arguments;
   va_start(arguments, flags);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start of this function is not understood.
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
   return with_mapped(path, [=](const char* at) {
