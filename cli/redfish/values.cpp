@@ -128,9 +128,9 @@ Json Day::of(const Machine&, std::string_view, const std::string& text) {
   const std::string form = "0000-00-00";
   const auto fits = [](char c, char wanted) { return wanted == '0' ? is_digit(c) : c == wanted; };
   if (text.size() != form.size() || !std::ranges::equal(text, form, fits)) return nullptr;
-  const int year = std::atoi(text.c_str());
-  const int month = std::atoi(text.c_str() + 5);
-  const int day = std::atoi(text.c_str() + 8);
+  const long year = std::strtol(text.c_str(), nullptr, 10);
+  const long month = std::strtol(text.c_str() + 5, nullptr, 10);
+  const long day = std::strtol(text.c_str() + 8, nullptr, 10);
   const bool is_leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
   if (year == 0 || month < 1 || month > 12) return nullptr;
   const int last = kDays[month - 1] + (month == 2 && is_leap ? 1 : 0);
