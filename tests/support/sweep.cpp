@@ -66,7 +66,7 @@ json rows_of(const Names& tables) {
         std::string row = table;
         for (int column = 1, read = 0; read != 12; ++column) {
           read = zel_db_result_column_text(result, column, text.data(), static_cast<unsigned>(text.size()));
-          if (read != 12) row += read == 0 ? "|" + std::string(text.data()) : "|NULL";
+          if (read != 12) row += "|" + (read == 0 ? text.substr(0, text.find('\0')) : "NULL");
         }
         all.push_back(row);
       }
