@@ -59,7 +59,8 @@ Failure no_export(const std::string& file) {
 
 // SQLite would say less of what is wrong, and wait for a pipe.
 void require_file(const std::string& file) {
-  constexpr std::string_view kStart("SQLite format 3", 16);  // its NUL counts
+  using std::string_view_literals::operator""sv;
+  constexpr std::string_view kStart = "SQLite format 3\0"sv;
   if (read_file(file, kStart.size()) != kStart) throw no_export(file);
 }
 
