@@ -25,9 +25,9 @@ uint8_t sibling(const PropertyDatabase& properties, const char* backplane, const
 }  // namespace
 
 int32_t zeldb_get_bp_drive_count(uint8_t* maxDrives, uint8_t* installedDrives) {
-  if (maxDrives == nullptr || installedDrives == nullptr) return ZELDB_INVALID_ARGUMENT;
   const PropertyDatabase properties;
   if (!properties) return ZELDB_NO_HANDLE;
+  if (maxDrives == nullptr || installedDrives == nullptr) return ZELDB_INVALID_ARGUMENT;
   *maxDrives = 0;
   *installedDrives = 0;
   Result result;

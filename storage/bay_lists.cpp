@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The drives of one kind of bay, from the table that has them.
+#include <cstdlib>
+#include <utility>
+
 #include "db/filter.h"
 #include "db/syslog_info.h"
 #include "storage/disk_list.h"
@@ -17,8 +20,11 @@ constexpr int kPresent = 1;
 constexpr uint32_t k7mmController = 1;
 constexpr uint8_t kSataOnly = 2;
 
-bool read_some(int status, const aim_disk_list_t* list) {
-  return status == ZELDB_OK && list->Count != 0;
+// Whether there are drives. If not, nothing is left in the list.
+bool read_some(int status, aim_disk_list_t* list) {
+  if (status != ZELDB_OK || list->Count != 0) return status == ZELDB_OK;
+  std::free(std::exchange(list->Items, nullptr));
+  return false;
 }
 
 }  // namespace

@@ -84,9 +84,9 @@ int zeldb_get_nvme_drv_funkey(uint32_t location, uint32_t slot, uint32_t* funKey
 }
 
 int zeldb_get_mvl_ctrl_type(uint8_t* type, uint32_t controller) {
-  if (type == nullptr) return ZELDB_INVALID_ARGUMENT;
   const PropertyDatabase properties;
   if (!properties) return ZELDB_NO_HANDLE;
+  if (type == nullptr) return ZELDB_INVALID_ARGUMENT;
   *type = 0;
   const char* const condition =
       controller == 0 ? "propName like \"%mv/0/type\"" : "propName like \"%mv/1/type\"";

@@ -72,7 +72,7 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
         {"repeat", &Transcript::repeat}, {"file", &Transcript::file},     {"trace", &Transcript::trace},
         {"mark", &Transcript::mark},     {"pipe", &Transcript::pipe},     {"result", &Transcript::result},
         {"check", &Transcript::check},   {"faults", &Transcript::faults}, {"sweep", &Transcript::sweep},
-        {"sample", &Transcript::sample}};
+        {"sample", &Transcript::sample}, {"sizes", &Transcript::sizes}};
     const std::string verb = command.substr(0, command.find(' '));
     const auto found = kVerbs.find(verb);
     if (found == kVerbs.end()) return call(command);
@@ -90,6 +90,7 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
   void show(const std::string& select) { seen_ += without_runs("   " + database_.text(select) + "\n"); }
   void fail(const std::string& rule) { faults_.push_back(nlohmann::json::parse(rule).get<Rule>()); }
   void memory(const std::string& size) { allocation_ = std::stoul(size); }
+  void sizes(const std::string& /*none*/) { sizes_ = true; }
   void mark(const std::string& name) { libc().mark(name); }
   void pipe(const std::string& name) {
     libc().mark(name);
@@ -198,6 +199,7 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
   std::string told() {
     std::string all;
     for (const Call& made : shim().calls()) all += told(made);
+    sizes_ = false;
     std::ifstream trace(path("trace"));
     for (std::string line; std::getline(trace, line);) all += "  platform " + line + "\n";
     std::filesystem::remove(path("trace"));
@@ -226,6 +228,8 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
     for (const std::string& put : made.puts) text += ", " + put;
     if (made.op == "raw_query") text += " [" + std::to_string(made.capacity) + "]";
     if (made.op == "update" || made.op == "delete") text += " [" + std::to_string(made.rows) + "]";
+    for (const unsigned size : sizes_ ? made.sizes : std::vector<unsigned>())
+      text += " {" + std::to_string(size) + "}";
     if (made.status != 0) text += " -> " + std::to_string(made.status);
     return text + "\n";
   }
@@ -235,6 +239,7 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
   Database database_{std::get<Engine>(GetParam())};
   std::vector<Rule> faults_;
   size_t allocation_ = 0;
+  bool sizes_ = false;             // of buffers are shown of the next call
   std::set<std::string> columns_;  // shown before
 };
 

@@ -166,6 +166,20 @@ int column_fault(zel_db_result_t* result, Column column) {
   return 0;
 }
 
+unsigned value_of(unsigned size) {
+  return size;
+}
+unsigned value_of(const unsigned* size) {
+  return *size;
+}
+
+void note_size(zel_db_result_t* result, unsigned size) {
+  const Locked now;
+  const LiveResult* const from = live(result);
+  if (from != nullptr && from->stepped == 1 && from->call < now->calls.size())
+    now->calls[from->call].sizes.push_back(size);
+}
+
 template <typename Map, typename Key>
 void released(Map& map, Key key) {
   const Locked now;
@@ -329,6 +343,7 @@ int zel_db_result_reset(zel_db_result_t* result) {
 #define ZELDB_SHIM_READ_SIZED(function, key, type, size_type, size)                 \
   int function(zel_db_result_t* result, key column, type* buffer, size_type size) { \
     const Side ours(false);                                                         \
+    note_size(result, value_of(size));                                              \
     const int fault = column_fault(result, column);                                 \
     return fault != 0 ? fault : ZELDB_NEXT(function)(result, column, buffer, size); \
   }

@@ -41,6 +41,7 @@ struct Call {
   int status{0};
   int64_t rows{0};                  // written by an update or a delete; the id of an insert
   unsigned steps{0};                // taken on the result
+  std::vector<unsigned> sizes{};    // of the buffers for texts and blobs of the first row
   std::vector<std::string> puts{};  // "uint PfaKey=7", "null Pattern", in their order since the last clear
 };
 
