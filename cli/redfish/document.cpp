@@ -60,7 +60,7 @@ std::string columns(const std::string& from) {
 std::string column_of(const char* from) {
   // A path through a row ends with the column; a table may stand before a column.
   const std::string_view path = from;
-  return path.find(' ') == std::string_view::npos && path.size() != 0 && path.front() >= 'a'
+  return path.find(' ') == std::string_view::npos && !path.empty() && path.front() >= 'a'
              ? std::string(last_step(path))
              : std::string(path);
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "cli/redfish/machine.h"
 #include "cli/redfish/tree.h"
@@ -16,10 +17,10 @@ namespace zeldb::cli::redfish {
 
 constexpr uint32_t kWaits = 2;  // the status of a component
 
-// Left out where it does not apply to this part.
+// Left out where it does not apply to this part. By value, as the members of some records are not aligned.
 template <typename Value>
-Json only_if(bool applies, const Value& value) {
-  return applies ? Json(value) : Json::left_out();
+Json only_if(bool applies, Value value) {
+  return applies ? Json(std::move(value)) : Json::left_out();
 }
 
 constexpr bool is_digit(char c) {
