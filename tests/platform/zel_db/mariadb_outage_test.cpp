@@ -10,6 +10,7 @@
 
 #include "tests/platform/zel_db/client.h"
 #include "tests/support/mariadb_server.h"
+#include "tests/support/run_program.h"
 
 namespace zeldb_test {
 namespace {
@@ -179,12 +180,12 @@ TEST_F(MariaDbOutage, TlsPasswordFilesAndRights) {
   const std::string request = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2";
   const std::string signed_by_us = request + " -CA ca.pem -CAkey ca.key -addext basicConstraints=CA:FALSE";
   const std::string commands =
-      "cd " + folder + " && exec 2>openssl.log && " + request +
-      " -subj /CN=ca -keyout ca.key -out ca.pem && " + request +
+      "cd " + folder + " && " + request + " -subj /CN=ca -keyout ca.key -out ca.pem && " + request +
       " -subj /CN=other -keyout other.key -out other.pem && " + signed_by_us +
       " -subj /CN=us -keyout our.key -out our.pem && " + signed_by_us +
       " -subj /CN=it -keyout its.key -out its.pem -addext subjectAltName=IP:127.0.0.1,IP:0.0.0.0";
-  ASSERT_EQ(std::system(commands.c_str()), 0) << content_of(folder + "/openssl.log");
+  const Outcome made_certificates = run_program({.argv = {"/bin/sh", "-c", commands}});
+  ASSERT_EQ(made_certificates.exit_status, 0) << made_certificates.err;
   const std::vector<std::string> options = {
       "--port=" + std::to_string(made.port()), "--bind-address=127.0.0.1", "--ssl-ca=" + folder + "/ca.pem",
       "--ssl-cert=" + folder + "/its.pem", "--ssl-key=" + folder + "/its.key"};
