@@ -179,8 +179,8 @@ ZELDB_API int zeldb_get_ctrl_slot(uint32_t deviceId, uint32_t subDeviceId, uint8
 ZELDB_API int zeldb_get_nvme_drv_funkey(uint32_t location, uint32_t slot, uint32_t* funKey);
 
 /* The type of the M.2 (controller 0) or 7 mm (any other) controller from the property database, 0 when it is
- * not recorded. ZELDB_NO_HANDLE, and the type left alone, when that cannot be opened, which is looked at before
- * the argument. */
+ * not recorded. ZELDB_NO_HANDLE, and the type left alone, when that cannot be opened, which is looked at
+ * before the argument. */
 ZELDB_API int zeldb_get_mvl_ctrl_type(uint8_t* type, uint32_t controller);
 
 /* Slots and function keys of the on-board storage controllers, side by side. *count: in, how many fit, which
