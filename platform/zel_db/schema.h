@@ -62,7 +62,7 @@ std::span<const Family> families();
 // Whether the table of that name has the column _id.
 bool has_row_ids(std::string_view name);
 // The kind of a table's column, whose name may be in letters of either case; none if there is no such column.
-std::optional<Kind> kind_of(std::string_view table, std::string_view column);
+std::optional<Kind> kind_of(std::string_view table_name, std::string_view name);
 inline bool has_column(std::string_view table, std::string_view column) {
   return kind_of(table, column).has_value();
 }

@@ -211,6 +211,14 @@ int open(const char* path, int flags, ...) {
   });
 }
 
+// What a fortified program calls instead.
+int __open_2(const char* path, int flags) {
+  return open(path, flags, 0);
+}
+int __open64_2(const char* path, int flags) {
+  return open(path, flags, 0);
+}
+
 #if ZELDB_SHIM_ALLOCATIONS
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);

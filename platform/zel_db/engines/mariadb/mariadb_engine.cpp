@@ -120,13 +120,12 @@ std::optional<std::string> read_password(const std::string& path, std::string* e
   struct stat found {};
   char line[512];
   ssize_t size = -1;
-  if (fd < 0 || fstat(fd, &found) != 0) {
-    *error = std::generic_category().message(errno);
-  } else if (!S_ISREG(found.st_mode)) {
+  const bool is_found = fd >= 0 && fstat(fd, &found) == 0;
+  if (is_found && !S_ISREG(found.st_mode)) {
     *error = "it is not a file";
-  } else if ((found.st_mode & S_IRWXO) != 0) {
+  } else if (is_found && (found.st_mode & S_IRWXO) != 0) {
     *error = "everybody may use it";
-  } else if (size = read(fd, line, sizeof line); size < 0) {
+  } else if (!is_found || (size = read(fd, line, sizeof line)) < 0) {
     *error = std::generic_category().message(errno);
   }
   if (fd >= 0) close(fd);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
 
 #include "zel_db/sql/tokens.h"
 
@@ -159,7 +160,7 @@ int SqlitePrepared::run(std::span<const Value> values, Result* rows, Outcome* ou
 
 }  // namespace
 
-FileVersion::FileVersion(const std::string& file) : path(file) {
+FileVersion::FileVersion(std::string file) : path(std::move(file)) {
   stat(path.c_str(), &found);
 }
 

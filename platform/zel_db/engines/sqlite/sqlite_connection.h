@@ -27,7 +27,7 @@ using SqliteStatement = std::unique_ptr<sqlite3_stmt, FinalizeSqlite>;
 
 // What is in a database file, as far as can be told without reading it.
 struct FileVersion {
-  explicit FileVersion(const std::string& path);
+  explicit FileVersion(std::string file);
   // Another connection writes, or has written, since.
   bool has_changed() const;
 
