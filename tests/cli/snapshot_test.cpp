@@ -268,7 +268,7 @@ TEST_P(Snapshot, MasksAllButWhatIsListed) {
   for (const char* column : {"Choices", "Message", "UpdateErrString"})
     EXPECT_TRUE(listed.insert(column).second);
   const auto planted = [&columns](const std::string& column) {
-    const std::string word = "zq" + std::to_string(1000 + columns.size()) + "p";
+    std::string word = "zq" + std::to_string(1000 + columns.size()) + "p";
     columns[word] = column;
     return word;
   };
