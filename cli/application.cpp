@@ -86,7 +86,7 @@ int flush_output() {
 int run(int argc, char** argv) {
   // A write that fails for these reasons is told like any other.
   for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
-  std::setlocale(LC_CTYPE, "C.UTF-8");  // the widths of characters; nothing is translated
+  std::setlocale(LC_CTYPE, "");  // which characters a table may have; nothing is translated
   int status = kFailed;
   try {
     status = parse_and_run(argc, argv);

@@ -124,4 +124,9 @@ std::string place_text(const Place& place) {
   return std::to_string(place.location) + ":" + std::to_string(place.number);
 }
 
+std::optional<Place> place_of(const std::string& text) {
+  Place place{};
+  return parse_place(text, place) ? std::optional(place) : std::nullopt;
+}
+
 }  // namespace zeldb::cli

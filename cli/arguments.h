@@ -57,6 +57,8 @@ void exclude_each_other(const std::vector<CLI::Option*>& options);
 
 std::string key_text(uint32_t key);
 std::string place_text(const Place& place);
+// Nothing for a text that is no place.
+std::optional<Place> place_of(const std::string& text);
 
 }  // namespace zeldb::cli
 

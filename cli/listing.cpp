@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "cli/arguments.h"
@@ -25,6 +26,9 @@ struct Listing::State {
   bool as_json = false;
   bool as_raw = false;
   bool no_headings = false;
+  bool is_wide = false;
+  bool as_tree = false;
+  std::function<std::string(const View& view, const Row& row)> branch;
   bool masked = false;
   std::vector<std::string> output;
   std::string snapshot;
@@ -70,7 +74,7 @@ const View& chosen_view(const Listing::State& state) {
   return registry()[state.first];
 }
 
-size_t place_of(const View& view, const std::string& key) {
+size_t column_at(const View& view, const std::string& key) {
   for (size_t place = 0; place < view.columns.size(); ++place) {
     if (strcasecmp(view.columns[place].key, key.c_str()) == 0) return place;
   }
@@ -82,7 +86,7 @@ std::vector<size_t> chosen_columns(const Listing::State& state, const View& view
   std::vector<size_t> places;
   const bool is_all = state.output.size() == 1 && state.output.front() == "all";
   if (!state.output.empty() && !is_all) {
-    for (const std::string& key : state.output) places.push_back(place_of(view, key));
+    for (const std::string& key : state.output) places.push_back(column_at(view, key));
     return places;
   }
   for (size_t place = 0; place < view.columns.size(); ++place) {
@@ -91,14 +95,27 @@ std::vector<size_t> chosen_columns(const Listing::State& state, const View& view
   return places;
 }
 
-Table table_of(const View& view, const std::vector<size_t>& places, std::vector<Row> rows) {
+Table table_of(const View& view, const std::vector<size_t>& places, const std::vector<Row>& rows) {
   Table table;
   for (const size_t place : places) table.columns.push_back(view.columns[place]);
-  for (Row& row : rows) {
+  for (const Row& row : rows) {
     Row& shown = table.rows.emplace_back();
     for (const size_t place : places) shown.push_back(row[place]);
   }
   return table;
+}
+
+// What has been left out is for the eye alone, like the reason for it.
+void say_hidden(const std::vector<std::string>& hidden) {
+  if (hidden.empty()) return;
+  std::string names;
+  for (const std::string& name : hidden) names += (names.empty() ? "" : ", ") + name;
+  std::fflush(stdout);
+  std::fprintf(stderr, "zeldb: no room for %s (--wide shows all)\n", names.c_str());
+}
+
+void print(const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 void show(const Listing::State& state) {
@@ -106,11 +123,22 @@ void show(const Listing::State& state) {
   const std::vector<size_t> places = chosen_columns(state, view);
   if (!state.snapshot.empty()) use_snapshot(state.snapshot);
   Mask mask;
-  const Table table = table_of(view, places, read_rows(view, state.masked ? &mask : nullptr));
-  const std::string text = state.as_json  ? as_json(table)
-                           : state.as_raw ? as_raw(table, !state.no_headings)
-                                          : as_table(table, {!state.no_headings, terminal()});
-  std::fwrite(text.data(), 1, text.size(), stdout);
+  const std::vector<Row> rows = read_rows(view, state.masked ? &mask : nullptr);
+  Table table = table_of(view, places, rows);
+  if (state.as_tree) {
+    for (const Row& row : rows) table.branches.push_back(state.branch(view, row));
+  }
+  if (state.as_json || state.as_raw) {
+    print(state.as_json ? as_json(table) : as_raw(table, !state.no_headings));
+    return;
+  }
+  Terminal screen = terminal();
+  if (state.is_wide) screen.width = 0;
+  const PrintedTable printed = as_table(
+      table,
+      {.has_headings = !state.no_headings, .terminal = screen, .keeps_columns = !state.output.empty()});
+  print(printed.text);
+  say_hidden(printed.hidden);
 }
 
 void add_options(CLI::App& app, Listing::State& state) {
@@ -120,6 +148,8 @@ void add_options(CLI::App& app, Listing::State& state) {
   CLI::Option* raw = app.add_flag(
       "--raw", state.as_raw, "Fields separated by tabs, numbers as they are, \\x1b for control characters");
   CLI::Option* headings = app.add_flag("--no-headings", state.no_headings, "No line of headings");
+  CLI::Option* wide =
+      app.add_flag("--wide", state.is_wide, "Whole texts and all columns, however wide the lines");
   exclude_each_other({json, raw});
   CLI::Option* output = app.add_option("--output", state.output, "The columns to show; all for every one")
                             ->delimiter(',')
@@ -128,7 +158,7 @@ void add_options(CLI::App& app, Listing::State& state) {
   CLI::Option* masked = app.add_flag("--mask", state.masked, kMaskHelp);
   CLI::Option* from = app.add_option("--from", state.snapshot, "Read a file that zeldb export has written")
                           ->type_name("FILE");
-  for (CLI::Option* option : {json, raw, headings, output, masked, from}) option->group(kGroup);
+  for (CLI::Option* option : {json, raw, headings, wide, output, masked, from}) option->group(kGroup);
 }
 
 }  // namespace
@@ -167,8 +197,17 @@ std::vector<Row> read_rows(const View& view, Mask* mask) {
   return rows;
 }
 
+const Value& value_of(const View& view, const Row& row, std::string_view key) {
+  const auto column = std::ranges::find(view.columns, key, &Column::key);
+  return row.at(static_cast<size_t>(column - view.columns.begin()));
+}
+
 std::string name_of(const View& view) {
   return view.option.empty() ? view.command : view.command + " " + view.option;
+}
+
+std::string schema_name_of(const View& view) {
+  return view.command + (view.option.empty() ? "" : view.option.substr(1));
 }
 
 Listing::Listing(CLI::App& app) : app_(app), state_(std::make_shared<State>()) {
@@ -188,6 +227,13 @@ Listing& Listing::without(const std::vector<CLI::Option*>& options) {
 
 Listing& Listing::note(const std::string& text) {
   state_->note = text;
+  return *this;
+}
+
+Listing& Listing::tree(const std::string& help,
+                       std::function<std::string(const View& view, const Row& row)> branch) {
+  state_->branch = std::move(branch);
+  app_.add_flag("--tree", state_->as_tree, help);
   return *this;
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -33,6 +34,10 @@ struct View {
 // The views of all commands, in their order. The name of a view is the command's, or "ports --logical".
 const std::vector<View>& views();
 std::string name_of(const View& view);
+// What the schema calls it: "ports --logical" is no name for a reference, "ports-logical" is.
+std::string schema_name_of(const View& view);
+// Of a column of the view, by its key.
+const Value& value_of(const View& view, const Row& row, std::string_view key);
 // The rows of a view, masked when there is a mask.
 std::vector<Row> read_rows(const View& view, Mask* mask);
 
@@ -57,6 +62,9 @@ class Listing {
   Listing& without(const std::vector<CLI::Option*>& options);
   // What stands below the columns in the help text.
   Listing& note(const std::string& text);
+  // An option by which a table shows the rows as a tree; branch tells of a row of the first view what it
+  // hangs on, or nothing.
+  Listing& tree(const std::string& help, std::function<std::string(const View& view, const Row& row)> branch);
   // Runs before the listing is shown, and has it shown by calling its argument.
   Listing& around(std::function<void(const std::function<void()>& show)> command);
 

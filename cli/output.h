@@ -4,6 +4,7 @@
 #ifndef CLI_OUTPUT_H
 #define CLI_OUTPUT_H
 
+#include <string>
 #include <vector>
 
 #include "cli/column.h"
@@ -16,18 +17,27 @@ constexpr int kFormatVersion = 1;
 struct Table {
   std::vector<Column> columns;
   std::vector<Row> rows;  // a value for each column
+  // For each row the name of the branch that it hangs on in a tree, or empty; none: a plain table.
+  std::vector<std::string> branches{};
 };
 
 struct TableStyle {
   bool has_headings = true;
   Terminal terminal{};
+  bool keeps_columns = false;  // those that were asked for by name stay where a line runs over
 };
 
-// A value as a table shows it.
+// A value as a table shows it, with characters beyond ASCII.
 std::string cell_of(const Column& column, const Value& value);
 
-// Aligned columns. On a terminal, texts are cut until a line fits.
-std::string as_table(const Table& table, const TableStyle& style);
+struct PrintedTable {
+  std::string text;
+  std::vector<std::string> hidden;  // headings of columns for which the terminal has no room
+};
+
+// Aligned columns; ASCII alone unless the locale is of UTF-8. On a terminal texts are cut to what is left of
+// the line, but not below 20 places; then columns are left out, minor ones first, from the right.
+PrintedTable as_table(const Table& table, const TableStyle& style);
 
 // Fields separated by tabs; numbers as they are, control characters and backslashes escaped.
 std::string as_raw(const Table& table, bool has_headings);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/terminal.h"
 
+#include <langinfo.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -29,6 +30,10 @@ Terminal terminal() {
   if (isatty(STDOUT_FILENO) == 0) return {};
   return {.width = terminal_width(),
           .has_colour = variable("NO_COLOR").empty() && variable("TERM") != "dumb"};
+}
+
+bool prints_utf8() {
+  return std::string(nl_langinfo(CODESET)) == "UTF-8";
 }
 
 }  // namespace zeldb::cli

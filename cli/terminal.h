@@ -13,6 +13,8 @@ struct Terminal {
 };
 
 Terminal terminal();
+// Whether the locale has more than ASCII.
+bool prints_utf8();
 
 }  // namespace zeldb::cli
 

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/text.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cwchar>
 
 namespace zeldb::cli {
 
@@ -43,11 +41,6 @@ bool steers_a_terminal(char32_t code) {
          (code >= 0x2066 && code <= 0x2069);
 }
 
-size_t width_of(char32_t code) {
-  const int width = wcwidth(static_cast<wchar_t>(code));
-  return width >= 0 ? static_cast<size_t>(width) : 1;
-}
-
 }  // namespace
 
 std::string printable(std::string_view text, Escape escape) {
@@ -57,7 +50,7 @@ std::string printable(std::string_view text, Escape escape) {
     const Character character = first_character(text);
     if (!character.valid) {
       shown += kReplacement;
-    } else if (steers_a_terminal(character.code)) {
+    } else if (steers_a_terminal(character.code) || (escape == Escape::Ascii && character.code >= 0x80)) {
       char code[16];
       std::snprintf(code, sizeof(code), character.code < 0x100 ? "\\x%02x" : "\\u%04x",
                     static_cast<unsigned>(character.code));
@@ -71,27 +64,14 @@ std::string printable(std::string_view text, Escape escape) {
   return shown;
 }
 
-size_t width_of(std::string_view text) {
-  size_t width = 0;
-  while (!text.empty()) {
-    const Character character = first_character(text);
-    width += width_of(character.code);
-    text.remove_prefix(character.length);
-  }
-  return width;
-}
-
-std::string cut(const std::string& text, size_t width) {
-  if (width_of(text) <= width) return text;
-  std::string_view rest = text;
+std::string cut(const std::string& text, size_t characters) {
   size_t taken = 0;
-  while (true) {
-    const Character character = first_character(rest);
-    taken += width_of(character.code);
-    if (taken + 1 > width) break;
-    rest.remove_prefix(character.length);
+  size_t kept = 0;  // bytes before the ellipsis
+  for (std::string_view rest = text; !rest.empty(); rest.remove_prefix(first_character(rest).length)) {
+    if (++taken == characters) kept = text.size() - rest.size();
+    if (taken > characters) return text.substr(0, kept) + kEllipsis;
   }
-  return text.substr(0, text.size() - rest.size()) + kEllipsis;
+  return text;
 }
 
 }  // namespace zeldb::cli

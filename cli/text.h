@@ -11,14 +11,12 @@ namespace zeldb::cli {
 
 // Terminal: what would steer a terminal is shown as \x1b; bytes that are no UTF-8 become U+FFFD.
 // Raw: the same, and a backslash as \\.
-enum class Escape { Terminal, Raw };
+// Ascii: as Terminal, but what is not ASCII is shown as \xe4 or \u20ac.
+enum class Escape { Terminal, Raw, Ascii };
 std::string printable(std::string_view text, Escape escape);
 
-// How many places of a terminal a printable text takes.
-size_t width_of(std::string_view text);
-
-// The text, or as much of it as leaves room for the ellipsis that ends it. width is at least 1.
-std::string cut(const std::string& text, size_t width);
+// The text, or as many of its characters as leave room for the ellipsis that ends it.
+std::string cut(const std::string& text, size_t characters);
 
 }  // namespace zeldb::cli
 

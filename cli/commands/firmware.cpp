@@ -18,7 +18,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Location, "LOC", "0 on the system board, 1 in a slot"),
     ZELDB_COLUMN(R, SlotNo, "SLOT", "Number of the slot"),
     ZELDB_COLUMN(R, DeviceName, "DEVICE", "Name of the device"),
-    whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id by which updates know the component")),
+    minor(whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id by which updates know the component"))),
     whole(ZELDB_COLUMN(R, VersionString, "VERSION", "Version that runs")),
     whole(ZELDB_COLUMN(R, PendingVersionString, "PENDING", "Version that waits for its activation")),
     ZELDB_COLUMN(R, UpdateErrString, "ERROR", "Why an update failed"),

@@ -30,8 +30,8 @@ constexpr Column kColumns[] = {
     INFO_COLUMN(SlotNo, "SLOT", "Number of the slot"),
     hex(INFO_COLUMN(VendorId, "VENDOR", "PCI vendor id")),
     hex(INFO_COLUMN(DeviceId, "DEVICE", "PCI device id")),
-    hex(INFO_COLUMN(SubVendorId, "SUBVENDOR", "PCI subsystem vendor id")),
-    hex(INFO_COLUMN(SubDeviceId, "SUBDEVICE", "PCI subsystem id")),
+    minor(hex(INFO_COLUMN(SubVendorId, "SUBVENDOR", "PCI subsystem vendor id"))),
+    minor(hex(INFO_COLUMN(SubDeviceId, "SUBDEVICE", "PCI subsystem id"))),
     hex(INFO_COLUMN(ClsCode, "CLASS", "Base class, subclass, programming interface"), 6),
     ZELDB_COLUMN(Function, CardName, "CARD", "Name of the card"),
     extra(INFO_COLUMN(SlotDesignation, "DESIGNATION", "Name of the slot")),
@@ -174,6 +174,12 @@ std::vector<Packaging> read_packaging(const std::vector<uint32_t>& keys) {
   return rows;
 }
 
+std::string bridge_above(const View& view, const Row& row) {
+  const auto number = [&](const char* key) { return std::get<uint64_t>(value_of(view, row, key)); };
+  if (number("BridgeId") == 0) return {};
+  return "segment " + std::to_string(number("SegNo")) + ", bridge " + std::to_string(number("BridgeId"));
+}
+
 }  // namespace
 
 void setup_functions(CLI::App& app) {
@@ -195,7 +201,8 @@ void setup_functions(CLI::App& app) {
       .view("--packaging", "How functions are packaged", kPackagingColumns,
             [options] { return read_packaging(chosen_keys(*options)); })
       .view("--nvme", "NVMe drives of known makers that sit in slots", kColumns, read_drive_functions)
-      .without(choices);
+      .without(choices)
+      .tree("The functions below the bridges that they are behind", bridge_above);
 }
 
 }  // namespace zeldb::cli

@@ -17,7 +17,7 @@ using R = _ZELDB_Memory;
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, SlotNo, "SLOT", "Number of the slot"),
     ZELDB_COLUMN(R, DevLocator, "LOCATOR", "Name of the slot"),
-    ZELDB_COLUMN(R, BankLocator, "BANK", "Name of the bank"),
+    minor(ZELDB_COLUMN(R, BankLocator, "BANK", "Name of the bank")),
     ZELDB_COLUMN(R, MemSize, "MIB", "Size in MiB"),
     ZELDB_COLUMN(R, ClockSpeed, "MT/S", "Configured speed in MT/s"),
     ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it"),

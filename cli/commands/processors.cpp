@@ -12,14 +12,14 @@ using R = _ZELDB_Processor;
 
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Socket, "SOCKET", "Where it sits"),
-    ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it"),
+    minor(ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it")),
     ZELDB_COLUMN(R, Version, "MODEL", "Model and version, as the processor reports it"),
     ZELDB_COLUMN(R, CoreCount, "CORES", "Cores that it has"),
     ZELDB_COLUMN(R, CoreEnabled, "ENABLED", "Cores that are enabled"),
     ZELDB_COLUMN(R, ThreadCount, "THREADS", "Threads of all cores"),
     ZELDB_COLUMN(R, MaxSpeed, "MAX MHZ", "Highest clock rate in MHz"),
     ZELDB_COLUMN(R, CurSpeed, "MHZ", "Clock rate in MHz"),
-    ZELDB_COLUMN(R, NodeIndex, "NODE", "Node that it belongs to"),
+    minor(ZELDB_COLUMN(R, NodeIndex, "NODE", "Node that it belongs to")),
     extra(ZELDB_COLUMN(R, _id, "ID", "Row of the table")),
     extra(ZELDB_COLUMN(R, ProcId, "CPUID", "Signature and features")),
     extra(ZELDB_COLUMN(R, ProcType, "TYPE", "SMBIOS processor type")),

@@ -45,27 +45,30 @@ Json rows_of(const View& view) {
   return {{"type", "object"}, {"additionalProperties", false}, {"properties", properties}};
 }
 
-// "ports --logical" is no name for a reference.
-std::string definition_name(const View& view) {
-  return view.command + (view.option.empty() ? "" : view.option.substr(1));
-}
-
 void print_schema() {
   Json definitions = Json::object();
   Json kinds = Json::array();
   for (const View& view : views()) {
-    const std::string name = definition_name(view);
+    const std::string name = schema_name_of(view);
     definitions[name] = rows_of(view);
     kinds.push_back({{"$ref", "#/$defs/" + name}});
   }
   const Json rows = {{"type", "array"}, {"items", {{"anyOf", kinds}}}};
-  const Json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
-                       {"title", "What zeldb prints with --json"},
-                       {"type", "object"},
-                       {"additionalProperties", false},
-                       {"required", {"format_version", "rows"}},
-                       {"properties", {{"format_version", {{"const", kFormatVersion}}}, {"rows", rows}}},
-                       {"$defs", definitions}};
+  const Json schema = {
+      {"$schema", "https://json-schema.org/draft/2020-12/schema"},
+      {"title", "What zeldb prints with --json"},
+      {"type", "object"},
+      {"additionalProperties", false},
+      {"required", {"format_version"}},
+      {"oneOf", {{{"required", {"rows"}}}, {{"required", {"listings"}}}}},
+      {"properties",
+       {{"format_version", {{"const", kFormatVersion}}},
+        {"rows", rows},
+        {"listings",
+         {{"type", "object"},
+          {"description", "What show prints: what listings have of one place, by their names"},
+          {"additionalProperties", {{"$ref", "#"}}}}}}},
+      {"$defs", definitions}};
   std::puts(schema.dump(1).c_str());
 }
 

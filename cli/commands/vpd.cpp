@@ -20,12 +20,12 @@ struct Product {
 constexpr Column kColumns[] = {
     hex(ZELDB_COLUMN(Product, FunKey, "FUNCTION", "Key of the function")),
     VPD_COLUMN(ProductName, "PRODUCT", "Name of the product"),
-    VPD_COLUMN(Manufacture, "MAKER", "Who made it"),
+    minor(VPD_COLUMN(Manufacture, "MAKER", "Who made it")),
     VPD_COLUMN(Model, "MODEL", "Model"),
     VPD_COLUMN(PartNo, "PART", "Part number"),
     VPD_COLUMN(FRUNo, "FRU", "Number by which it is replaced"),
     whole(VPD_COLUMN(SerialNo, "SERIAL", "Serial number")),
-    whole(VPD_COLUMN(UUID, "UUID", "Universally unique id")),
+    minor(whole(VPD_COLUMN(UUID, "UUID", "Universally unique id"))),
 };
 #undef VPD_COLUMN
 

@@ -18,7 +18,7 @@ using Texts = std::vector<std::string>;
 
 std::string run_in_shell(const std::string& line, const Texts& env = {}) {
   Program program{.argv = {"sh", "-c", line}, .env = env};
-  program.env.emplace_back("VREL_LOG=/dev/null");
+  program.env.insert(program.env.begin(), {"LC_ALL=C.UTF-8", "VREL_LOG=/dev/null"});
   const Outcome outcome = run_program(program);
   EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
   return outcome.out;
@@ -51,16 +51,25 @@ class Display : public testing::Test {
 TEST_F(Display, FitsATerminalAndNothingElse) {
   const std::string wide = on_terminal("slots", {"COLUMNS=200", "NO_COLOR=1"});
   EXPECT_EQ(wide, run_zeldb({"slots"}, {"COLUMNS=40"}).out);
-  const std::string narrow = on_terminal("slots", {"COLUMNS=90", "NO_COLOR=1"});
-  EXPECT_EQ(longest_line(narrow), 90U) << narrow;
-  EXPECT_NE(narrow.find("Broadcom 57…  "), std::string::npos) << narrow;
-  EXPECT_NE(narrow.find("PHLF7391000A2P0"), std::string::npos) << narrow;  // is never cut
-  EXPECT_LE(longest_line(on_terminal("processors --output all", {"COLUMNS=30"})), 30U);
+  EXPECT_EQ(wide, on_terminal("slots --wide", {"COLUMNS=40", "NO_COLOR=1"}));
+  const std::string narrow = on_terminal("slots", {"COLUMNS=80", "NO_COLOR=1"});
+  EXPECT_EQ(longest_line(narrow), 80U) << narrow;
+  for (const char* whole : {"Broadcom 57416 10GBAS", "PHLF7391000A2P0", "94.07.5B.00.01  OK"})
+    EXPECT_NE(narrow.find(whole), std::string::npos) << whole << "\n" << narrow;
+  const std::string said = "zeldb: no room for ADDRESS, PORTS (--wide shows all)\n";
+  EXPECT_TRUE(narrow.ends_with(said)) << narrow;
+  EXPECT_EQ(on_terminal("slots --output all", {"COLUMNS=80"}).find("no room"), std::string::npos);
+}
+
+TEST_F(Display, IsAsciiInALocaleWithoutMore) {
+  const std::string tree = run_zeldb({"functions", "--tree"}, {"LC_ALL=C"}).out;
+  EXPECT_NE(tree.find("\n`-01f80000"), std::string::npos) << tree;
+  EXPECT_NE(run_zeldb({"functions", "--tree"}).out.find("\n└─01f80000"), std::string::npos);
 }
 
 TEST_F(Display, ColoursHealthOnATerminalAlone) {
-  const std::string green = "\x1b[32mOK\x1b[0m";
-  const std::string yellow = "\x1b[33mDegraded\x1b[0m";
+  const std::string green = "\x1b[32mOK ";
+  const std::string yellow = "\x1b[33mDegraded";
   const std::string coloured = on_terminal("slots", {"TERM=xterm", "COLUMNS=200", "NO_COLOR="});
   EXPECT_NE(coloured.find(green), std::string::npos) << coloured;
   EXPECT_NE(coloured.find(yellow), std::string::npos) << coloured;
@@ -95,6 +104,8 @@ TEST_P(Bytes, NeitherSteerATerminalNorBreakJson) {
       "a\\x1b[2J\\x0a\\x09\\\\x7f\\x9b\\u202e\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
       "\xEF\xBF\xBDz\xc3\xa4\n";
   EXPECT_EQ(embedded("--mask"), safe);
+  EXPECT_EQ(run_zeldb({"embedded", "--no-headings", "--output", "DeviceName"}, {"LC_ALL=C"}).out,
+            "a\\x1b[2J\\x0a\\x09\\\\x7f\\x9b\\u202e\\ufffd\\ufffd\\ufffd\\ufffd\\ufffdz\\xe4\n");
   std::string raw = safe;
   raw.insert(raw.find("\\\\x7f"), "\\");
   EXPECT_EQ(embedded("--raw"), raw);

@@ -16,7 +16,8 @@ const std::string kFolder = ZELDB_SAMPLES;
 Outcome run_zeldb(std::vector<std::string> arguments, const std::vector<std::string>& env) {
   arguments.insert(arguments.begin(), ZELDB_COMMAND);
   Program program{.argv = arguments, .env = env};
-  program.env.insert(program.env.begin(), {"TZ=UTC", "VREL_LOG=/dev/null", "ZEL_PLATFORM_DIR=" + kFolder});
+  program.env.insert(program.env.begin(),
+                     {"LC_ALL=C.UTF-8", "TZ=UTC", "VREL_LOG=/dev/null", "ZEL_PLATFORM_DIR=" + kFolder});
   return run_program(program);
 }
 
