@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/slots.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <tuple>
 
@@ -29,13 +31,13 @@ struct Shown {
 constexpr Column kColumns[] = {
     SLOT_COLUMN(Location, "LOC", "0 on the system board, 1 an add-in slot"),
     SLOT_COLUMN(SlotNo, "SLOT", "Number of the slot"),
-    whole(SLOT_COLUMN(Address, "ADDRESS", "Segment, bus, device and function of the first function")),
+    minor(whole(SLOT_COLUMN(Address, "ADDRESS", "Segment, bus, device and function of the first function"))),
     SLOT_COLUMN(CardName, "CARD", "Name of the adapter"),
     whole(SLOT_COLUMN(SerialNo, "SERIAL", "Serial number, from the vital product data or the drive")),
-    SLOT_COLUMN(FirmwareVersion, "FIRMWARE", "Version of the firmware component, image or drive"),
+    whole(SLOT_COLUMN(FirmwareVersion, "FIRMWARE", "Version of the firmware component, image or drive")),
     health(SLOT_COLUMN(HealthStatus, "HEALTH", "Health of the adapter")),
     SLOT_COLUMN(PortsUp, "UP", "Network ports with a link"),
-    SLOT_COLUMN(Ports, "PORTS", "Network ports"),
+    minor(SLOT_COLUMN(Ports, "PORTS", "Network ports")),
     extra(hex(ZELDB_COLUMN(Shown, PCIKey, "ADAPTER", "Key of the adapter"), 8)),
     extra(hex(ZELDB_COLUMN(Shown, FunKey, "FUNCTION", "Key of the first function"), 8)),
     extra(SLOT_COLUMN(Functions, "FUNCTIONS", "PCI functions that were found in the slot")),
@@ -43,6 +45,7 @@ constexpr Column kColumns[] = {
 #undef SLOT_COLUMN
 
 using Disks = std::vector<aim_disk_info_t>;
+using Components = std::vector<_ZELDB_PldmFirmware>;
 using PlaceOfSlot = std::tuple<uint8_t, uint16_t>;
 
 constexpr uint8_t kInSlot = 1;  // the locations beyond are bays
@@ -52,28 +55,101 @@ void complete(char (&text)[N], const char (&other)[M]) {
   if (*text == '\0' && std::strcmp(other, "N/A") != 0) copy_text(text, other);
 }
 
+struct Function {
+  uint32_t key;
+  _ZELDB_PCI_Generic_Info info;
+};
+
+// A slot, and what is known of the functions in it.
+struct Slot {
+  R shown;
+  const Function* first = nullptr;  // the one with the lowest key
+  bool may_have_ports = true;       // where nothing is known of functions, too
+};
+using Slots = std::map<PlaceOfSlot, Slot>;
+
+std::vector<uint32_t> keys_by_row() {
+  std::string condition = "1=1";
+  std::string order = "_id";
+  return list_of<_ZELDB_PCI_FunKey_List>("functions", [&](auto* list) {
+    return zeldb_get_pci_funkey_list_by_filter(condition.data(), order.data(), list);
+  });
+}
+
+// One list has the keys, the other one all else, both in the order of their rows: they are joined unless
+// somebody writes meanwhile, or one of them leaves out a row.
+std::vector<Function> read_functions() {
+  const std::vector<uint32_t> keys = keys_by_row();
+  const auto infos = list_of<_ZELDB_PCI_Generic_Info_List>(
+      "functions", [](auto* list) { return zeldb_get_pci_generic_info_list(list, nullptr); });
+  std::vector<Function> functions;
+  if (keys.size() == infos.size() && keys == keys_by_row()) {
+    for (size_t row = 0; row < keys.size(); ++row) functions.push_back({keys[row], infos[row]});
+    return functions;
+  }
+  for (const uint32_t key : keys) {
+    if (const auto info = find_function(key)) functions.push_back({key, *info});
+  }
+  return functions;
+}
+
+bool is_network(const _ZELDB_PCI_Generic_Info& function) {
+  constexpr uint32_t kNetwork = 0x02;
+  constexpr uint32_t kFibreChannel = 0x0C04;
+  constexpr uint32_t kInfiniBand = 0x0C06;
+  const uint32_t subclass = function.ClsCode >> 8U;
+  constexpr uint32_t kNetworkTypes[] = {2, 3};
+  return subclass >> 8U == kNetwork || subclass == kFibreChannel || subclass == kInfiniBand ||
+         std::ranges::find(kNetworkTypes, function.FunType) != std::end(kNetworkTypes);
+}
+
 // Either table may know a slot that the other does not.
-void add_functions(std::map<PlaceOfSlot, R>& slots) {
-  for (const _ZELDB_PCI_Generic_Info& function : list_of<_ZELDB_PCI_Generic_Info_List>(
-           "functions", [](auto* list) { return zeldb_get_pci_generic_info_list(list, nullptr); })) {
-    if (function.Location <= kInSlot) ++slots[{function.Location, function.SlotNo}].Functions;
+void add_functions(Slots& slots, const std::vector<Function>& functions) {
+  for (const Function& function : functions) {
+    if (function.info.Location > kInSlot) continue;
+    Slot& slot = slots[{function.info.Location, function.info.SlotNo}];
+    if (slot.shown.Functions++ == 0) slot.may_have_ports = false;
+    if (is_network(function.info)) slot.may_have_ports = true;
+    if (slot.first == nullptr || function.key < slot.first->key) slot.first = &function;
   }
 }
 
-void add_adapters(std::map<PlaceOfSlot, R>& slots) {
+void add_adapters(Slots& slots) {
   for (const _ZELDB_PCI_Adapter& adapter : list_of<_ZELDB_PCI_Adapter_List>(
            "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); })) {
-    R& slot = slots[{adapter.Location, adapter.SlotNo}];
+    R& slot = slots[{adapter.Location, adapter.SlotNo}].shown;
     copy_text(slot.Address, pci_address(adapter.SegNo, adapter.BusNo, adapter.DeviceNo, 0));
     copy_text(slot.CardName, adapter.CardName);
+    if (slot.PCIKey != 0) continue;
+    slot.PCIKey = adapter.PCIKey;
+    slot.HealthStatus = adapter.HealthStatus;
   }
+}
+
+// The list of adapters leaves some out.
+void ask_for_adapter(R& slot) {
+  if (slot.PCIKey != 0) return;
+  if (zeldb_get_adapter_pcikey_by_slotNo(slot.Location, slot.SlotNo, &slot.PCIKey) == ZELDB_OK)
+    zeldb_get_adapter_health_status(slot.Location, slot.SlotNo, &slot.HealthStatus);
+}
+
+// The only component of the slot, or of two the first that can be updated, or else the first.
+void complete_from_components(R& slot, const Components& components) {
+  std::vector<const _ZELDB_PldmFirmware*> here;
+  for (const _ZELDB_PldmFirmware& component : components) {
+    if (component.Location == slot.Location && component.SlotNo == slot.SlotNo) here.push_back(&component);
+  }
+  if (here.empty() || here.size() > 2) return;
+  const auto updatable = std::ranges::find_if(here, [](const auto* one) { return one->UpdateSupport != 0; });
+  complete(slot.FirmwareVersion, (updatable != here.end() ? *updatable : here.front())->VersionString);
 }
 
 void complete_from_images(R& slot, uint32_t function) {
   uint32_t hardware = 0;
   uint8_t type = 0;
   char version[33] = {};
-  if (zeldb_get_pci_hardwareidtype_by_funkey(function, &hardware, &type) == ZELDB_OK && hardware != 0 &&
+  if (*slot.FirmwareVersion == '\0' &&
+      zeldb_get_pci_hardwareidtype_by_funkey(function, &hardware, &type) == ZELDB_OK && hardware != 0 &&
       zeldb_get_firmware_version(static_cast<int>(hardware), version, sizeof(version) - 1) == ZELDB_OK) {
     complete(slot.FirmwareVersion, version);
   }
@@ -88,22 +164,19 @@ void complete_from_drives(R& slot, uint32_t function, const Disks& drives) {
   }
 }
 
-// What the first function of the slot tells.
-void read_first_function(R& slot, uint32_t key, const Disks& drives) {
-  const auto found = find_function(key);
-  if (!found) return;
-  const _ZELDB_PCI_Generic_Info& function = *found;
-  slot.FunKey = key;
+void complete_from_function(R& slot, const Function& first, const Disks& drives) {
+  const _ZELDB_PCI_Generic_Info& function = first.info;
+  slot.FunKey = first.key;
   copy_text(slot.Address,
             pci_address(function.SegNo, function.BusNo, function.DeviceNo, function.FunctionNo));
   complete(slot.CardName, function.SlotDesignation);
-  if (const auto product = find_product(key)) complete(slot.SerialNo, product->SerialNo);
-  complete_from_images(slot, key);
-  complete_from_drives(slot, key, drives);
+  if (const auto product = find_product(first.key)) complete(slot.SerialNo, product->SerialNo);
+  complete_from_images(slot, first.key);
+  complete_from_drives(slot, first.key, drives);
 }
 
 void count_ports(R& slot) {
-  if (zeldb_get_adapter_pcikey_by_slotNo(slot.Location, slot.SlotNo, &slot.PCIKey) != ZELDB_OK) return;
+  if (slot.PCIKey == 0) return;
   for (const _ZELDB_PhysicalPort& port : list_of<_ZELDB_PhysicalPort_List>(
            "ports of " + key_text(slot.PCIKey),
            [&](auto* list) { return zeldb_get_all_network_physical_port_list(slot.PCIKey, list); },
@@ -111,16 +184,6 @@ void count_ports(R& slot) {
     ++slot.Ports;
     if (port.LinkStatus == 1) ++slot.PortsUp;
   }
-}
-
-void read_slot(R& slot, const Disks& drives) {
-  _ZELDB_PldmFirmware component = {};
-  if (zeldb_get_pldm_firmware(slot.Location, slot.SlotNo, &component, -1, -1) == ZELDB_OK)
-    complete(slot.FirmwareVersion, component.VersionString);
-  const auto functions = functions_in_slot({slot.Location, slot.SlotNo});
-  if (!functions.empty()) read_first_function(slot, functions.front(), drives);
-  count_ports(slot);
-  zeldb_get_adapter_health_status(slot.Location, slot.SlotNo, &slot.HealthStatus);
 }
 
 std::vector<Shown> read_shown() {
@@ -136,17 +199,25 @@ std::vector<Shown> read_shown() {
 
 }  // namespace
 
+// Lists are asked for once and joined here: a controller's tables are slow to be asked slot by slot.
 std::vector<SlotRow> read_slots() {
   require_inventory("slots");
-  std::map<PlaceOfSlot, R> slots;
-  add_functions(slots);
+  Slots slots;
+  const std::vector<Function> functions = read_functions();
+  add_functions(slots, functions);
   add_adapters(slots);
   const Disks drives = read_drives();
+  const Components components = list_of<_ZELDB_PldmFirmware_List>(
+      "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); });
   std::vector<R> rows;
   for (auto& [place, slot] : slots) {
-    std::tie(slot.Location, slot.SlotNo) = place;
-    read_slot(slot, drives);
-    rows.push_back(slot);
+    R& row = slot.shown;
+    std::tie(row.Location, row.SlotNo) = place;
+    ask_for_adapter(row);
+    complete_from_components(row, components);
+    if (slot.first != nullptr) complete_from_function(row, *slot.first, drives);
+    if (slot.may_have_ports) count_ports(row);
+    rows.push_back(row);
   }
   return rows;
 }
