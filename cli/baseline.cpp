@@ -25,7 +25,8 @@ constexpr struct {
               {"part_number", &Part::part_number},
               {"serial_number", &Part::serial_number},
               {"address", &Part::address},
-              {"firmware", &Part::firmware}};
+              {"firmware", &Part::firmware},
+              {"ports_up", &Part::ports_up}};
 
 Json json_of(const Part& part) {
   Json json = Json::object();

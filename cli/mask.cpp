@@ -43,6 +43,7 @@ constexpr struct {
     {"Mfg_default", kValue},
     {"Choices", kText},
     {"Message", kText},
+    {"Finding", kText},
     {"UpdateErrString", kText},
 };
 
@@ -122,6 +123,7 @@ constexpr Unmasked kUnmasked[] = {
     {"GenID", kCode},
     {"Change", kCode},
     {"Kind", kCode},
+    {"Severity", kCode},
     {"Type", kCode},
     {"Defaultaction", kSetting},
     {"RecordId", kSetting},

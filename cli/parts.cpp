@@ -87,14 +87,18 @@ std::string pci_ids(const _ZELDB_PCI_Generic_Info& function) {
   return ids;
 }
 
-std::string first_address(uint32_t adapter) {
+void add_ports(uint32_t adapter, Part& part) {
   const std::string what = "ports of " + key_text(adapter);
-  const auto ports = list_of<_ZELDB_PhysicalPort_List>(
+  auto ports = list_of<_ZELDB_PhysicalPort_List>(
       what, [&](auto* list) { return zeldb_get_all_network_physical_port_list(adapter, list); },
       {ZELDB_NO_MATCH, ZELDB_NO_MORE_ROWS});
-  const auto first =
-      std::ranges::min_element(ports, [](const auto& one, const auto& other) { return one.Idx < other.Idx; });
-  return first != ports.end() ? known(first->PermanentAddress) : "";
+  std::ranges::stable_sort(ports, {}, &_ZELDB_PhysicalPort::Idx);
+  if (!ports.empty()) part.address = known(ports.front().PermanentAddress);
+  for (const _ZELDB_PhysicalPort& port : ports) {
+    const std::string address = known(port.PermanentAddress);
+    if (port.LinkStatus != 1 || address.empty()) continue;
+    part.ports_up += (part.ports_up.empty() ? "" : " ") + address;
+  }
 }
 
 // Of all components in a slot.
@@ -138,7 +142,7 @@ Parts adapters(const Inventory& inventory) {
     part.name = known(slot.CardName);
     part.model = pci_ids(function);
     add_product(key, part);
-    if (function.DevKey != 0) part.address = first_address(function.DevKey);
+    if (function.DevKey != 0) add_ports(function.DevKey, part);
     if (!is_of_drive(inventory, key, slot.FirmwareVersion)) part.firmware = known(slot.FirmwareVersion);
     if (const auto components = firmware.find(part.place); components != firmware.end()) {
       part.firmware.clear();

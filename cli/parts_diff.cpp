@@ -2,8 +2,10 @@
 #include "cli/parts_diff.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "cli/library.h"
 
@@ -67,11 +69,56 @@ Difference difference(const char* change, const Part& part) {
   return row;
 }
 
+// The parts that a serial number tells apart within their list.
+using Known = std::map<std::pair<std::string, std::string>, const Part*>;
+Known known_parts(const std::vector<Part>& parts) {
+  Known known;
+  for (const Part& part : parts) {
+    if (part.serial_number.empty()) continue;
+    const auto [entry, is_new] = known.try_emplace({part.kind, part.serial_number}, &part);
+    if (!is_new) entry->second = nullptr;
+  }
+  return known;
+}
+
 // Walks through both lists at once and puts together what stays to be told.
 class Comparison {
  public:
-  void removed(const Part& part) { add("removed", part); }
-  void added(const Part& part) { add("added", part); }
+  Comparison(const std::vector<Part>& before, const std::vector<Part>& now)
+      : known_before_(known_parts(before)), known_now_(known_parts(now)) {}
+
+  // What was in a place, and what is; null for nothing.
+  void place(const Part* before, const Part* now) {
+    if (before != nullptr && elsewhere(*before, known_before_, known_now_) != nullptr) before = nullptr;
+    if (const Part* const origin = now != nullptr ? elsewhere(*now, known_now_, known_before_) : nullptr) {
+      if (before != nullptr) add("removed", *before);
+      moved(*origin, *now);
+    } else if (before != nullptr && now != nullptr) {
+      both(*before, *now);
+    } else if (before != nullptr || now != nullptr) {
+      add(now != nullptr ? "added" : "removed", now != nullptr ? *now : *before);
+    }
+  }
+
+  std::vector<Difference> rows;
+
+ private:
+  // The same part in the other list, if it sits in another place there.
+  static const Part* elsewhere(const Part& part, const Known& own, const Known& others) {
+    const auto mine = own.find({part.kind, part.serial_number});
+    const auto other = others.find({part.kind, part.serial_number});
+    if (mine == own.end() || mine->second != &part || other == others.end()) return nullptr;
+    const bool is_elsewhere = other->second != nullptr && other->second->place != part.place;
+    return is_elsewhere ? other->second : nullptr;
+  }
+
+  void moved(const Part& before, const Part& now) {
+    if (before.kind == kAdapter) other_adapters_.insert(before.place);
+    if (Difference* const row = add("moved", now)) {
+      const std::string detail = detail_of(before, now);
+      copy_text(row->Detail, "from " + before.place + (detail.empty() ? "" : ", ") + detail);
+    }
+  }
 
   void both(const Part& before, const Part& now) {
     const std::string detail = detail_of(before, now);
@@ -84,9 +131,6 @@ class Comparison {
     if (is_other) copy_text(row->PreviousSerialNo, before.serial_number);
   }
 
-  std::vector<Difference> rows;
-
- private:
   Difference* add(const char* change, const Part& part, bool is_other = true) {
     if (!part.on.empty() && other_adapters_.contains(part.on)) return nullptr;
     // Adapters come before what sits on them.
@@ -94,22 +138,24 @@ class Comparison {
     return &rows.emplace_back(difference(change, part));
   }
 
+  Known known_before_;
+  Known known_now_;
   std::set<std::string> other_adapters_;
 };
 
 }  // namespace
 
 std::vector<Difference> differences(const std::vector<Part>& before, const std::vector<Part>& now) {
-  Comparison comparison;
+  Comparison comparison(before, now);
   auto old_part = before.begin();
   auto new_part = now.begin();
   while (old_part != before.end() || new_part != now.end()) {
     if (new_part == now.end() || (old_part != before.end() && comes_before(*old_part, *new_part))) {
-      comparison.removed(*old_part++);
+      comparison.place(&*old_part++, nullptr);
     } else if (old_part == before.end() || comes_before(*new_part, *old_part)) {
-      comparison.added(*new_part++);
+      comparison.place(nullptr, &*new_part++);
     } else {
-      comparison.both(*old_part++, *new_part++);
+      comparison.place(&*old_part++, &*new_part++);
     }
   }
   return comparison.rows;

@@ -22,6 +22,7 @@ struct Difference {
 
 // Both sorted by comes_before. In the order of the parts:
 //   added, removed
+//   moved     a part with the same serial number that sits elsewhere
 //   replaced  another serial number; where one of the two is not known, another address, model or part number
 //   shrank    the same part with less memory, capacity, cores or bays
 //   changed   the same part with other firmware, or anything else that is known of both and differs

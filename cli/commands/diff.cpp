@@ -19,7 +19,7 @@ namespace {
 using R = Difference;
 
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Change, "CHANGE", "added, removed, replaced, shrank or changed"),
+    ZELDB_COLUMN(R, Change, "CHANGE", "added, removed, moved, replaced, shrank or changed"),
     ZELDB_COLUMN(R, Kind, "KIND",
                  "Kind of part: processor, memory, adapter, gpu, drive, backplane, embedded"),
     whole(ZELDB_COLUMN(R, Place, "PLACE", "Where it sits; an adapter's location and slot")),
