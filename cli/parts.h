@@ -27,7 +27,7 @@ struct Part {
   std::string serial_number{};
   std::string address{};  // of its first port
   std::string firmware{};
-  std::string ports_up{};  // addresses of its ports with a link
+  std::string ports_up{};                   // addresses of its ports with a link
   std::map<std::string, uint64_t> sizes{};  // by what is counted
 };
 

@@ -41,7 +41,7 @@ bool is_cut(const Column& column) {
 }
 
 const char* colour_of(const std::string& health) {
-  static constexpr const char* kColours[] = {nullptr, "green", "yellow", "red"};
+  static constexpr const char* kColours[] = {nullptr, "\x1b[32m", "\x1b[33m", "\x1b[31m"};
   return kColours[static_cast<size_t>(tone_of(health))];
 }
 
