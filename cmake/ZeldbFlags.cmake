@@ -12,6 +12,7 @@ if(ZELDB_SANITIZE)
   add_compile_options(-fsanitize=${ZELDB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZELDB_SANITIZE})
 elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  # Without optimisation the C library fortifies nothing, and warns: a Debug build imports no fortified function.
   target_compile_definitions(zeldb_flags INTERFACE _FORTIFY_SOURCE=2)
 endif()
 if(ZELDB_COVERAGE)
