@@ -13,7 +13,7 @@ namespace zel_db {
 namespace {
 
 // A token of a statement, with the index of the parenthesis around it and that of its scope.
-struct Place : Token {
+struct Term : Token {
   size_t opened = 0;
   size_t scope = 0;
   bool is_assigned = false;  // in "SET ..."
@@ -35,7 +35,7 @@ bool is_one_of(const Token& token, const std::array<std::string_view, N>& words)
 // Takes the tokens of a phrase one by one. The last token is the end.
 class Phrase {
  public:
-  explicit Phrase(std::span<const Place> tokens) : tokens_(tokens) {}
+  explicit Phrase(std::span<const Term> tokens) : tokens_(tokens) {}
 
   const Token& token() const { return tokens_.front(); }
   bool at_end() const { return token().kind == Token::Kind::End; }
@@ -54,7 +54,7 @@ class Phrase {
   bool takes_column_of(std::string_view table) { return has_column(table, take().name()); }
 
  private:
-  std::span<const Place> tokens_;
+  std::span<const Term> tokens_;
 };
 
 // Columns that are compared with placeholders or NULL, and nothing else. An update refuses conversions of
@@ -118,15 +118,14 @@ class Statement {
     bool assigns = false;
   };
 
-  void add(Place place);
-  void take_table(const Place& place, Scope& scope) const;
+  void add(Term term);
+  void take_table(const Term& term, Scope& scope) const;
 
-  Phrase phrase(size_t from) const { return Phrase(std::span(places_).subspan(from)); }
-  const Place& at(size_t i) const { return i < places_.size() ? places_[i] : places_.back(); }
+  Phrase phrase(size_t from) const { return Phrase(std::span(terms_).subspan(from)); }
+  const Term& at(size_t i) const { return i < terms_.size() ? terms_[i] : terms_.back(); }
   // The first token outside of parentheses that is this word; the end if there is none.
   size_t find(std::string_view word) const;
 
-  bool has_sub_select() const;
   bool is_of_one_row() const;
   RowOrder row_order(size_t from) const;
 
@@ -143,7 +142,7 @@ class Statement {
   void describe_operands(Facts& facts) const;
 
   const char* begin_;
-  std::vector<Place> places_;
+  std::vector<Term> terms_;
   std::vector<Scope> scopes_ = std::vector<Scope>(1);
   std::vector<size_t> open_;  // parentheses
   size_t scope_ = 0;
@@ -151,46 +150,42 @@ class Statement {
 
 Statement::Statement(std::string_view sql) : begin_(sql.data()) {
   Tokens tokens(sql);
-  do add(Place{tokens.next()});
-  while (places_.back().kind != Token::Kind::End);
+  do add(Term{tokens.next()});
+  while (terms_.back().kind != Token::Kind::End);
 }
 
-void Statement::add(Place place) {
-  const bool is_inside = !places_.empty() && places_.back().is('(');
-  if (is_inside) open_.push_back(places_.size() - 1);
-  if (is_inside && place.is("select")) {
+void Statement::add(Term term) {
+  const bool is_inside = !terms_.empty() && terms_.back().is('(');
+  if (is_inside) open_.push_back(terms_.size() - 1);
+  if (is_inside && term.is("select")) {
     scopes_.emplace_back().outer = scope_;
     scope_ = scopes_.size() - 1;
   }
-  if (place.is(')') && !open_.empty()) {
-    scope_ = places_[open_.back()].scope;
+  if (term.is(')') && !open_.empty()) {
+    scope_ = terms_[open_.back()].scope;
     open_.pop_back();
   }
-  place.opened = open_.empty() ? kNone : open_.back();
-  place.scope = scope_;
-  take_table(place, scopes_[scope_]);
-  place.is_assigned = scopes_[scope_].assigns;
-  places_.push_back(place);
+  term.opened = open_.empty() ? kNone : open_.back();
+  term.scope = scope_;
+  take_table(term, scopes_[scope_]);
+  term.is_assigned = scopes_[scope_].assigns;
+  terms_.push_back(term);
 }
 
-void Statement::take_table(const Place& place, Scope& scope) const {
+void Statement::take_table(const Term& term, Scope& scope) const {
   const auto names_table = [](const Token& token) { return token.is("from") || token.is("update"); };
-  if (!places_.empty() && names_table(places_.back())) scope.table = place.name();
-  const bool is_further = scope.names_tables && place.is(',');
-  if (names_table(place) || place.is("join") || is_further) ++scope.tables;
-  if (place.is("from")) scope.names_tables = true;
-  if (place.is("set")) scope.assigns = true;
-  if (place.is("where")) scope.names_tables = scope.assigns = false;
+  if (!terms_.empty() && names_table(terms_.back())) scope.table = term.name();
+  const bool is_further = scope.names_tables && term.is(',');
+  if (names_table(term) || term.is("join") || is_further) ++scope.tables;
+  if (term.is("from")) scope.names_tables = true;
+  if (term.is("set")) scope.assigns = true;
+  if (term.is("where")) scope.names_tables = scope.assigns = false;
 }
 
 size_t Statement::find(std::string_view word) const {
   size_t i = 0;
-  while (i + 1 < places_.size() && !(places_[i].depth == 0 && places_[i].is(word))) ++i;
+  while (i + 1 < terms_.size() && !(terms_[i].depth == 0 && terms_[i].is(word))) ++i;
   return i;
-}
-
-bool Statement::has_sub_select() const {
-  return scopes_.size() > 1;
 }
 
 // UPDATE table SET ... WHERE _id=? AND (...)
@@ -208,17 +203,17 @@ RowOrder Statement::row_order(size_t from) const {
   static constexpr std::array<std::string_view, 9> kClosing = {
       "group", "having", "limit", "offset", "union", "except", "intersect", "for", "window"};
   const std::string_view table = at(from + 1).name();
-  const Place& after = at(from + 2);
+  const Term& after = at(from + 2);
   const bool is_one_table = after.kind == Token::Kind::End || after.is("where") || after.is("order");
   const auto is_call = [](const Token& token) { return token.is('('); };
   if (!is_one_table || !has_row_ids(table)) return RowOrder::Fixed;
-  if (std::any_of(places_.begin(), places_.begin() + static_cast<ptrdiff_t>(from), is_call))
+  if (std::any_of(terms_.begin(), terms_.begin() + static_cast<ptrdiff_t>(from), is_call))
     return RowOrder::Fixed;
   bool is_ordered = false;
-  for (size_t i = from + 2; i < places_.size(); ++i) {
-    if (places_[i].depth != 0) continue;
-    if (is_one_of(places_[i], kClosing)) return RowOrder::Fixed;
-    is_ordered |= places_[i].is("order");
+  for (size_t i = from + 2; i < terms_.size(); ++i) {
+    if (terms_[i].depth != 0) continue;
+    if (is_one_of(terms_[i], kClosing)) return RowOrder::Fixed;
+    is_ordered |= terms_[i].is("order");
   }
   if (at(1).is("distinct")) return RowOrder::Distinct;
   const bool is_natural = after.kind == Token::Kind::End ? are_in_no_index(phrase(1), table)
@@ -234,7 +229,7 @@ bool Statement::begins_operand(size_t i) const {
 }
 
 bool Statement::ends_operand(size_t i) const {
-  const Place& after = at(i + 1);
+  const Term& after = at(i + 1);
   return after.kind == Token::Kind::End || after.kind == Token::Kind::Word || after.is(')') ||
          after.is(',') || after.is_comparison();
 }
@@ -278,7 +273,7 @@ size_t Statement::column_beside(size_t first, size_t last) const {
 // Where a number begins with its sign.
 size_t Statement::sign_before(size_t number) const {
   const bool is_touched = number > 1 && at(number - 1).is('-') && at(number - 1).end() == at(number).begin();
-  const Place& before = at(number - 2);
+  const Term& before = at(number - 2);
   const bool is_sign = is_touched && (before.is('(') || before.is(',') || before.is_comparison() ||
                                       before.kind == Token::Kind::Word);
   return is_sign ? number - 1 : number;
@@ -287,9 +282,9 @@ size_t Statement::sign_before(size_t number) const {
 // A name that the table of a select does not have is one of the select around it. Where there are several
 // tables, or an unknown one, nobody knows.
 std::optional<Kind> Statement::kind_of(size_t column) const {
-  if (column == kNone || places_[column].is_assigned) return {};
-  const std::string_view name = places_[column].name();
-  for (size_t i = places_[column].scope;; i = scopes_[i].outer) {
+  if (column == kNone || terms_[column].is_assigned) return {};
+  const std::string_view name = terms_[column].name();
+  for (size_t i = terms_[column].scope;; i = scopes_[i].outer) {
     const Scope& scope = scopes_[i];
     if (scope.tables != 1 || !has_row_ids(scope.table)) return {};
     const std::optional<Kind> kind = zel_db::kind_of(scope.table, name);
@@ -298,24 +293,24 @@ std::optional<Kind> Statement::kind_of(size_t column) const {
 }
 
 void Statement::describe_operands(Facts& facts) const {
-  for (size_t i = 0; i < places_.size(); ++i) {
-    const Place& place = places_[i];
-    if (place.kind == Token::Kind::Placeholder) {
+  for (size_t i = 0; i < terms_.size(); ++i) {
+    const Term& term = terms_[i];
+    if (term.kind == Token::Kind::Placeholder) {
       const std::optional<Kind> kind = kind_of(column_beside(i, i));
       facts.meets_number.push_back(kind == Kind::Integer || kind == Kind::Unsigned64);
-    } else if (place.kind == Token::Kind::Number && ends_operand(i) && reads_as_number(place.text())) {
+    } else if (term.kind == Token::Kind::Number && ends_operand(i) && reads_as_number(term.text())) {
       const size_t first = sign_before(i);
       if (kind_of(column_beside(first, i)) != Kind::Text) continue;
       facts.beside_texts.push_back(
-          {static_cast<size_t>(places_[first].begin() - begin_), static_cast<size_t>(place.end() - begin_)});
+          {static_cast<size_t>(terms_[first].begin() - begin_), static_cast<size_t>(term.end() - begin_)});
     }
   }
 }
 
 Facts Statement::facts() const {
   Facts facts;
-  facts.verb = verb_of(places_.front());
-  facts.has_sub_select = has_sub_select();
+  facts.verb = verb_of(terms_.front());
+  facts.has_sub_select = scopes_.size() > 1;
   if (takes_placeholders(facts.verb)) describe_operands(facts);
   if (facts.verb == Verb::Update) facts.is_of_one_row = is_of_one_row();
   if (facts.verb == Verb::Select) {

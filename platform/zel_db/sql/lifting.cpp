@@ -14,9 +14,6 @@ using Kind = Token::Kind;
 constexpr uint32_t kSigned = 2;
 constexpr uint32_t kUnsigned = 3;
 
-// These begin a comment, a variable, a name and a NULL for one engine and are an error for the other.
-constexpr std::string_view kOfOneEngine = "#@[\\";
-
 class Lifter {
  public:
   Lifter(std::string_view text, Parameters parameters, Literals literals, SqlText& sql, Values& values)
@@ -31,15 +28,11 @@ class Lifter {
   LiftOutcome run();
 
  private:
-  // Takes a token and returns the next one to look at.
-  Token take(const Token& token);
-  Token take_symbol(const Token& symbol);
-  Token take_operand();
-  void take_text(const Token& text);
+  void take(const Token& token);
   void take_placeholder(const Token& placeholder);
   void end_statement(const Token& semicolon);
 
-  void lift_number(const char* from, const char* digits, const char* to);
+  void lift_number(const Token& number);
   Value unquoted(const Token& text);
   void put_placeholder(const char* from, const char* to, const Value& value);
   void leave_out(const Token& comment);
@@ -61,9 +54,10 @@ class Lifter {
 };
 
 LiftOutcome Lifter::run() {
-  Token token = tokens_.next_mark();
-  while (token.kind != Kind::End && outcome_.status == kOk) token = take(token);
-  if (outcome_.status != kOk) return outcome_;
+  while (!tokens_.at_end()) {
+    take(tokens_.next_mark());
+    if (outcome_.status != kOk) return outcome_;
+  }
   if (!outcome_.ended) copy_until(end_);
   if (next_parameter_ != parameters_.size()) {
     fail("the parameters are not as many as the placeholders", kInvalidArgument);
@@ -71,18 +65,26 @@ LiftOutcome Lifter::run() {
   return outcome_;
 }
 
-Token Lifter::take(const Token& token) {
+void Lifter::take(const Token& token) {
   switch (token.kind) {
-    case Kind::Symbol:
-      return take_symbol(token);
     case Kind::Text:
-      take_text(token);
+      if (lifts_) put_placeholder(token.begin(), token.end(), unquoted(token));
+      break;
+    case Kind::Number:
+      if (lifts_) lift_number(token);
       break;
     case Kind::Placeholder:
       take_placeholder(token);
       break;
     case Kind::Comment:
-      leave_out(token);
+      if (lifts_) leave_out(token);
+      break;
+    case Kind::Symbol:
+      if (token.is(';')) {
+        end_statement(token);
+      } else if (lifts_) {
+        fail("a symbol that not every engine knows");
+      }
       break;
     case Kind::Open:
       fail(token.text().front() == '`'   ? "unterminated name"
@@ -92,38 +94,18 @@ Token Lifter::take(const Token& token) {
     default:
       break;
   }
-  return tokens_.next_mark();
-}
-
-Token Lifter::take_symbol(const Token& symbol) {
-  const char c = symbol.text().front();
-  if (c == ';') end_statement(symbol);
-  if (!lifts_) return tokens_.next_mark();
-  if (kOfOneEngine.find(c) != std::string_view::npos) fail("a symbol that not every engine knows");
-  return c == '=' || c == '<' || c == '>' ? take_operand() : tokens_.next_mark();
-}
-
-// What follows a comparison: a number with its sign, or anything else.
-Token Lifter::take_operand() {
-  const Token first = tokens_.next_or_comment();
-  const bool is_signed = first.is('-') || first.is('+');
-  const Token number = is_signed ? tokens_.next_or_comment() : first;
-  if (number.kind != Kind::Number) return number;
-  if (!is_signed || number.begin() == first.end()) lift_number(first.begin(), number.begin(), number.end());
-  return tokens_.next_mark();
 }
 
 // "007" stays in the template: a column of texts tells it from "7".
-void Lifter::lift_number(const char* from, const char* digits, const char* to) {
-  if (*digits == '0' && to - digits > 1) return;
+void Lifter::lift_number(const Token& number) {
+  const bool is_signed = !is_digit(*number.begin());
+  const char* const digits = number.begin() + (is_signed ? 1 : 0);
+  if (*digits == '0' && number.end() - digits > 1) return;
   int64_t value = 0;
-  const auto [end, error] = std::from_chars(*from == '-' ? from : digits, to, value);
-  if (error != std::errc() || end != to) return;
-  put_placeholder(from, to, Value::compared(value));
-}
-
-void Lifter::take_text(const Token& text) {
-  if (lifts_) put_placeholder(text.begin(), text.end(), unquoted(text));
+  const auto [end, error] =
+      std::from_chars(*number.begin() == '-' ? number.begin() : digits, number.end(), value);
+  if (error != std::errc() || end != number.end()) return;
+  put_placeholder(number.begin(), number.end(), Value::compared(value));
 }
 
 void Lifter::take_placeholder(const Token& placeholder) {
@@ -137,7 +119,10 @@ void Lifter::take_placeholder(const Token& placeholder) {
     return fail("unknown parameter type", kInvalidArgument);
   }
   const auto number = parameter.Type == kSigned ? static_cast<int64_t>(static_cast<int32_t>(low)) : low;
-  put_placeholder(placeholder.begin(), placeholder.end(), Value::compared(number));
+  const char* const p = placeholder.begin();
+  const bool is_apart = p != copied_ && !is_word(p[-1]) && p[-1] != '?' && (p + 1 == end_ || !is_word(p[1]));
+  if (!is_apart) return put_placeholder(p, p + 1, Value::compared(number));
+  values_.list.push_back(Value::compared(number));  // the placeholder is copied with the text around it
 }
 
 void Lifter::end_statement(const Token& semicolon) {
@@ -159,28 +144,23 @@ void Lifter::put_placeholder(const char* from, const char* to, const Value& valu
 }
 
 void Lifter::leave_out(const Token& comment) {
-  if (!lifts_) return;
   copy_until(comment.begin());
   sql_.push_back(' ');
   copied_ = comment.end();
 }
 
 Value Lifter::unquoted(const Token& text) {
-  const char quote = text.text().front();
-  const std::string_view inside = text.text().substr(1, text.text().size() - 2);
-  size_t doubled = inside.find(quote);
-  if (doubled == std::string_view::npos) return Value::text_of(inside);
+  const std::string_view inside = text.text().substr(1, text.size - 2);
+  if (!text.has_doubled_quote) return Value::text_of(inside);
 
   if (values_.unquoted.empty()) {
     values_.unquoted.reserve_more(static_cast<size_t>(end_ - text.begin()));  // it never moves
   }
   const size_t start = values_.unquoted.size();
-  size_t kept = 0;
-  for (; doubled != std::string_view::npos; doubled = inside.find(quote, kept)) {
-    values_.unquoted.append(inside.substr(kept, doubled + 1 - kept));
-    kept = doubled + 2;
+  for (const char* p = inside.begin(); p < inside.end(); ++p) {
+    values_.unquoted.push_back(*p);
+    if (*p == *text.begin()) ++p;
   }
-  values_.unquoted.append(inside.substr(kept));
   return Value::text_of(values_.unquoted.view(start));
 }
 

@@ -10,44 +10,14 @@ namespace {
 
 using Kind = Token::Kind;
 
-// What a character may begin.
-enum class Class : uint8_t { Symbol, Blank, Word, Digit, Quote, Backtick };
-
-struct Characters {
-  std::array<Class, 256> classes{};
+constexpr std::array<uint8_t, 256> kMarks = [] {
   std::array<uint8_t, 256> marks{};
-};
-
-constexpr Characters kCharacters = [] {
-  Characters all{};
-  for (size_t i = 0; i < 256; ++i) {
-    const char c = static_cast<char>(i);
-    if (is_blank(c)) all.classes[i] = Class::Blank;
-    if (is_word(c)) all.classes[i] = is_digit(c) ? Class::Digit : Class::Word;
-  }
-  all.classes['"'] = all.classes['\''] = Class::Quote;
-  all.classes['`'] = Class::Backtick;
-  for (const char c : std::string_view("\"'`=<>?-/;()#@[\\:")) all.marks[static_cast<uint8_t>(c)] = 1;
-  return all;
+  for (const char c : std::string_view("\"'`=<>?-/;#@[\\")) marks[static_cast<unsigned char>(c)] = 1;
+  return marks;
 }();
 
-Class class_of(char c) {
-  return kCharacters.classes[static_cast<unsigned char>(c)];
-}
 unsigned mark_of(char c) {
-  return kCharacters.marks[static_cast<unsigned char>(c)];
-}
-
-// Past the closing quote, null when there is none.
-const char* end_of_quoted(const char* begin, const char* end) {
-  const char quote = *begin;
-  for (const char* p = begin + 1; p < end;) {
-    p = static_cast<const char*>(std::memchr(p, quote, static_cast<size_t>(end - p)));
-    if (p == nullptr) return nullptr;
-    if (p + 1 == end || p[1] != quote) return p + 1;
-    p += 2;
-  }
-  return nullptr;
+  return kMarks[static_cast<unsigned char>(c)];
 }
 
 // With the sign of an exponent: 1e-3.
@@ -63,21 +33,45 @@ const char* end_of_number(const char* p, const char* end) {
   return p;
 }
 
+// Past a number with its sign; p if there is none.
+const char* end_of_signed(const char* p, const char* end) {
+  const char* const digits = p < end && (*p == '-' || *p == '+') ? p + 1 : p;
+  if (digits == end || !is_digit(*digits)) return p;
+  const char* rest = digits + 1;
+  while (rest < end && is_digit(*rest)) ++rest;
+  return rest < end && (is_word(*rest) || *rest == '.') ? end_of_number(digits, end) : rest;
+}
+
+// Past a comparison and blanks.
+const char* operand_after(const char* p, const char* end) {
+  do ++p;
+  while (p < end && (*p == '=' || *p == '<' || *p == '>' || is_blank(*p)));
+  return p;
+}
+
+bool begins_comment(const char* p, const char* end) {
+  return end - p > 1 && ((p[0] == '-' && p[1] == '-') || (p[0] == '/' && p[1] == '*'));
+}
+
 bool is_prefix(char c) {
   return std::string_view("xXbBnN").find(c) != std::string_view::npos;
 }
 
 }  // namespace
 
-Token Tokens::token(Kind kind, const char* end) {
-  const char* const start = p_;
-  p_ = end;
-  return {start, static_cast<uint32_t>(end - start), depth_, kind};
-}
-
 Token Tokens::quoted(const char* quote, Kind kind) {
-  const char* const end = end_of_quoted(quote, end_);
-  return end != nullptr ? token(kind, end) : token(Kind::Open, end_);
+  bool has_doubled_quote = false;
+  for (const char* p = quote + 1; p < end_; p += 2) {
+    p = static_cast<const char*>(std::memchr(p, *quote, static_cast<size_t>(end_ - p)));
+    if (p == nullptr) break;
+    if (p + 1 == end_ || p[1] != *quote) {
+      Token text = token(kind, p + 1);
+      text.has_doubled_quote = has_doubled_quote;
+      return text;
+    }
+    has_doubled_quote = true;
+  }
+  return token(Kind::Open, end_);
 }
 
 Token Tokens::word() {
@@ -96,7 +90,6 @@ Token Tokens::comment() {
 }
 
 Token Tokens::symbol() {
-  const char after = end_ - p_ > 1 ? p_[1] : '\0';
   switch (*p_) {
     case '?':
       return token(Kind::Placeholder, p_ + 1);
@@ -109,13 +102,11 @@ Token Tokens::symbol() {
       --depth_;
       break;
     case '-':
-      if (after == '-') return comment();
-      break;
     case '/':
-      if (after == '*') return comment();
+      if (begins_comment(p_, end_)) return comment();
       break;
     case '.':
-      if (is_digit(after)) return token(Kind::Number, end_of_number(p_, end_));
+      if (end_ - p_ > 1 && is_digit(p_[1])) return token(Kind::Number, end_of_number(p_, end_));
       break;
     default:
       break;
@@ -126,18 +117,10 @@ Token Tokens::symbol() {
 Token Tokens::next_or_comment() {
   while (p_ < end_ && is_blank(*p_)) ++p_;
   if (p_ == end_) return token(Kind::End, end_);
-  switch (class_of(*p_)) {
-    case Class::Word:
-      return word();
-    case Class::Digit:
-      return token(Kind::Number, end_of_number(p_, end_));
-    case Class::Quote:
-      return quoted(p_, Kind::Text);
-    case Class::Backtick:
-      return quoted(p_, Kind::Name);
-    default:
-      return symbol();
-  }
+  if (is_digit(*p_)) return token(Kind::Number, end_of_number(p_, end_));
+  if (is_word(*p_)) return word();
+  if (*p_ == '"' || *p_ == '\'') return quoted(p_, Kind::Text);
+  return *p_ == '`' ? quoted(p_, Kind::Name) : symbol();
 }
 
 Token Tokens::next() {
@@ -149,20 +132,38 @@ Token Tokens::next() {
 Token Tokens::next_mark() {
   const char* p = p_;
   const char* const end = end_;
-  while (end - p >= 4 && (mark_of(p[0]) | mark_of(p[1]) | mark_of(p[2]) | mark_of(p[3])) == 0) p += 4;
-  while (p < end && mark_of(*p) == 0) ++p;
-  const auto is_value = [](char c) { return c == '"' || c == '\'' || c == '?'; };
-  if (end - p > 1 && is_value(p[1]) && (*p == '=' || *p == '<' || *p == '>')) ++p;
-  const char* const skipped = p_;
-  p_ = p;
-  if (p == end) return token(Kind::End, end);
-  if (*p == '"') return quoted(p, Kind::Text);
-  if (*p == '`') return quoted(p, Kind::Name);
-  if (*p != '\'') return symbol();
-  // The letter of x'00' has been passed.
-  if (p == skipped || !is_prefix(p[-1]) || (p - 1 != begin_ && is_word(p[-2]))) return quoted(p, Kind::Text);
-  --p_;
-  return quoted(p, Kind::Prefixed);
+  for (;;) {
+    while (end - p >= 4 && (mark_of(p[0]) | mark_of(p[1]) | mark_of(p[2]) | mark_of(p[3])) == 0) p += 4;
+    while (p < end && mark_of(*p) == 0) ++p;
+    const char* const passed = p_;
+    p_ = p;
+    if (p == end) return token(Kind::End, end);
+    if (*p == '"') return quoted(p, Kind::Text);
+    switch (*p) {
+      case '\'':
+        // The letter of x'00' has been passed.
+        if (p == passed || !is_prefix(p[-1]) || (p - 1 != begin_ && is_word(p[-2])))
+          return quoted(p, Kind::Text);
+        --p_;
+        return quoted(p, Kind::Prefixed);
+      case '?':
+        return token(Kind::Placeholder, p + 1);
+      case '=':
+      case '<':
+      case '>':
+        p_ = p = operand_after(p, end);
+        if (p < end && *p == '"') return quoted(p, Kind::Text);  // as it mostly is
+        if (const char* const to = end_of_signed(p, end); to != p) return token(Kind::Number, to);
+        break;
+      case '-':
+      case '/':
+        if (begins_comment(p, end)) return comment();
+        ++p;
+        break;
+      default:
+        return next_or_comment();
+    }
+  }
 }
 
 bool Token::is(std::string_view word) const {

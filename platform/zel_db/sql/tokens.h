@@ -4,6 +4,7 @@
 #ifndef ZEL_DB_SQL_TOKENS_H
 #define ZEL_DB_SQL_TOKENS_H
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,7 @@ struct Token {
   uint32_t size = 0;
   int16_t depth = 0;  // of parentheses around it; a parenthesis is outside of its own pair
   Kind kind = Kind::End;
+  bool has_doubled_quote = false;  // a text
 
   std::string_view text() const { return {start, size}; }  // as it is spelled
   bool is(char symbol) const { return kind == Kind::Symbol && *start == symbol; }
@@ -44,16 +46,21 @@ class Tokens {
  public:
   explicit Tokens(std::string_view text) : begin_(text.data()), p_(begin_), end_(begin_ + text.size()) {}
 
+  bool at_end() const { return p_ == end_; }
   // The next token that is no comment.
   Token next();
   Token next_or_comment();
-  // The same, but skips words, numbers, blanks and the symbols that mean nothing to literals: of comparisons
-  // those that touch a text or a placeholder. Most of a statement is such, and is passed over four characters
-  // at a time.
+  // The next token that matters to literals, without its depth: of the numbers one that follows a comparison,
+  // with its sign, of the symbols ";" and those that only one engine knows. Most of a statement is passed
+  // over, four characters at a time.
   Token next_mark();
 
  private:
-  Token token(Token::Kind kind, const char* end);
+  Token token(Token::Kind kind, const char* end) {
+    const char* const start = p_;
+    p_ = end;
+    return {start, static_cast<uint32_t>(end - start), depth_, kind, false};
+  }
   Token quoted(const char* quote, Token::Kind kind);
   Token comment();
   Token word();
@@ -72,10 +79,15 @@ constexpr bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 // Bytes above 0x7F are letters to both engines.
+inline constexpr std::array<bool, 256> kWordCharacters = [] {
+  std::array<bool, 256> are_of_words{};
+  for (const char c : std::string_view("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_$"))
+    are_of_words[static_cast<unsigned char>(c)] = true;
+  for (size_t byte = 0x80; byte < are_of_words.size(); ++byte) are_of_words[byte] = true;
+  return are_of_words;
+}();
 constexpr bool is_word(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || is_digit(c) || c == '_' ||
-         c == '$' || byte >= 0x80;
+  return kWordCharacters[static_cast<unsigned char>(c)];
 }
 
 bool equal_ignoring_case(std::string_view a, std::string_view b);
