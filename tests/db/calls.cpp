@@ -17,7 +17,7 @@ struct Argument<const zel_db_content_values_t*> {
     zel_db_content_put_uint(values->get(), "SlotNo", 5);
   }
   const zel_db_content_values_t* get() const { return is_null ? nullptr : values->get(); }
-  void show(Seen& /*seen*/) const {}
+  void show(Seen& /*seen*/, const std::string& /*name*/) const {}
   bool is_null;
   std::shared_ptr<zeldb::ContentValues> values = std::make_shared<zeldb::ContentValues>(zeldb::inventory());
 };

@@ -300,11 +300,30 @@ std::string text_of(const Fields& fields, const void* record) {
   return all.empty() ? "nothing" : all;
 }
 
-void Argument<Buffer*>::show(Seen& seen) const {
+void Argument<Buffer*>::show(Seen& seen, const std::string& name) const {
   if (is_null) return;
   std::string all(text, sizeof(text));
   all.erase(all.find_last_not_of('.') + 1);
-  seen.line += all.empty() ? " untouched" : " " + replaced(all, std::string(1, '\0'), "\\0");
+  seen.line += " " + name + (all.empty() ? " untouched" : "=" + replaced(all, std::string(1, '\0'), "\\0"));
+}
+
+std::string parameter_name(const std::string& function, size_t index) {
+  static const std::string declarations = [] {
+    std::string all = content_of(std::string(kFamily.folder) + "/../calls.cpp");
+    for (const std::string& header : names_in(ZELDB_HEADERS, ".h"))
+      all += content_of(ZELDB_HEADERS "/" + header + ".h");
+    return all;
+  }();
+  const std::string start = " " + function + "(";
+  for (size_t at = declarations.find(start); at != std::string::npos; at = declarations.find(start, at + 1)) {
+    const size_t first = at + start.size();
+    std::istringstream list(declarations.substr(first, declarations.find(')', first) - first));
+    std::string parameter;
+    size_t i = 0;
+    while (std::getline(list, parameter, ',') && i < index) ++i;
+    if (list && i == index) return parameter.substr(parameter.find_last_of(" *&") + 1);
+  }
+  return "text";
 }
 
 std::string next_word(std::istream& words) {

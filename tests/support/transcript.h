@@ -18,9 +18,9 @@
 //   mark NAME: a marker file; pipe NAME: a pipe in its place
 //   repeat N COMMAND: shows the last time
 // Arguments: numbers, texts and null stand for themselves, "-" for the record, a list or a buffer, "new" for
-// the record after it was cleared. Fields that are 0 or empty are not shown; <200 x> is a run of 200 x. In
-// brackets: the columns of a query, the first time, the capacity of a raw query, the rows that were written;
-// behind an arrow: a status that is not 0.
+// the record after it was cleared. What is given has the name of its parameter. Fields that are 0 or empty
+// are not shown; <200 x> is a run of 200 x. In brackets: the columns of a query, the first time, the capacity
+// of a raw query, the rows that were written; behind an arrow: a status that is not 0.
 #ifndef TESTS_SUPPORT_TRANSCRIPT_H
 #define TESTS_SUPPORT_TRANSCRIPT_H
 
@@ -65,7 +65,7 @@ Fields listed(void* record, Fields fields);
   const Fields kFields<Record> = listed(&given<Record>, {ZELDB_AGAIN3(ZELDB_FIELDS(Record, __VA_ARGS__))})
 
 struct Seen {
-  std::string line;     // the status, and numbers and texts behind it
+  std::string line;     // the status, and the numbers and texts after it with their names
   std::string below{};  // records and lists
 };
 std::string text_of(const Fields& fields, const void* record);
@@ -88,7 +88,7 @@ template <typename T>
 struct Argument {
   explicit Argument(std::string text) : word(std::move(text)) {}
   T get() const { return static_cast<T>(std::stoll(word, nullptr, 0)); }
-  void show(Seen& /*seen*/) const {}
+  void show(Seen& /*seen*/, const std::string& /*name*/) const {}
   std::string word;
 };
 
@@ -96,7 +96,7 @@ template <Text T>
 struct Argument<T*> {
   explicit Argument(std::string text) : word(std::move(text)) {}
   T* get() { return word != "null" ? word.data() : nullptr; }
-  void show(Seen& /*seen*/) const {}
+  void show(Seen& /*seen*/, const std::string& /*name*/) const {}
   std::string word;
 };
 
@@ -105,8 +105,8 @@ struct Argument<T*> {
   explicit Argument(const std::string& word)
       : is_null(word == "null"), value(is_null ? T{} : Argument<T>(word).get()) {}
   T* get() { return is_null ? nullptr : &value; }
-  void show(Seen& seen) const {
-    if (!is_null) seen.line += " " + std::to_string(value);
+  void show(Seen& seen, const std::string& name) const {
+    if (!is_null) seen.line += " " + name + "=" + std::to_string(value);
   }
   bool is_null;
   T value;
@@ -118,7 +118,7 @@ struct Argument<Buffer*> {
     std::memset(text, '.', sizeof(text));
   }
   Buffer* get() { return is_null ? nullptr : &text; }
-  void show(Seen& seen) const;
+  void show(Seen& seen, const std::string& name) const;
   bool is_null;
   Buffer text;
 };
@@ -127,7 +127,7 @@ template <>
 struct Argument<_zel_db_handle_t*> {
   explicit Argument(const std::string& word) : is_null(word == "null") {}
   _zel_db_handle_t* get() const { return is_null ? nullptr : zeldb::inventory(); }
-  void show(Seen& /*seen*/) const {}
+  void show(Seen& /*seen*/, const std::string& /*name*/) const {}
   bool is_null;
 };
 
@@ -138,7 +138,7 @@ struct Argument<T*> {
     if (word == "new") given<Record> = {};
   }
   T* get() const { return is_null ? nullptr : &given<Record>; }
-  void show(Seen& seen) const {
+  void show(Seen& seen, const std::string& /*name*/) const {
     if (!is_null && !std::is_const_v<T>) seen.below += "   " + text_of(kFields<Record>, get()) + "\n";
   }
   bool is_null;
@@ -149,7 +149,7 @@ struct Argument<T*> {
   using Item = std::remove_pointer_t<decltype(T::Items)>;
   explicit Argument(const std::string& word) : is_null(word == "null") {}
   T* get() { return is_null ? nullptr : &list; }
-  void show(Seen& seen) const {
+  void show(Seen& seen, const std::string& /*name*/) const {
     if (is_null) return;
     const bool untouched = list.Items == &given<Item>;
     seen.below += "   " + std::to_string(list.Count);
@@ -166,13 +166,15 @@ struct Argument<T*> {
 };
 
 std::string next_word(std::istream& words);
+// As the exported header or the family's own function has it.
+std::string parameter_name(const std::string& function, size_t index);
 
 using Player = std::function<Seen(std::istream&)>;
 using Calls = std::map<std::string, Player>;
 
 template <typename R, typename... A>
 Calls::value_type call(const char* name, R (*function)(A...)) {
-  return {name, [function](std::istream& words) {
+  return {name, [name, function](std::istream& words) {
             std::tuple<Argument<A>...> arguments{Argument<A>(next_word(words))...};
             Seen seen = {"="};
             const auto result = [&](auto&... argument) {
@@ -187,7 +189,9 @@ Calls::value_type call(const char* name, R (*function)(A...)) {
             } else {
               seen.line += " " + std::to_string(std::apply(result, arguments));
             }
-            std::apply([&seen](auto&... argument) { (argument.show(seen), ...); }, arguments);
+            size_t index = 0;
+            std::apply([&](auto&... argument) { (argument.show(seen, parameter_name(name, index++)), ...); },
+                       arguments);
             return seen;
           }};
 }
