@@ -48,17 +48,18 @@ void define(Connection& connection, const std::string& database, const Dialect& 
 
 void create(const std::string& url, std::string_view database) {
   std::string error;
-  const Origin origin{url, std::string(database), "root", ""};
-  const std::unique_ptr<Location> location = locate(origin, &error);
-  if (location == nullptr) throw Failure(kInvalidArgument, error);
-  const auto connection = location->engine->create(location->target, &error);
+  const Target target{url, std::string(database), "root", ""};
+  DatabaseUrl parts;
+  const Engine* engine = engine_of(target, &parts, &error);
+  if (engine == nullptr) throw Failure(kInvalidArgument, error);
+  const auto connection = engine->create(parts, target, &error);
   if (connection == nullptr || !has_known_schema(*connection, &error)) {
     throw Failure(kSqlError, error);
   }
   try {
-    define(*connection, origin.database, location->engine->dialect());
+    define(*connection, target.database, engine->dialect());
   } catch (const Failure& failure) {
-    throw Failure(failure.status, "cannot make the tables of " + origin.database + ": " + failure.what());
+    throw Failure(failure.status, "cannot make the tables of " + target.database + ": " + failure.what());
   }
 }
 
@@ -81,11 +82,12 @@ struct CloseHandle {
 };
 
 void load(const std::string& url, const char* database, const std::string& path) {
-  const Origin origin{url, database, "root", ""};
+  const Target target{url, database, "root", ""};
+  DatabaseUrl parts;
   std::string error;
-  if (locate(origin, &error) == nullptr) throw Failure(kInvalidArgument, error);
+  if (engine_of(target, &parts, &error) == nullptr) throw Failure(kInvalidArgument, error);
   const std::string script = read_file(path);
-  const std::unique_ptr<Handle, CloseHandle> handle(open_handle(origin, &error));
+  const std::unique_ptr<Handle, CloseHandle> handle(open_handle(target, &error));
   if (handle == nullptr) throw Failure(kConnectionLost, error);
   size_t number = 0;
   for (const std::string_view statement : split_statements(script)) {
@@ -107,7 +109,7 @@ void check(const std::string& url, const std::string& database) {
       const std::string sql = std::string("SELECT * FROM ") + table.name + " LIMIT 0";
       const int status = handle->raw_query(sql, nullptr);
       if (status == kOk) continue;
-      throw Failure(status, handle->place() + ": " + handle->message() +
+      throw Failure(status, handle->name() + ": " + handle->message() +
                                 (status == kSqlError ? " (\"zeldb init\" makes what is missing)" : ""));
     }
   }

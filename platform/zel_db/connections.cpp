@@ -11,7 +11,7 @@ namespace zel_db {
 namespace {
 
 struct Parked {
-  Origin origin;
+  Target target;
   std::unique_ptr<Session> session;
 };
 
@@ -33,7 +33,7 @@ class Registry {
   }
 
   Handle* inventory() { return &inventory_; }
-  Handle* open(Origin origin, std::string* error);
+  Handle* open(Target target, std::string* error);
   bool close(Handle* handle);
 
   void before_fork();
@@ -44,7 +44,7 @@ class Registry {
   static constexpr size_t kMostParked = 8;
 
   Registry();
-  Handle* add(Origin origin);
+  Handle* add(Target target);
 
   std::mutex mutex_;
   Handle inventory_;
@@ -59,14 +59,14 @@ Registry::Registry() : inventory_({std::string(environment_url()), std::string(k
 }
 
 // Known to the registry before it connects: a fork must not miss it.
-Handle* Registry::add(Origin origin) {
+Handle* Registry::add(Target target) {
   std::list<Open> added(1);
-  added.front().place.push_front({origin, nullptr});
-  added.front().handle = std::make_unique<Handle>(std::move(origin));
+  added.front().place.push_front({target, nullptr});
+  added.front().handle = std::make_unique<Handle>(std::move(target));
   Handle* handle = added.front().handle.get();
   const std::lock_guard lock(mutex_);
   open_.splice(open_.end(), added);
-  const auto same = [&](const Parked& parked) { return parked.origin == handle->origin(); };
+  const auto same = [&](const Parked& parked) { return parked.target == handle->target(); };
   const auto found = std::find_if(parked_.begin(), parked_.end(), same);
   if (found != parked_.end()) {
     handle->attach(std::move(found->session));
@@ -75,9 +75,9 @@ Handle* Registry::add(Origin origin) {
   return handle;
 }
 
-Handle* Registry::open(Origin origin, std::string* error) {
+Handle* Registry::open(Target target, std::string* error) {
   const auto give_up = [this](Handle* failed) { close(failed); };
-  std::unique_ptr<Handle, decltype(give_up)> handle(add(std::move(origin)), give_up);
+  std::unique_ptr<Handle, decltype(give_up)> handle(add(std::move(target)), give_up);
   if (handle->is_ready()) return handle.release();
   *error = handle->message();
   return nullptr;
@@ -139,8 +139,8 @@ Handle* inventory_handle() {
   return handle->is_ready_in_environment() ? handle : nullptr;
 }
 
-Handle* open_handle(Origin origin, std::string* error) {
-  return Registry::instance().open(std::move(origin), error);
+Handle* open_handle(Target target, std::string* error) {
+  return Registry::instance().open(std::move(target), error);
 }
 
 bool close_handle(Handle* handle) {

@@ -12,7 +12,7 @@ namespace zel_db {
 Handle* inventory_handle();
 
 // Opens a database, or takes a connection that was closed before; null and the reason when that fails.
-Handle* open_handle(Origin origin, std::string* error);
+Handle* open_handle(Target target, std::string* error);
 // Keeps the connection for the next one that asks for the same. False for what was not opened here.
 bool close_handle(Handle* handle);
 

@@ -60,7 +60,7 @@ class Connection {
   // Whether it failed in a way after which nothing it says can be trusted: to be closed, never used again.
   virtual bool is_lost() const { return false; }
   // Which database, for people.
-  virtual const std::string& place() const = 0;
+  virtual const std::string& name() const = 0;
   // Why the last call failed, in the engine's words.
   virtual const std::string& message() const = 0;
 };
@@ -83,11 +83,14 @@ struct Dialect {
   bool pays_for_order;  // ORDER BY costs time even if the rows come in that order anyway
 };
 
+// Which database, as its user asks for it.
 struct Target {
-  DatabaseUrl url;
+  std::string url;
   std::string database;
-  std::string user;  // these two where the URL names none
+  std::string user;  // these two if the URL names none
   std::string password;
+
+  bool operator==(const Target&) const = default;
 };
 
 class Engine {
@@ -97,9 +100,12 @@ class Engine {
   Engine& operator=(const Engine&) = delete;
   virtual ~Engine() = default;
 
-  // On failure null, and error says why in one line. open expects the database to exist, create makes it.
-  virtual std::unique_ptr<Connection> open(const Target& target, std::string* error) const = 0;
-  virtual std::unique_ptr<Connection> create(const Target& target, std::string* error) const = 0;
+  // On failure null, and error says why in one line. open expects the database to exist, create makes it. url
+  // is the target's, in parts.
+  virtual std::unique_ptr<Connection> open(const DatabaseUrl& url, const Target& target,
+                                           std::string* error) const = 0;
+  virtual std::unique_ptr<Connection> create(const DatabaseUrl& url, const Target& target,
+                                             std::string* error) const = 0;
   virtual const Dialect& dialect() const = 0;
 };
 

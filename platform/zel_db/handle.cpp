@@ -9,10 +9,10 @@
 
 using namespace zel_db;  // NOLINT(google-build-using-namespace): the C tag stands outside the namespace
 
-_zel_db_handle_t::_zel_db_handle_t(Origin origin) : origin_(std::move(origin)), trace_(Trace::current()) {}
+_zel_db_handle_t::_zel_db_handle_t(Target target) : target_(std::move(target)), trace_(Trace::current()) {}
 
 bool _zel_db_handle_t::connect() {
-  if (session_ == nullptr) session_ = open_session(origin_, &message_);
+  if (session_ == nullptr) session_ = open_session(target_, &message_);
   return session_ != nullptr;
 }
 
@@ -25,10 +25,10 @@ bool _zel_db_handle_t::is_ready() {
 bool _zel_db_handle_t::is_ready_in_environment() {
   const std::lock_guard lock(mutex_);
   if (session_ != nullptr) {
-    if (session_->connection->is_usable() && origin_.url == environment_url()) return true;
+    if (session_->connection->is_usable() && target_.url == environment_url()) return true;
     session_.reset();
   }
-  origin_.url = environment_url();
+  target_.url = environment_url();
   trace_ = Trace::current();
   return connect();
 }

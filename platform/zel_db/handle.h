@@ -16,9 +16,9 @@
 
 // A database as its callers hold it. It outlives its connection, which is dropped when the server goes away
 // and before the process forks, and made again by the next call. Threads are served one at a time.
-struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
+struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name of the interface
  public:
-  explicit _zel_db_handle_t(zel_db::Origin origin);
+  explicit _zel_db_handle_t(zel_db::Target target);
   ~_zel_db_handle_t() = default;
   _zel_db_handle_t(const _zel_db_handle_t&) = delete;
   _zel_db_handle_t& operator=(const _zel_db_handle_t&) = delete;
@@ -36,9 +36,9 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   // The same, where the connection is to be made to what the environment names now.
   bool is_ready_in_environment();
   const zel_db::Trace* trace() const { return trace_.load(std::memory_order_relaxed); }
-  const zel_db::Origin& origin() const { return origin_; }
+  const zel_db::Target& target() const { return target_; }
   const std::string& message() const { return message_; }  // why the last call failed
-  std::string place() const { return session_ != nullptr ? session_->connection->place() : ""; }
+  std::string name() const { return session_ != nullptr ? session_->connection->name() : ""; }
 
   void attach(std::unique_ptr<zel_db::Session> session) { session_ = std::move(session); }
   std::unique_ptr<zel_db::Session> detach() { return std::move(session_); }
@@ -61,7 +61,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): given name
   int failed(int status, std::string_view message, std::string_view sql);
 
   std::mutex mutex_;
-  zel_db::Origin origin_;
+  zel_db::Target target_;
   std::atomic<const zel_db::Trace*> trace_;
   std::unique_ptr<zel_db::Session> session_;
   std::string message_;

@@ -14,17 +14,17 @@ namespace {
 // Every library call of a service asks for its database again: one line per outage, not per call.
 class OpenFailures {
  public:
-  void report(const std::string& place, const std::string& line) {
+  void report(const std::string& name, const std::string& line) {
     const std::lock_guard lock(process_mutex());
-    std::string& last = last_[place];
+    std::string& last = last_[name];
     if (last == line) return;
     last = line;
     vrel_log::logErr("zel_db: %s", line.c_str());
   }
 
-  void forget(const std::string& place) {
+  void forget(const std::string& name) {
     const std::lock_guard lock(process_mutex());
-    last_.erase(place);
+    last_.erase(name);
   }
 
  private:
@@ -36,12 +36,13 @@ OpenFailures& open_failures() {
   return failures;
 }
 
-std::unique_ptr<Session> try_open(const Origin& origin, std::string* error) {
-  const std::unique_ptr<Location> location = locate(origin, error);
-  if (location == nullptr) return nullptr;
+std::unique_ptr<Session> try_open(const Target& target, std::string* error) {
+  DatabaseUrl url;
+  const Engine* engine = engine_of(target, &url, error);
+  if (engine == nullptr) return nullptr;
   auto session = std::make_unique<Session>();
-  session->dialect = &location->engine->dialect();
-  session->connection = location->engine->open(location->target, error);
+  session->dialect = &engine->dialect();
+  session->connection = engine->open(url, target, error);
   if (session->connection == nullptr) return nullptr;
   if (!has_known_schema(*session->connection, error)) return nullptr;
   return session;
@@ -59,20 +60,20 @@ std::string_view environment_url() {
   return url != nullptr && *url != '\0' ? url : kDefaultUrl;
 }
 
-std::unique_ptr<Location> locate(const Origin& origin, std::string* error) {
-  std::optional<DatabaseUrl> url = parse_database_url(origin.url, error);
-  if (!url) return nullptr;
-  if (std::find(kDatabases.begin(), kDatabases.end(), origin.database) == kDatabases.end()) {
-    *error = "there is no database \"" + origin.database + "\", only dmdb and propertiesdb";
+const Engine* engine_of(const Target& target, DatabaseUrl* url, std::string* error) {
+  std::optional<DatabaseUrl> parsed = parse_database_url(target.url, error);
+  if (!parsed) return nullptr;
+  if (std::find(kDatabases.begin(), kDatabases.end(), target.database) == kDatabases.end()) {
+    *error = "there is no database \"" + target.database + "\", only dmdb and propertiesdb";
     return nullptr;
   }
-  const Engine* engine = engine_for(url->scheme);
+  const Engine* engine = engine_for(parsed->scheme);
   if (engine == nullptr) {
-    *error = "cannot open " + origin.database + ": the engine for mariadb:// is not part of this build";
+    *error = "cannot open " + target.database + ": the engine for mariadb:// is not part of this build";
     return nullptr;
   }
-  return std::make_unique<Location>(
-      Location{engine, {std::move(*url), origin.database, origin.user, origin.password}});
+  *url = std::move(*parsed);
+  return engine;
 }
 
 bool has_known_schema(Connection& connection, std::string* error) {
@@ -82,24 +83,24 @@ bool has_known_schema(Connection& connection, std::string* error) {
   if (statement != nullptr) status = statement->run({}, &rows, nullptr);
   if (status == kSqlError) return true;  // no such table
   if (status != kOk) {
-    *error = "cannot read the schema version of " + connection.place() + ": " + connection.message();
+    *error = "cannot read the schema version of " + connection.name() + ": " + connection.message();
     return false;
   }
   uint64_t version = 0;
   if (rows.step() != kRow || rows.number(0, &version) != kOk) return true;
   if (static_cast<int64_t>(version) <= kSchemaVersion) return true;
-  *error = "cannot use " + connection.place() + ": its schema has version " + std::to_string(version) +
+  *error = "cannot use " + connection.name() + ": its schema has version " + std::to_string(version) +
            ", this program knows up to " + std::to_string(kSchemaVersion);
   return false;
 }
 
-std::unique_ptr<Session> open_session(const Origin& origin, std::string* error) {
-  const std::string place = origin.url + ' ' + origin.database;
-  std::unique_ptr<Session> session = try_open(origin, error);
+std::unique_ptr<Session> open_session(const Target& target, std::string* error) {
+  const std::string name = target.url + ' ' + target.database;
+  std::unique_ptr<Session> session = try_open(target, error);
   if (session == nullptr) {
-    open_failures().report(place, *error);
+    open_failures().report(name, *error);
   } else {
-    open_failures().forget(place);
+    open_failures().forget(name);
   }
   return session;
 }

@@ -25,7 +25,7 @@
 extern "C" {
 #endif
 
-// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): given names, C header
+// NOLINTBEGIN(bugprone-reserved-identifier,modernize-use-using): fixed names of the interface, C header
 typedef struct _zel_db_handle_t _zel_db_handle_t;
 typedef struct zel_db_result_t zel_db_result_t;
 typedef struct zel_db_content_values_t zel_db_content_values_t;

@@ -52,8 +52,8 @@ int status_for(unsigned code) {
 
 }  // namespace
 
-MariadbConnection::MariadbConnection(MariadbClient client, std::string place)
-    : client_(std::move(client)), place_(std::move(place)) {}
+MariadbConnection::MariadbConnection(MariadbClient client, std::string name)
+    : client_(std::move(client)), name_(std::move(name)) {}
 
 int MariadbConnection::refuse(const char* message) {
   message_ = message;
@@ -67,10 +67,10 @@ int MariadbConnection::fail(unsigned code, const char* message) {
   return status;
 }
 
-// Closing a connection reads what is left of an answer, and would wait for what never comes: the socket is
+// Closing a connection reads the rest of an answer, and would wait for a rest that never comes: the socket is
 // shut first.
 void MariadbConnection::report_loss(const char* reason) {
-  if (!lost_) vrel_log::logWarn("zel_db: lost the connection to %s: %s", place_.c_str(), reason);
+  if (!lost_) vrel_log::logWarn("zel_db: lost the connection to %s: %s", name_.c_str(), reason);
   lost_ = true;
   const int fd = mysql_get_socket(client());
   if (fd >= 0) shutdown(fd, SHUT_RDWR);

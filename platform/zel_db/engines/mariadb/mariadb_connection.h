@@ -21,18 +21,18 @@ class MariadbStatement;
 
 class MariadbConnection : public Connection {
  public:
-  MariadbConnection(MariadbClient client, std::string place);
+  MariadbConnection(MariadbClient client, std::string name);
 
   std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override;
   bool is_lost() const override { return lost_; }
-  const std::string& place() const override { return place_; }
+  const std::string& name() const override { return name_; }
   const std::string& message() const override { return message_; }
 
   MYSQL* client() const { return client_.get(); }
-  // The status for an error. Unless it is the server's answer to the statement, the connection is lost, which
-  // is also said in the log.
+  // The status for an error. Unless it is the server's answer to the statement, the connection is lost; the
+  // log says so, too.
   int fail(unsigned code, const char* message);
   int refuse(const char* message);
 
@@ -46,7 +46,7 @@ class MariadbConnection : public Connection {
   void report_loss(const char* reason);
 
   MariadbClient client_;
-  std::string place_;
+  std::string name_;
   std::string message_;
   std::vector<MariadbStatement*> statements_;
   uint64_t clock_ = 0;

@@ -20,9 +20,9 @@ constexpr unsigned kConnectSeconds = 3;
 // Longer than any lock is waited for.
 constexpr unsigned kAnswerSeconds = 60;
 
-// Texts are bytes, "..." is one, "||" joins two, a backslash means nothing; what does not fit is refused.
-// Locks are waited for as long as on the other engine. A semi-join would start with the rows of a sub-select,
-// and deliver in their order.
+// Texts are bytes, "..." is a text, "||" joins two, a backslash is an ordinary character; a value that does
+// not fit is refused. A statement waits for locks as long as on the other engine. A semi-join would start
+// with the rows of a sub-select, and deliver rows in their order.
 constexpr const char* kSessionSettings =
     "SET NAMES latin1 COLLATE latin1_nopad_bin, autocommit=1, innodb_lock_wait_timeout=5, "
     "lock_wait_timeout=5, optimizer_switch='semijoin=off,mrr=off', "
@@ -66,16 +66,12 @@ constexpr Dialect kDialect = {
     .pays_for_order = true,
 };
 
-std::string database_of(const Target& target) {
-  return target.url.prefix + target.database;
-}
-
-std::string place_of(const Target& target, const DatabaseUrl::Host& host) {
-  std::string place = database_of(target) + " at " + host.name;
-  if (host.port != 0) place.append(":").append(std::to_string(host.port));
-  if (uses_socket(host) && !target.url.socket.empty())
-    place.append(" (").append(target.url.socket).append(")");
-  return place;
+// Where the database is, for people.
+std::string name_of(const DatabaseUrl& url, const DatabaseUrl::Host& host, const Target& target) {
+  std::string name = url.prefix + target.database + " at " + host.name;
+  if (host.port != 0) name.append(":").append(std::to_string(host.port));
+  if (uses_socket(host) && !url.socket.empty()) name.append(" (").append(url.socket).append(")");
+  return name;
 }
 
 MariadbClient new_client(bool local) {
@@ -113,7 +109,7 @@ void set_tls(MYSQL* client, const DatabaseUrl& url) {
   mysql_optionsv(client, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verifies);
 }
 
-// The first line of the file; nothing and the reason where that is not to be had, or not secret.
+// The first line of the file. Nothing and the reason if it cannot be read, or if others may read it.
 std::optional<std::string> read_password(const std::string& path, std::string* error) {
   // Without O_NONBLOCK a named pipe in the file's place would hang the process here.
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -137,12 +133,14 @@ std::optional<std::string> read_password(const std::string& path, std::string* e
   return std::string(content.substr(0, content.find_first_of("\r\n")));
 }
 
-// Null and the reason.
-std::unique_ptr<Connection> connect(const Target& target, const DatabaseUrl::Host& host, bool make,
-                                    std::string* error) {
-  const DatabaseUrl& url = target.url;
+enum class Missing : uint8_t { Fails, IsMade };
+
+// Null and the reason on failure.
+std::unique_ptr<Connection> connect(const DatabaseUrl& url, const DatabaseUrl::Host& host,
+                                    const Target& target, Missing missing, std::string* error) {
   const bool local = uses_socket(host);
-  const std::string database = database_of(target);
+  const bool makes = missing == Missing::IsMade;
+  const std::string database = url.prefix + target.database;
   std::string password = url.password.value_or(target.password);
   if (!url.password_file.empty()) {
     std::optional<std::string> read = read_password(url.password_file, error);
@@ -153,25 +151,26 @@ std::unique_ptr<Connection> connect(const Target& target, const DatabaseUrl::Hos
   if (url.uses_tls(host)) set_tls(client.get(), url);
   const bool connected =
       mysql_real_connect(client.get(), host.name.c_str(), url.user.value_or(target.user).c_str(),
-                         password.c_str(), make ? nullptr : database.c_str(), host.port,
+                         password.c_str(), makes ? nullptr : database.c_str(), host.port,
                          local && !url.socket.empty() ? url.socket.c_str() : nullptr,
                          CLIENT_FOUND_ROWS) != nullptr;
-  if (connected && run(client.get(), kSessionSettings) && (!make || make_database(client.get(), database))) {
-    return std::make_unique<MariadbConnection>(std::move(client), place_of(target, host));
+  if (connected && run(client.get(), kSessionSettings) && (!makes || make_database(client.get(), database))) {
+    return std::make_unique<MariadbConnection>(std::move(client), name_of(url, host, target));
   }
   *error = mysql_error(client.get());
   if (mysql_errno(client.get()) == ER_BAD_DB_ERROR) error->append(" (\"zeldb init\" makes the databases)");
   return nullptr;
 }
 
-std::unique_ptr<Connection> connect_to_any(const Target& target, bool make, std::string* error) {
+std::unique_ptr<Connection> connect_to_any(const DatabaseUrl& url, const Target& target, Missing missing,
+                                           std::string* error) {
   std::string reasons;
-  for (const DatabaseUrl::Host& host : target.url.hosts) {
+  for (const DatabaseUrl::Host& host : url.hosts) {
     std::string reason;
-    std::unique_ptr<Connection> connection = connect(target, host, make, &reason);
+    std::unique_ptr<Connection> connection = connect(url, host, target, missing, &reason);
     if (connection != nullptr) return connection;
-    reasons.append(reasons.empty() ? "cannot open " : "; nor ").append(place_of(target, host));
-    reasons.append(": ").append(reason);
+    reasons.append(reasons.empty() ? "cannot open " : "; nor ");
+    reasons.append(name_of(url, host, target)).append(": ").append(reason);
   }
   *error = reasons;
   return nullptr;
@@ -179,11 +178,13 @@ std::unique_ptr<Connection> connect_to_any(const Target& target, bool make, std:
 
 class MariadbEngine : public Engine {
  public:
-  std::unique_ptr<Connection> open(const Target& target, std::string* error) const override {
-    return connect_to_any(target, false, error);
+  std::unique_ptr<Connection> open(const DatabaseUrl& url, const Target& target,
+                                   std::string* error) const override {
+    return connect_to_any(url, target, Missing::Fails, error);
   }
-  std::unique_ptr<Connection> create(const Target& target, std::string* error) const override {
-    return connect_to_any(target, true, error);
+  std::unique_ptr<Connection> create(const DatabaseUrl& url, const Target& target,
+                                     std::string* error) const override {
+    return connect_to_any(url, target, Missing::IsMade, error);
   }
   const Dialect& dialect() const override { return kDialect; }
 };

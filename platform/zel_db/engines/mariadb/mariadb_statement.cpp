@@ -174,74 +174,76 @@ int MariadbStatement::execute(std::span<const Value> values) {
 bool MariadbStatement::bind_columns() {
   const std::span fields(mariadb_stmt_fetch_fields(statement_.get()),
                          mysql_stmt_field_count(statement_.get()));
-  const auto fits = [](const Place& place, const MYSQL_FIELD& field) { return place.type == type_of(field); };
-  if (std::equal(places_.begin(), places_.end(), fields.begin(), fields.end(), fits)) return true;
+  const auto fits = [](const FetchedCell& from, const MYSQL_FIELD& field) {
+    return from.type == type_of(field);
+  };
+  if (std::equal(fetched_.begin(), fetched_.end(), fields.begin(), fields.end(), fits)) return true;
 
   auto names = std::make_shared<std::vector<std::string>>();
   std::vector<MYSQL_BIND> cells(fields.size());
-  places_.clear();  // not known until the end
-  std::vector<Place> places(fields.size());
+  fetched_.clear();  // not known until the end
+  std::vector<FetchedCell> fetched(fields.size());
   for (size_t i = 0; i < fields.size(); ++i) {
-    Place& place = places[i];
+    FetchedCell& from = fetched[i];
     MYSQL_BIND& cell = cells[i];
     names->emplace_back(fields[i].name, fields[i].name_length);
-    place.type = type_of(fields[i]);
-    cell.is_null = &place.is_null;
-    cell.error = &place.is_cut;
-    cell.length = &place.size;
+    from.type = type_of(fields[i]);
+    cell.is_null = &from.is_null;
+    cell.error = &from.is_cut;
+    cell.length = &from.size;
     cell.buffer_type = MYSQL_TYPE_STRING;
-    cell.buffer = place.bytes;
-    cell.buffer_length = sizeof place.bytes;
-    if (place.type == CellType::Integer || place.type == CellType::Unsigned) {
+    cell.buffer = from.bytes;
+    cell.buffer_length = sizeof from.bytes;
+    if (from.type == CellType::Integer || from.type == CellType::Unsigned) {
       cell.buffer_type = MYSQL_TYPE_LONGLONG;
-      cell.buffer = &place.integer;
-      cell.is_unsigned = place.type == CellType::Unsigned ? 1 : 0;
-    } else if (place.type == CellType::Real) {
+      cell.buffer = &from.integer;
+      cell.is_unsigned = from.type == CellType::Unsigned ? 1 : 0;
+    } else if (from.type == CellType::Real) {
       cell.buffer_type = MYSQL_TYPE_DOUBLE;
-      cell.buffer = &place.real;
+      cell.buffer = &from.real;
     }
   }
   if (mysql_stmt_bind_result(statement_.get(), cells.data()) != 0) return false;
   columns_ = std::move(names);
-  places_ = std::move(places);
+  fetched_ = std::move(fetched);
   return true;
 }
 
 // Copying a short text once more costs less than another call of the client library.
 void MariadbStatement::append_text(size_t column, Result& rows) {
-  const Place& place = places_[column];
-  char* const text = rows.put_bytes(column, place.type, place.size);
-  if (place.size <= sizeof place.bytes) {
-    std::memcpy(text, place.bytes, place.size);
+  const FetchedCell& from = fetched_[column];
+  char* const text = rows.put_bytes(column, from.type, from.size);
+  if (from.size <= sizeof from.bytes) {
+    std::memcpy(text, from.bytes, from.size);
     return;
   }
   MYSQL_BIND cell{};
   cell.buffer_type = MYSQL_TYPE_STRING;
   cell.buffer = text;
-  cell.buffer_length = place.size;
+  cell.buffer_length = from.size;
   mysql_stmt_fetch_column(statement_.get(), &cell, static_cast<unsigned>(column), 0);
 }
 
 void MariadbStatement::append_row(Result& rows) {
   rows.begin_row();
-  for (size_t i = 0; i < places_.size(); ++i) {
-    const Place& place = places_[i];
-    if (place.is_null != 0) {
+  for (size_t i = 0; i < fetched_.size(); ++i) {
+    const FetchedCell& from = fetched_[i];
+    if (from.is_null != 0) {
       rows.put_null(i);
       continue;
     }
-    switch (place.type) {
+    switch (from.type) {
       case CellType::Null:
         rows.put_null(i);
         break;
       case CellType::Integer:
-        rows.put_integer(i, place.integer);
+        rows.put_integer(i, from.integer);
         break;
       case CellType::Unsigned:
-        rows.put_unsigned(i, static_cast<uint64_t>(place.integer));
+        rows.put_unsigned(i, static_cast<uint64_t>(from.integer));
         break;
       case CellType::Real:
-        rows.put_real(i, place.real);
+        rows.put_real(i, from.real);
         break;
       case CellType::Text:
       case CellType::Blob:
@@ -286,7 +288,7 @@ int MariadbStatement::run(std::span<const Value> values, Result* rows, Outcome* 
 
 void MariadbStatement::release() {
   statement_.reset();
-  places_.clear();
+  fetched_.clear();
 }
 
 }  // namespace zel_db

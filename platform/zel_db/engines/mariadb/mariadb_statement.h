@@ -37,7 +37,7 @@ class MariadbStatement : public Prepared {
     my_bool is_null = 0;
   };
   // Where the client library puts a cell of the row that it fetches; of a long text only its beginning.
-  struct Place {
+  struct FetchedCell {
     CellType type;
     my_bool is_null;
     my_bool is_cut;
@@ -65,7 +65,7 @@ class MariadbStatement : public Prepared {
   std::vector<Parameter> bound_;
   bool is_bound_ = false;
   ColumnNames columns_;
-  std::vector<Place> places_;
+  std::vector<FetchedCell> fetched_;
 };
 
 }  // namespace zel_db

@@ -47,7 +47,7 @@ class SqliteConnection : public Connection {
   bool is_usable() override;
   bool in_transaction() override { return sqlite3_get_autocommit(database_.get()) == 0; }
   bool is_lost() const override { return is_lost_; }
-  const std::string& place() const override { return path_; }
+  const std::string& name() const override { return path_; }
   const std::string& message() const override { return message_; }
 
   sqlite3* database() const { return database_.get(); }

@@ -72,8 +72,8 @@ mode_t type_at(const std::string& path) {
 }
 
 // One file for each database in a directory, or one file for both.
-std::string path_of(const Target& target) {
-  const std::string& path = target.url.path;
+std::string path_of(const DatabaseUrl& url, const Target& target) {
+  const std::string& path = url.path;
   const mode_t type = type_at(path);
   if (type == S_IFREG || (type == 0 && path.ends_with(kSuffix))) return path;
   return path + (path.ends_with('/') ? "" : "/") + target.database + kSuffix;
@@ -232,8 +232,9 @@ bool make_file(const std::string& path, std::string* error) {
 
 class SqliteEngine : public Engine {
  public:
-  std::unique_ptr<Connection> open(const Target& target, std::string* error) const override {
-    const std::string path = path_of(target);
+  std::unique_ptr<Connection> open(const DatabaseUrl& url, const Target& target,
+                                   std::string* error) const override {
+    const std::string path = path_of(url, target);
     if (const std::string reason = unfit(path); !reason.empty()) {
       *error = "cannot open " + path + ": " + reason;
       return nullptr;
@@ -241,8 +242,9 @@ class SqliteEngine : public Engine {
     return may_write(path) ? open_to_write(path, error) : open_to_read(path, error);
   }
 
-  std::unique_ptr<Connection> create(const Target& target, std::string* error) const override {
-    const std::string path = path_of(target);
+  std::unique_ptr<Connection> create(const DatabaseUrl& url, const Target& target,
+                                     std::string* error) const override {
+    const std::string path = path_of(url, target);
     if (!make_file(path, error)) return nullptr;
     return open_to_write(path, error);
   }
