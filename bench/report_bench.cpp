@@ -3,6 +3,7 @@
 // How long "zeldb report" takes for the sample controller, and how many statements it and "zeldb slots" run:
 // cold, as the first program that opens the databases, and warm. On SQLite, or on the server that
 // with_mariadb starts.
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -39,25 +40,35 @@ void make_sample() {
   load("propertiesdb", "properties");
 }
 
-// Milliseconds.
-double report(const std::string& program, const std::string& page) {
-  std::vector<std::string> words = {program, "report", "--force", page};
-  char* const arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
-  const auto start = std::chrono::steady_clock::now();
+// Runs a program; what it prints is dropped.
+void run_program(std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   pid_t child = 0;
   int status = -1;
-  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ) != 0 ||
-      waitpid(child, &status, 0) != child || status != 0) {
-    throw std::runtime_error("zeldb report failed");
-  }
+  const int refused = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (refused != 0 || waitpid(child, &status, 0) != child || status != 0)
+    throw std::runtime_error(words[0] + " " + words[1] + " failed");
+}
+
+// Milliseconds.
+double report(const std::string& program, const std::string& page) {
+  const auto start = std::chrono::steady_clock::now();
+  run_program({program, "report", "--force", page});
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
 // The calls of the table access that a run of the command makes, a line each.
-std::vector<std::string> calls_of(const std::string& command, const std::string& trace) {
+std::vector<std::string> calls_of(const std::vector<std::string>& words, const std::string& trace) {
   fs::remove(trace);
   setenv("ZEL_DB_TRACE", trace.c_str(), 1);
-  if (std::system((command + " >/dev/null").c_str()) != 0) throw std::runtime_error(command + " failed");
+  run_program(words);
   unsetenv("ZEL_DB_TRACE");
   std::ifstream lines(trace);
   std::vector<std::string> calls;
@@ -94,10 +105,10 @@ void run(const std::string& folder) {
   double warm = cold;
   for (int i = 0; i < 10; ++i) warm = std::min(warm, report(program, page));
   const std::string trace = folder + "/trace";
-  const size_t statements = calls_of(program + " report --force " + page, trace).size();
+  const size_t statements = calls_of({program, "report", "--force", page}, trace).size();
   std::printf("report of the sample controller: %.1f ms cold, %.1f ms warm, %zu statements, %ju bytes\n",
               cold, warm, statements, static_cast<uintmax_t>(fs::file_size(page)));
-  print_slots(calls_of(program + " slots", trace));
+  print_slots(calls_of({program, "slots"}, trace));
 }
 
 }  // namespace
