@@ -2,6 +2,7 @@
 #include "cli/bios_values.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -48,7 +49,12 @@ bool complete_values(std::vector<PCISetting_info>& settings) {
     }
   }
   cmr_api_uninitialize();
-  return is_there || std::ranges::none_of(settings, lacks_all);
+  if (is_there || std::ranges::none_of(settings, lacks_all)) return true;
+  std::fputs(
+      "zeldb: warning: values of settings are not known: the parser stores them in a full run alone, and the "
+      "BIOS configuration service does not answer\n",
+      stderr);
+  return false;
 }
 
 }  // namespace zeldb::cli

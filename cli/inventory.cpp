@@ -76,14 +76,22 @@ Products gpu_products() {
   return products;
 }
 
+// GPUs come first: the property store, which alone has their data, is given up after a number of failures,
+// and a few cards or components without any are enough for these.
+const Products& products_of_gpus() {
+  static const Products products = gpu_products();
+  return products;
+}
+
 }  // namespace
 
-// GPUs come first: the property store, which alone has their data, is given up after a number of failures,
-// and a few cards without any are enough for these.
+void prepare_products() {
+  products_of_gpus();
+}
+
 std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function) {
-  static const Products of_gpus = gpu_products();
-  const auto known = of_gpus.find(function);
-  return known != of_gpus.end() ? known->second : ask_for_product(function);
+  const auto known = products_of_gpus().find(function);
+  return known != products_of_gpus().end() ? known->second : ask_for_product(function);
 }
 
 std::string card_name(uint32_t function) {

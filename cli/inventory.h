@@ -33,6 +33,8 @@ std::optional<_ZELDB_PCI_Generic_Info> find_function(uint32_t key);
 // Throws unless a function or an adapter is in the slot.
 void require_slot(const Place& slot);
 
+// Asks for those that later calls may no longer get. find_product does it by itself, the first time.
+void prepare_products();
 // Nothing where there is none.
 std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function);
 

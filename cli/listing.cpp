@@ -120,6 +120,8 @@ void print(const std::string& text) {
 
 void show(const Listing::State& state) {
   const View& view = chosen_view(state);
+  if (state.as_tree && &view != &registry()[state.first])
+    throw WrongUse("--tree does not go with " + view.option);
   const std::vector<size_t> places = chosen_columns(state, view);
   if (!state.snapshot.empty()) use_snapshot(state.snapshot);
   Mask mask;

@@ -66,10 +66,14 @@ void run(const Options& options, const std::function<void()>& show) {
   constexpr int kUnknown = static_cast<int>(Severity::Unknown);
   try {
     show();
+    // The reason is told at the end of the program, as for every command.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw Failure("", kUnknown);
   } catch (const Failure& failure) {
     throw Failure(failure.what(), *failure.what() == '\0' ? failure.status : kUnknown);
   } catch (const WrongUse& wrong) {
     throw Failure(std::string("check: ") + wrong.what(), kUnknown);
+  } catch (const std::exception& other) {
+    throw Failure(std::string("check: ") + other.what(), kUnknown);
   }
   if (!options.findings.empty()) throw Failure("", static_cast<int>(options.findings.front().level));
 }

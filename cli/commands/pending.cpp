@@ -53,13 +53,7 @@ std::vector<R> read_all_with_secrets() {
     if (find_function(function))
       std::ranges::copy(read_settings_with_secrets(function), std::back_inserter(all));
   }
-  if (!complete_values(all)) {
-    std::fputs(
-        "zeldb: warning: values of settings are not known: the parser stores them in a full run alone, and "
-        "the BIOS "
-        "configuration service does not answer\n",
-        stderr);
-  }
+  complete_values(all);
   return all;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <memory>
 #include <set>
+#include <utility>
 
 #include "cli/arguments.h"
 #include "cli/bios_values.h"
@@ -112,17 +113,22 @@ std::string plain(const std::string& name) {
   return letters;
 }
 
+struct Settings {
+  std::vector<PCISetting_info> all;
+  bool are_known = false;
+};
+
 // Of the functions, with the values that only the BIOS knows; without their secrets.
-std::vector<PCISetting_info> settings_of(const std::set<std::string>& functions) {
+Settings settings_of(const std::set<std::string>& functions) {
   std::vector<PCISetting_info> settings;
   for (const std::string& key : functions) {
     const auto function = static_cast<uint32_t>(std::stoul(key, nullptr, 16));
     if (find_function(function))
       std::ranges::copy(read_settings_with_secrets(function), std::back_inserter(settings));
   }
-  complete_values(settings);
+  const bool are_known = complete_values(settings);
   std::ranges::for_each(settings, hide_secret);
-  return settings;
+  return {std::move(settings), are_known};
 }
 
 std::vector<Row> rows_of_settings(const View& view, std::vector<PCISetting_info> settings, bool are_pending) {
@@ -149,7 +155,7 @@ bool is_of(const Target& target, const Section& section, const View& view, const
 }
 
 std::vector<Found> all_of(const Target& target, Mask* mask) {
-  const std::vector<PCISetting_info> settings = settings_of(target.functions);
+  const Settings settings = settings_of(target.functions);
   const bool is_slot = target.place->location <= 1;  // others are bays
   std::vector<Found> all;
   for (const Section& section : kSections) {
@@ -160,8 +166,9 @@ std::vector<Found> all_of(const Target& target, Mask* mask) {
                                           std::vector<Row>()});
     if (is_pending || section.by == By::Setting) {
       const View of_place{
-          view.command, {}, view.columns, [&] { return rows_of_settings(view, settings, is_pending); }};
+          view.command, {}, view.columns, [&] { return rows_of_settings(view, settings.all, is_pending); }};
       found.rows = read_rows(of_place, mask);
+      if (is_pending && !settings.are_known) found.nothing = "Not known.";
     } else {
       found.rows = read_rows(view, mask);
       std::erase_if(found.rows, [&](const Row& row) { return !is_of(target, section, view, row); });

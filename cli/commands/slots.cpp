@@ -197,6 +197,16 @@ std::vector<Shown> read_shown() {
   return rows;
 }
 
+// Without them slots only lack their firmware.
+Components read_components() {
+  try {
+    return list_of<_ZELDB_PldmFirmware_List>("firmware",
+                                             [](auto* list) { return zeldb_get_pldm_firmware_list(list); });
+  } catch (const Failure&) {
+    return {};
+  }
+}
+
 }  // namespace
 
 // Lists are asked for once and joined here: a controller's tables are slow to be asked slot by slot.
@@ -207,8 +217,8 @@ std::vector<SlotRow> read_slots() {
   add_functions(slots, functions);
   add_adapters(slots);
   const Disks drives = read_drives();
-  const Components components = list_of<_ZELDB_PldmFirmware_List>(
-      "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); });
+  prepare_products();
+  const Components components = read_components();
   std::vector<R> rows;
   for (auto& [place, slot] : slots) {
     R& row = slot.shown;
