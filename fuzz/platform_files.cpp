@@ -72,6 +72,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   is_palomir_platform();
   int value = 0;
   if (aim_config_set_int("bits", 3, 0) == 0 && !is_platform)
-    expect(aim_config_get_int("bits", &value) == 0 && value == 3, "the number that was set");
+    expect(aim_config_get_int("bits", &value) != 0 && value == 3, "the number that was set");
   return 0;
 }
