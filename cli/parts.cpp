@@ -10,6 +10,7 @@
 #include <iterator>
 #include <set>
 
+#include "cli/components.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/slots.h"
@@ -104,8 +105,7 @@ void add_ports(uint32_t adapter, Part& part) {
 // Of all components in a slot.
 std::map<std::string, std::set<std::string>> firmware_by_place() {
   std::map<std::string, std::set<std::string>> versions;
-  for (const _ZELDB_PldmFirmware& component : list_of<_ZELDB_PldmFirmware_List>(
-           "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); })) {
+  for (const _ZELDB_PldmFirmware& component : read_components()) {
     const std::string version = known(component.VersionString);
     if (!version.empty()) versions[place_text({component.Location, component.SlotNo})].insert(version);
   }

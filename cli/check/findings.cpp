@@ -4,19 +4,50 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <set>
+#include <string_view>
 
 #include "cli/arguments.h"
 #include "cli/column.h"
+#include "cli/components.h"
 #include "cli/file.h"
 #include "cli/library.h"
 #include "cli/listing.h"
 #include "cli/parts.h"
 #include "cli/slots.h"
-#include "zeldb/firmware.h"
 
 namespace zeldb::cli::checks {
 
 namespace {
+
+constexpr bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// The digits that the text begins with, without leading zeros; the text is left with what follows.
+std::string_view take_number(std::string_view& text) {
+  const auto end = static_cast<size_t>(std::ranges::find_if_not(text, is_digit) - text.begin());
+  std::string_view number = text.substr(0, end);
+  number.remove_prefix(std::min(number.find_first_not_of('0'), end));
+  text.remove_prefix(end);
+  return number;
+}
+
+bool is_older(std::string_view version, std::string_view than) {
+  while (!version.empty() && !than.empty()) {
+    if (is_digit(version.front()) && is_digit(than.front())) {
+      const std::string_view number = take_number(version);
+      const std::string_view other = take_number(than);
+      if (number.size() != other.size()) return number.size() < other.size();
+      if (number != other) return number < other;
+      continue;
+    }
+    if (version.front() != than.front()) return version.front() < than.front();
+    version.remove_prefix(1);
+    than.remove_prefix(1);
+  }
+  return version.empty() && !than.empty();
+}
 
 // Collects what is wrong, a rule each.
 class Checks {
@@ -24,8 +55,10 @@ class Checks {
   explicit Checks(const Policy& policy) : policy_(policy) {}
 
   void health() {
-    for (const SlotRow& slot : read_slots())
-      add_health("adapter", place_text({slot.Location, slot.SlotNo}), health_text(slot.HealthStatus));
+    for (const SlotRow& slot : read_slots()) {
+      if (slot.Functions != 0)  // a card that was pulled keeps its row
+        add_health("adapter", place_text({slot.Location, slot.SlotNo}), health_text(slot.HealthStatus));
+    }
     for (const aim_disk_info_t& drive : drives_)
       add_health("drive", drive.Location, health_text(drive.HealthStatus));
     for (const View& view : views()) {
@@ -52,15 +85,13 @@ class Checks {
   }
 
   void firmware() {
-    constexpr uint32_t kWaits = 2;
-    for (const _ZELDB_PldmFirmware& component : list_of<_ZELDB_PldmFirmware_List>(
-             "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); })) {
+    for (const _ZELDB_PldmFirmware& component : read_components()) {
       const std::string place = place_text({component.Location, component.SlotNo});
       const std::string name = component.DeviceName;
-      if (component.UpdateErrCode != 0)
+      if (has_failed(component))
         add("firmware", place, policy_.firmware_failed,
             name + ": update failed: " + component.UpdateErrString);
-      if (component.Status == kWaits)
+      if (waits(component))
         add("firmware", place, policy_.firmware_waiting,
             name + ": " + component.PendingVersionString + " waits for its activation");
     }
@@ -68,11 +99,13 @@ class Checks {
 
   void ports() {
     if (policy_.baseline.empty()) return;
+    std::set<std::string> up;  // wherever the card sits by now
+    for (const Part& part : parts_) {
+      for (std::string& address : words_of(part.ports_up)) up.insert(std::move(address));
+    }
     for (const Part& before : parts_of_baseline(read_file(policy_.baseline), policy_.baseline)) {
-      const Part* const now = part_at(before.kind, before.place);
       for (const std::string& address : words_of(before.ports_up)) {
-        const auto up = now != nullptr ? words_of(now->ports_up) : std::vector<std::string>();
-        if (std::ranges::find(up, address) == up.end())
+        if (!up.contains(address))
           add("port", before.place, policy_.ports_down, address + " is down, was up in the baseline");
       }
     }
@@ -83,7 +116,7 @@ class Checks {
       for (const Part& part : parts_) {
         if (!is_it(wanted, part)) continue;
         for (const std::string& version : words_of(part.firmware)) {
-          if (strverscmp(version.c_str(), wanted.version.c_str()) < 0)
+          if (is_older(version, wanted.version))
             add(part.kind, part.place, wanted.severity,
                 "firmware " + version + " is older than " + wanted.version);
         }
@@ -145,12 +178,6 @@ class Checks {
       if (is_beyond(limit)) severity = std::max(severity, level);
     }
     return severity;
-  }
-
-  const Part* part_at(const std::string& kind, const std::string& place) const {
-    const auto found = std::ranges::find_if(
-        parts_, [&](const Part& part) { return part.kind == kind && part.place == place; });
-    return found != parts_.end() ? &*found : nullptr;
   }
 
   void add_health(const std::string& kind, const std::string& place, const std::string& health) {

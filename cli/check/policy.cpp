@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <stdexcept>
+#include <vector>
 
 #include "cli/command.h"
+#include "cli/text.h"
 
 namespace zeldb::cli::checks {
 
@@ -25,7 +28,7 @@ constexpr struct {
 
 // What a reader throws names the key that it is about.
 [[noreturn]] void refuse(const std::string& key, const std::string& why) {
-  throw std::runtime_error(key + ": " + why);
+  throw std::runtime_error(printable(key, Escape::Terminal) + ": " + why);
 }
 
 void read(Severity& severity, const std::string& key, const Json& json) {
@@ -45,7 +48,9 @@ void read(Limits& limits, const std::string& key, const Json& json) {
   for (const auto& [name, limit] : json.items()) {
     Severity severity{};
     read(severity, key, Json(name));
-    if (severity == Severity::Ok || !limit.is_number_integer())
+    const bool is_number = limit.is_number_integer() &&
+                           (!limit.is_number_unsigned() || limit.get<uint64_t>() <= uint64_t{INT64_MAX});
+    if (severity == Severity::Ok || !is_number)
       refuse(key, "has other than numbers for warning and critical");
     limits[severity] = limit.get<int64_t>();
   }
@@ -111,7 +116,21 @@ void expect_sense(const Policy& policy) {
   }
   for (const Wanted& wanted : policy.expected_parts) {
     if (wanted.place.empty()) refuse("expected_parts", "an entry without place");
+    if (!wanted.version.empty()) refuse("expected_parts", "version is for minimum_firmware");
   }
+}
+
+// Of a key that stands there twice the one or the other would be dropped in silence.
+Json parse(const std::string& text) {
+  std::vector<std::set<std::string>> open;  // keys of the objects around
+  const auto is_unique = [&open](int /*depth*/, Json::parse_event_t event, const Json& parsed) {
+    if (event == Json::parse_event_t::object_start) open.emplace_back();
+    if (event == Json::parse_event_t::object_end) open.pop_back();
+    if (event == Json::parse_event_t::key && !open.back().insert(parsed.get<std::string>()).second)
+      refuse(parsed.get<std::string>(), "is there twice");
+    return true;
+  };
+  return Json::parse(text, is_unique, false);
 }
 
 }  // namespace
@@ -123,10 +142,11 @@ const char* name_of(Severity severity) {
 }
 
 Policy policy_of(const std::string& text, const std::string& file) {
-  const Json json = Json::parse(text, nullptr, false);
-  if (!json.is_object() || !json.contains("format_version")) throw Failure(file + ": is no policy of zeldb");
   Policy policy;
   try {
+    const Json json = parse(text);
+    if (!json.is_object() || !json.contains("format_version"))
+      throw std::runtime_error("is no policy of zeldb");
     read_object(policy, file, json, kPolicyKeys);
     expect_sense(policy);
   } catch (const std::exception& error) {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "cli/answer.h"
 #include "cli/arguments.h"
 #include "cli/check/findings.h"
 #include "cli/check/policy.h"
@@ -61,20 +62,8 @@ std::vector<R> report_findings(Options& options) {
   return options.findings;
 }
 
-// Whatever goes wrong must not look like a finding.
 void run(const Options& options, const std::function<void()>& show) {
-  constexpr int kUnknown = static_cast<int>(Severity::Unknown);
-  try {
-    show();
-    // The reason is told at the end of the program, as for every command.
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw Failure("", kUnknown);
-  } catch (const Failure& failure) {
-    throw Failure(failure.what(), *failure.what() == '\0' ? failure.status : kUnknown);
-  } catch (const WrongUse& wrong) {
-    throw Failure(std::string("check: ") + wrong.what(), kUnknown);
-  } catch (const std::exception& other) {
-    throw Failure(std::string("check: ") + other.what(), kUnknown);
-  }
+  show_answer("check", static_cast<int>(Severity::Unknown), show);
   if (!options.findings.empty()) throw Failure("", static_cast<int>(options.findings.front().level));
 }
 
@@ -90,8 +79,7 @@ void setup_check(CLI::App& app) {
       .note(
           "A policy is an object with format_version 1 and any of: firmware_failed, firmware_waiting and "
           "ports_down (each \"warning\" or \"critical\"; a port that was up in the baseline); baseline (a "
-          "file "
-          "of zeldb baseline); life_percent and celsius ({\"warning\": N, \"critical\": N}) of drives; "
+          "file of zeldb baseline); life_percent and celsius ({\"warning\": N, \"critical\": N}) of drives; "
           "minimum_firmware and expected_parts (lists of objects with kind, place, part, version and "
           "severity).")
       .around([options, &app](const std::function<void()>& show) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include "cli/answer.h"
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/file.h"
@@ -50,21 +51,8 @@ std::vector<Difference> compare(Options& options) {
   return rows;
 }
 
-// Status 1 says that something differs: whatever goes wrong must not look like that.
 void run(const Options& options, const std::function<void()>& show) {
-  try {
-    show();
-  } catch (const Failure& failure) {
-    if (failure.status == kSame) throw;
-    throw Failure(failure.what(), kTrouble);
-  } catch (const WrongUse&) {
-    throw;
-  } catch (const std::exception& error) {
-    throw Failure(std::string("diff: ") + error.what(), kTrouble);
-  }
-  // The reason is told at the end of the program, as for every command.
-  const bool is_lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
-  if (is_lost && errno != EPIPE) throw Failure("", kTrouble);
+  show_answer("diff", kTrouble, show);
   if (options.differs) throw Failure("", kDifferent);
 }
 

@@ -37,10 +37,9 @@ void setup_export(CLI::App& app) {
       app, [options] { write_export(*options); },
       "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one SQLite "
       "database. Every other command reads it with --from. Secrets among the settings stay out of it, masked "
-      "or not "
-      "(see zeldb pending --help). Look at it before you give it away: --mask leaves the columns that zeldb "
-      "columns "
-      "--unmasked lists, and in messages of firmware replaces nothing but addresses and what it knows from "
+      "or not (see zeldb pending --help). Look at it before you give it away: --mask leaves the columns that "
+      "zeldb columns --unmasked lists, and in messages of firmware replaces nothing but addresses and what "
+      "it knows from "
       "elsewhere.");
 }
 

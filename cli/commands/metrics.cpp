@@ -64,10 +64,9 @@ void setup_metrics(CLI::App& app) {
   set_action(
       app, [options] { write_metrics(*options); },
       "The text is in the format of Prometheus, and of OpenMetrics as well: gauges alone. A label has at "
-      "most 64 "
-      "characters, a metric at most 2000 series; what is beyond is counted in zeldb_series_left_out. What "
-      "cannot be "
-      "read is said on standard error, zeldb_section_up is 0 for it, and the exit status is 1.");
+      "most 64 characters, a metric at most 2000 series; what is beyond is counted in zeldb_series_left_out. "
+      "What cannot be read is said on standard error, zeldb_section_up is 0 for it, and the exit status is "
+      "1.");
 }
 
 }  // namespace zeldb::cli

@@ -187,12 +187,9 @@ void setup_pending(CLI::App& app) {
        changing.front());
   listing.note(
       "Settings that hold secrets are those of type 5, and texts and numbers whose id, name or description "
-      "says so "
-      "(password, secret, credential, private key, ...). Their values are shown by no command and left out "
-      "of "
-      "exports: (secret) stands for them, (other secret) for a pending one that differs. Give them as ID=-: "
-      "what "
-      "stands on a command line is seen by other users.");
+      "says so (password, secret, credential, private key, ...). Their values are shown by no command and "
+      "left out of exports: (secret) stands for them, (other secret) for a pending one that differs. Give "
+      "them as ID=-: what stands on a command line is seen by other users.");
   listing.view(kColumns, read_pending).around([options](const std::function<void()>& show) {
     if (options->set.empty() && options->cancelled.empty())
       show();

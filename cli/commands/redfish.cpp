@@ -47,8 +47,7 @@ void setup_redfish(CLI::App& app) {
   set_action(
       app, [options] { run(*options); },
       "Any web server that gives index.json for a folder serves the tree, and so do the DMTF's mockup "
-      "servers. "
-      "Nothing is written when a link of it would lead nowhere.");
+      "servers. Nothing is written when a link of it would lead nowhere.");
 }
 
 }  // namespace zeldb::cli

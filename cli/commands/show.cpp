@@ -308,10 +308,9 @@ void setup_show(CLI::App& app) {
   set_action(
       app, [options] { show(*options); },
       "Of a slot that is the card and its health, firmware that runs, waits or has failed, network ports, "
-      "the "
-      "settings that change with the next start, PCI functions with their links, NC-SI packages, vital "
-      "product "
-      "data, GPUs, the drives behind it and BIOS settings. What there is one of is shown a line each.");
+      "the settings that change with the next start, PCI functions with their links, NC-SI packages, vital "
+      "product data, GPUs, the drives behind it and BIOS settings. What there is one of is shown a line "
+      "each.");
 }
 
 }  // namespace zeldb::cli

@@ -9,6 +9,7 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/components.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
@@ -198,10 +199,9 @@ std::vector<Shown> read_shown() {
 }
 
 // Without them slots only lack their firmware.
-Components read_components() {
+Components components_if_told() {
   try {
-    return list_of<_ZELDB_PldmFirmware_List>("firmware",
-                                             [](auto* list) { return zeldb_get_pldm_firmware_list(list); });
+    return read_components();
   } catch (const Failure&) {
     return {};
   }
@@ -218,7 +218,7 @@ std::vector<SlotRow> read_slots() {
   add_adapters(slots);
   const Disks drives = read_drives();
   prepare_products();
-  const Components components = read_components();
+  const Components components = components_if_told();
   std::vector<R> rows;
   for (auto& [place, slot] : slots) {
     R& row = slot.shown;

@@ -10,6 +10,7 @@
 #include "cli/arguments.h"
 #include "cli/column.h"
 #include "cli/command.h"
+#include "cli/components.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/metrics/metrics.h"
@@ -98,14 +99,12 @@ class Reader {
   }
 
   void firmware() {
-    constexpr uint32_t kWaits = 2;
-    for (const _ZELDB_PldmFirmware& component : list_of<_ZELDB_PldmFirmware_List>(
-             "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); })) {
+    for (const _ZELDB_PldmFirmware& component : read_components()) {
       const Labels labels{{"place", place_text({component.Location, component.SlotNo})},
                           {"device", component.DeviceName},
                           {"software", component.SoftwareID}};
-      metrics_.add("zeldb_firmware_update_failed", labels, component.UpdateErrCode != 0 ? 1 : 0);
-      metrics_.add("zeldb_firmware_update_pending", labels, component.Status == kWaits ? 1 : 0);
+      metrics_.add("zeldb_firmware_update_failed", labels, has_failed(component) ? 1 : 0);
+      metrics_.add("zeldb_firmware_update_pending", labels, waits(component) ? 1 : 0);
     }
   }
 

@@ -50,8 +50,7 @@ Json help_of(const Machine& machine, const PCISetting_info& setting) {
 constexpr Property<Row> kProperties[] = {
     REDFISH_BY("AttributeName", "SettingID",
                "what is no letter or digit becomes `_`; `Attribute_` before one that begins with no letter; "
-               "equal names "
-               "are numbered",
+               "equal names are numbered",
                row.name),
     REDFISH_BY("Type", "Type, Maxinstances, Numchoices",
                "3 `Integer`, 4 `String`; a secret `Password`; one of choices that are all known "

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "cli/arguments.h"
+#include "cli/components.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/parts.h"
@@ -255,8 +256,7 @@ void add_storages(Machine& machine) {
 
 void add_components(Machine& machine) {
   Ids ids;
-  for (const _ZELDB_PldmFirmware& record : list_of<_ZELDB_PldmFirmware_List>(
-           "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); })) {
+  for (const _ZELDB_PldmFirmware& record : read_components()) {
     Component component;
     component.record = record;
     component.is_waiting = false;
@@ -272,7 +272,7 @@ void add_components(Machine& machine) {
       if (device->package.empty()) device->package = record.PkgVersionString;
     }
     machine.components.push_back(component);
-    if (record.Status != kWaits) continue;
+    if (!waits(record)) continue;
     component.is_waiting = true;
     name_entry(component, ids, kFirmware, name + "-pending");
     machine.components.push_back(component);

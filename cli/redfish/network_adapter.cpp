@@ -40,8 +40,7 @@ constexpr Property<Row> kProperties[] = {
                "MaxNumberofLogicalPorts",
                "one: `FirmwarePackageVersion` of the slot's component, `PCIeInterface` as of the PCIeDevice, "
                "`NetworkPortCount` and `NetworkDeviceFunctionCount` as sums over the functions, links to the "
-               "device, "
-               "its ports, its functions and its firmware",
+               "device, its ports, its functions and its firmware",
                Json::array({controller_of(row, machine)})),
     REDFISH_BY("Ports", "", "its ports", link(row.adapter + "/Ports")),
     REDFISH_BY("NetworkDeviceFunctions", "", "its logical ports",

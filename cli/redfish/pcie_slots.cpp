@@ -47,8 +47,7 @@ Json lanes_of(uint8_t width) {
 constexpr Property<Row> kProperties[] = {
     REDFISH_BY("PCIeType", "SlotType",
                "SMBIOS: 0xA5 to 0xAA `Gen1`, to 0xB0 `Gen2`, to 0xB6 `Gen3`, 0xB8 to 0xBD `Gen4`, to 0xC3 "
-               "`Gen5`, 0xC4 "
-               "`Gen6`; others null",
+               "`Gen5`, 0xC4 `Gen6`; others null",
                generation_of(row.function.SlotType)),
     REDFISH_BY("SlotType", "SlotType",
                "SMBIOS: 0x14 to 0x17 `M2`, 0x1F, 0x20 and 0x24 `U2`, 0x26 `OCP3Small`, 0x27 `OCP3Large`; "

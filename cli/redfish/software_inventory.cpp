@@ -8,11 +8,11 @@ namespace {
 
 using Row = Component;
 
-constexpr About kAbout = {
-    "SoftwareInventory", "v1_13_0", "UpdateService/FirmwareInventory/{PCIKey}-{DeviceType}-{SoftwareID}",
-    "One component: `_ZELDB_PldmFirmware` of `zeldb_get_pldm_firmware_list`. Where an update waits for its "
-    "activation "
-    "(`Status` 2) there is a second resource, whose id ends with `-pending`, for the version that waits."};
+constexpr About kAbout = {"SoftwareInventory", "v1_13_0",
+                          "UpdateService/FirmwareInventory/{PCIKey}-{DeviceType}-{SoftwareID}",
+                          "One component: `_ZELDB_PldmFirmware` of `zeldb_get_pldm_firmware_list`. Where an "
+                          "update waits for its activation (`Status` 2) there is a second resource, whose id "
+                          "ends with `-pending`, for the version that waits."};
 
 bool has_failed(const Row& row) {
   return row.record.UpdateErrCode != 0 && !row.is_waiting;

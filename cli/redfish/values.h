@@ -15,8 +15,6 @@
 
 namespace zeldb::cli::redfish {
 
-constexpr uint32_t kWaits = 2;  // the status of a component
-
 // Left out where it does not apply to this part. By value, as the members of some records are not aligned.
 template <typename Value>
 Json only_if(bool applies, Value value) {

@@ -105,6 +105,34 @@ TEST_P(Baseline, OfNothingIsOne) {
   expect_same();
 }
 
+TEST_P(Baseline, ACheckFollowsItsPolicy) {
+  load_sample();
+  const auto check = [this](const std::string& policy) {
+    std::ofstream(file_) << "{\"format_version\":1," << policy << "}";
+    return run_zeldb({"check", file_});
+  };
+  const std::pair<const char*, const char*> refused[] = {
+      {R"("celsius":{"warning":18446744073709551615})", "celsius: has other than numbers"},
+      {R"("ports_down":"critical","ports_down":"ok")", "ports_down: is there twice"},
+      {R"("a\u001b":1)", "a\\x1b: no such key"},
+      {R"("expected_parts":[{"place":"1:1","part":"03-50107","version":"1"}])", "version is for"}};
+  for (const auto& [policy, why] : refused) expect_failure(check(policy), 3, why);
+  // It runs 52.26.0-5179.
+  const std::pair<const char*, bool> least[] = {{"8.9", true},     {"052.0026.0-5179", true},
+                                                {"52.26.0", true}, {"52.26.0-5180", false},
+                                                {"52.100", false}, {"100", false}};
+  for (const auto& [version, is_met] : least) {
+    const Outcome seen =
+        check(R"("minimum_firmware":[{"part":"03-50107","version":")" + std::string(version) + "\"}]");
+    EXPECT_EQ(seen.out.find("is older than") == std::string::npos, is_met) << version;
+    EXPECT_EQ(seen.exit_status, is_met ? 1 : 2) << version;
+  }
+  // A card that was pulled keeps its row; its health is nobody's concern.
+  EXPECT_NE(check(R"("celsius":{})").out.find("1:8"), std::string::npos);
+  database.run("DELETE FROM PCIs WHERE Location=1 AND SlotNo=8");
+  EXPECT_EQ(check(R"("celsius":{})").out.find("1:8"), std::string::npos);
+}
+
 TEST_P(Baseline, TroubleIsNoDifference) {
   take();
   const std::string good = content_of(file_);

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Devices whose firmware is told and updated by PLDM.
+#ifndef CLI_COMPONENTS_H
+#define CLI_COMPONENTS_H
+
+#include <vector>
+
+#include "zeldb/firmware.h"
+
+namespace zeldb::cli {
+
+std::vector<_ZELDB_PldmFirmware> read_components();
+
+// Its last update has.
+bool has_failed(const _ZELDB_PldmFirmware& component);
+// For its activation.
+bool waits(const _ZELDB_PldmFirmware& component);
+
+}  // namespace zeldb::cli
+
+#endif
