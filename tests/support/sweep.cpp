@@ -160,7 +160,7 @@ struct Judge {
     const bool absent =
         below.starts_with("   0") || (unopened && below.find("untouched") != std::string::npos);
     if (!well && is_list && !absent && !allowed.contains("part") && below != after["below"])
-      wrong += "part of a list " + below;
+      wrong += "part of a list, status " + status + ": " + below;
     return wrong + verdict_on_rows(run["rows"], well);
   }
 

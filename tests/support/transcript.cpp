@@ -274,8 +274,9 @@ TEST_P(Transcript, IsRepeated) {
   int number = 0;
   for (std::string line, other; std::getline(wanted, other);) {
     ++number;
+    ASSERT_EQ(std::getline(got, line) ? line : "nothing", other)
+        << name << ":" << number << ", after " << command;
     if (other.starts_with("$ ")) command = other;
-    ASSERT_EQ(std::getline(got, line) ? line : "nothing", other) << name << ":" << number << ": " << command;
   }
   EXPECT_EQ(seen_.size(), expected.size()) << name;
 }
