@@ -147,7 +147,7 @@ Parts adapters(const Inventory& inventory) {
     if (const auto components = firmware.find(part.place); components != firmware.end()) {
       part.firmware.clear();
       for (const std::string& version : components->second)
-        part.firmware += (part.firmware.empty() ? "" : " ") + version;
+        part.firmware += (part.firmware.empty() ? "" : kVersionSeparator) + version;
     }
     parts.push_back(part);
   }

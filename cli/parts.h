@@ -15,6 +15,8 @@
 namespace zeldb::cli {
 
 constexpr int kBaselineVersion = 1;
+// Between the versions that run in one place; a version may have blanks.
+constexpr const char* kVersionSeparator = " and ";
 
 // Texts are fit to be shown; an empty one is not known. Kind and place identify a part within its machine.
 struct Part {
@@ -25,8 +27,8 @@ struct Part {
   std::string model{};
   std::string part_number{};
   std::string serial_number{};
-  std::string address{};  // of its first port
-  std::string firmware{};
+  std::string address{};                    // of its first port
+  std::string firmware{};                   // that runs, not what waits
   std::string ports_up{};                   // addresses of its ports with a link
   std::map<std::string, uint64_t> sizes{};  // by what is counted
 };

@@ -35,6 +35,26 @@ bool is_other_part(const Part& before, const Part& now) {
                              [&](std::string Part::*text) { return differ(before.*text, now.*text); });
 }
 
+// A serial number is unique for its maker alone: two parts that share one are the same unless the first of
+// these that is known of both differs.
+bool is_same_make(const Part& before, const Part& now) {
+  for (std::string Part::*text : {&Part::part_number, &Part::model, &Part::name}) {
+    if (!(before.*text).empty() && !(now.*text).empty()) return before.*text == now.*text;
+  }
+  return true;
+}
+
+// The place without the number that tells several parts in it apart: who gets which number depends on what
+// else is there.
+std::string shared_place(const Part& part, const std::vector<Part>& parts) {
+  const size_t mark = part.place.rfind(" #");
+  if (mark == std::string::npos) return part.place;
+  const std::string place = part.place.substr(0, mark);
+  const bool is_shared = std::ranges::any_of(
+      parts, [&](const Part& other) { return other.kind == part.kind && other.place == place; });
+  return is_shared ? place : part.place;
+}
+
 bool is_smaller(const Part& before, const Part& now) {
   return std::ranges::any_of(before.sizes, [&now](const auto& size) {
     const auto found = now.sizes.find(size.first);
@@ -85,14 +105,15 @@ Known known_parts(const std::vector<Part>& parts) {
 class Comparison {
  public:
   Comparison(const std::vector<Part>& before, const std::vector<Part>& now)
-      : known_before_(known_parts(before)), known_now_(known_parts(now)) {}
+      : before_(before), now_(now), known_before_(known_parts(before)), known_now_(known_parts(now)) {}
 
   // What was in a place, and what is; null for nothing.
   void place(const Part* before, const Part* now) {
     if (before != nullptr && elsewhere(*before, known_before_, known_now_) != nullptr) before = nullptr;
     if (const Part* const origin = now != nullptr ? elsewhere(*now, known_now_, known_before_) : nullptr) {
       if (before != nullptr) add("removed", *before);
-      moved(*origin, *now);
+      const bool is_there = shared_place(*origin, before_) == shared_place(*now, now_);
+      is_there ? both(*origin, *now) : moved(*origin, *now);
     } else if (before != nullptr && now != nullptr) {
       both(*before, *now);
     } else if (before != nullptr || now != nullptr) {
@@ -108,7 +129,8 @@ class Comparison {
     const auto mine = own.find({part.kind, part.serial_number});
     const auto other = others.find({part.kind, part.serial_number});
     if (mine == own.end() || mine->second != &part || other == others.end()) return nullptr;
-    const bool is_elsewhere = other->second != nullptr && other->second->place != part.place;
+    const bool is_elsewhere =
+        other->second != nullptr && other->second->place != part.place && is_same_make(part, *other->second);
     return is_elsewhere ? other->second : nullptr;
   }
 
@@ -138,6 +160,8 @@ class Comparison {
     return &rows.emplace_back(difference(change, part));
   }
 
+  const std::vector<Part>& before_;
+  const std::vector<Part>& now_;
   Known known_before_;
   Known known_now_;
   std::set<std::string> other_adapters_;

@@ -101,10 +101,10 @@ class Checks {
     if (policy_.baseline.empty()) return;
     std::set<std::string> up;  // wherever the card sits by now
     for (const Part& part : parts_) {
-      for (std::string& address : words_of(part.ports_up)) up.insert(std::move(address));
+      for (std::string& address : split(part.ports_up, " ")) up.insert(std::move(address));
     }
     for (const Part& before : parts_of_baseline(read_file(policy_.baseline), policy_.baseline)) {
-      for (const std::string& address : words_of(before.ports_up)) {
+      for (const std::string& address : split(before.ports_up, " ")) {
         if (!up.contains(address))
           add("port", before.place, policy_.ports_down, address + " is down, was up in the baseline");
       }
@@ -115,7 +115,7 @@ class Checks {
     for (const Wanted& wanted : policy_.minimum_firmware) {
       for (const Part& part : parts_) {
         if (!is_it(wanted, part)) continue;
-        for (const std::string& version : words_of(part.firmware)) {
+        for (const std::string& version : split(part.firmware, kVersionSeparator)) {
           if (is_older(version, wanted.version))
             add(part.kind, part.place, wanted.severity,
                 "firmware " + version + " is older than " + wanted.version);
@@ -145,16 +145,14 @@ class Checks {
   }
 
  private:
-  static std::vector<std::string> words_of(const std::string& text) {
-    std::vector<std::string> words(1);
-    for (const char c : text) {
-      if (c == ' ')
-        words.emplace_back();
-      else
-        words.back() += c;
+  static std::vector<std::string> split(std::string_view text, std::string_view separator) {
+    std::vector<std::string> parts;
+    while (!text.empty()) {
+      const size_t end = std::min(text.find(separator), text.size());
+      if (end != 0) parts.emplace_back(text.substr(0, end));
+      text.remove_prefix(std::min(end + separator.size(), text.size()));
     }
-    std::erase(words, "");
-    return words;
+    return parts;
   }
 
   static std::string shown(const Part& part) {

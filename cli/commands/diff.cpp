@@ -27,7 +27,8 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     whole(ZELDB_COLUMN(R, PreviousSerialNo, "WAS", "Serial number of the part that was replaced")),
-    ZELDB_COLUMN(R, Detail, "DETAIL", "What else differs, before and now"),
+    ZELDB_COLUMN(R, Detail, "DETAIL",
+                 "What else differs, before and now; of firmware the versions that run, not those that wait"),
     ZELDB_COLUMN(R, Name, "NAME", "What it is called"),
 };
 

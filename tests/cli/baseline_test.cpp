@@ -41,6 +41,7 @@ const std::vector<std::string> kChanges = {
     "UPDATE AimDisks SET Capacity='480GB' WHERE BayNo=1 AND LocationId=2",
     "UPDATE PldmDeviceFirmware SET VersionString='27.1' WHERE SlotNo=2 AND Location=1",
     "UPDATE EmbeddedDeviceFirmware SET Version=13 WHERE SoftwareID='EMB-PSEQ'",
+    "INSERT INTO PldmDeviceFirmware (Location, SlotNo, SoftwareID, VersionString) VALUES (1, 1, 'x', '7 b')",
     // Another part: by its serial number, its address, its PCI ids.
     "UPDATE Memory SET SerialNo='4A6B1177', PartNo='M321R2' WHERE SlotNo=1",
     "UPDATE NVMeDrives SET SupplierSN='S55KNC0R100800' WHERE Location=1 AND SlotNo=6",
@@ -66,6 +67,7 @@ const std::string kTold =
     "shrank\tmemory\tDIMM 3, slot 3\t4A6B1102\t\tMiB 32768 -> 0\n"
     "removed\tmemory\tDIMM 19, slot 19\t3C5D0018\t\t\n"
     "replaced\tadapter\t0:1\t\t\t\n"
+    "changed\tadapter\t1:1\t\t\tfirmware 52.26.0-5179 -> 52.26.0-5179 and 7 b\n"
     "changed\tadapter\t1:2\tMT2200001\t\tfirmware 26.36.1010 -> 27.1\n"
     "removed\tadapter\t1:4\t1652022000002\t\t\n"
     "replaced\tadapter\t1:5\t\t\tmodel 8086:1572:8086:0007 -> 8086:1572:8086:0001\n"
@@ -98,6 +100,34 @@ TEST_P(Baseline, TellsWhatBecameOfEachPart) {
   ASSERT_EQ(run_zeldb({"baseline", "--force", "--from", exported, file_}).exit_status, 0);
   setenv("ZEL_DB_URL", database.url().c_str(), 1);
   expect_same();
+}
+
+// A baseline with these parts, and what is told of them now.
+TEST_P(Baseline, TellsWhatMovedFromWhatDidNot) {
+  const auto module = [](const std::string& place, const std::string& part, const std::string& serial) {
+    return R"({"kind":"memory","place":")" + place + R"(","part_number":")" + part +
+           R"(","serial_number":")" + serial + "\"}";
+  };
+  const struct {
+    std::string before;
+    std::string rows;
+    std::string told;
+  } cases[] = {
+      // Of two in one place the first goes, or another one comes: the number is nobody's place.
+      {module("A", "P", "S1") + "," + module("A #2", "P", "S2"), "(0,'A','S2','P',8)", "removed\tA\tS1\n"},
+      {module("A", "P", "S2"), "(0,'A','S1','P',8),(0,'A','S2','P',8)", "added\tA\tS1\n"},
+      {module("A #1", "P", "S1"), "(0,'A #2','S1','P',8)", "moved\tA #2\tS1\n"},
+      // Two makers, one serial number.
+      {module("A", "P", "S1"), "(0,'B','S1','Q',8)", "removed\tA\tS1\nadded\tB\tS1\n"},
+      {module("A", "P", "S1"), "(0,'B','S1','P',8)", "moved\tB\tS1\n"},
+      {module("A", "", "S1"), "(0,'B','S1','Q',8)", "moved\tB\tS1\n"},
+  };
+  for (const auto& [before, rows, told] : cases) {
+    database.run_all({"DELETE FROM Memory",
+                      "INSERT INTO Memory (SlotNo, DevLocator, SerialNo, PartNo, MemSize) VALUES " + rows});
+    std::ofstream(file_) << R"({"format_version":1,"parts":[)" << before << "]}";
+    EXPECT_EQ(diff({"--raw", "--no-headings", "--output", "Change,Place,SerialNo"}).out, told) << before;
+  }
 }
 
 TEST_P(Baseline, OfNothingIsOne) {
