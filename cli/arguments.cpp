@@ -16,6 +16,7 @@ namespace {
 template <typename Value>
 bool parse(std::string_view text, Value& number, int base = 10) {
   const char* const end = text.data() + text.size();
+  if (text.starts_with('-')) return false;  // what is counted here has no sign
   const auto [stop, error] = std::from_chars(text.data(), end, number, base);
   return error == std::errc() && stop == end;
 }

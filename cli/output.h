@@ -24,7 +24,7 @@ struct Table {
 struct TableStyle {
   bool has_headings = true;
   Terminal terminal{};
-  bool keeps_columns = false;  // those that were asked for by name stay where a line runs over
+  bool keeps_columns = false;  // those that were asked for by name are cut before any goes
 };
 
 // A value as a table shows it, with characters beyond ASCII.
@@ -36,7 +36,8 @@ struct PrintedTable {
 };
 
 // Aligned columns; ASCII alone unless the locale is of UTF-8. On a terminal texts are cut to what is left of
-// the line, but not below 20 places; then columns are left out, minor ones first, from the right.
+// the line, which an ellipsis shows, but not below 20 places; then columns are left out, minor ones first,
+// from the right.
 PrintedTable as_table(const Table& table, const TableStyle& style);
 
 // Fields separated by tabs; numbers as they are, control characters and backslashes escaped.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Tables for people: libsmartcols knows widths, alignment, truncation, trees and colours; here is which
-// columns a terminal has room for.
+// Tables for people: libsmartcols knows widths, alignment, trees and colours; here is what a terminal has
+// room for, because the library cuts texts without an ellipsis.
 #include <libsmartcols/libsmartcols.h>
 
 #include <algorithm>
@@ -19,8 +19,7 @@ namespace {
 
 constexpr const char* kGap = "  ";
 constexpr size_t kNarrowest = 20;  // that a text is cut to
-
-using Sheet = std::unique_ptr<libscols_table, decltype(&scols_unref_table)>;
+constexpr size_t kNarrowestAskedFor = 6;
 
 void expect_done(int status) {
   if (status != 0) throw std::bad_alloc();
@@ -48,20 +47,46 @@ const char* colour_of(const std::string& health) {
 int flags_of(const Column& column, bool is_branch) {
   const bool is_left = is_text(column.type) || is_health(column);
   const int tree = is_branch ? SCOLS_FL_TREE : 0;
-  return tree | (is_left ? 0 : SCOLS_FL_RIGHT) | (is_cut(column) ? SCOLS_FL_TRUNC : 0);
+  return tree | (is_left ? 0 : SCOLS_FL_RIGHT);
 }
 
-std::string in_locale(const std::string& text) {
-  return prints_utf8() ? text : printable(text, Escape::Ascii);
+// A table as the library has it: what is in columns of a limited width is cut to it, and a width of 0 leaves
+// the column out.
+class Sheet {
+ public:
+  Sheet(const Table& table, const TableStyle& style, std::vector<size_t> widths = {});
+
+  libscols_table* get() const { return sheet_.get(); }
+  std::string print() const;
+
+ private:
+  struct Release {
+    void operator()(libscols_table* sheet) const { scols_unref_table(sheet); }
+  };
+
+  std::string cut_at(size_t place, const std::string& text) const {
+    const std::string shown = in_locale(text);
+    return widths_.empty() || widths_[place] == 0 ? shown : cut_to_places(shown, widths_[place]);
+  }
+  void set_text(libscols_line* line, size_t place, const std::string& text) {
+    expect_done(scols_line_set_data(line, place, cut_at(place, text).c_str()));
+  }
+  void add_column(const Column& column, size_t place, bool is_branch);
+  void add_row(libscols_line* parent, const std::vector<Column>& columns, const Row& row);
+  void add_headings(const std::vector<Column>& columns);
+
+  std::unique_ptr<libscols_table, Release> sheet_;
+  std::vector<size_t> widths_;
+};
+
+void Sheet::add_column(const Column& column, size_t place, bool is_branch) {
+  const bool is_hidden = !widths_.empty() && widths_[place] == 0;
+  const int flags = flags_of(column, is_branch) | (is_hidden ? SCOLS_FL_HIDDEN : 0);
+  expect_made(scols_table_new_column(get(), cut_at(place, column.heading).c_str(), 0, flags));
 }
 
-void set_text(libscols_line* line, size_t place, const std::string& text) {
-  expect_done(scols_line_set_data(line, place, in_locale(text).c_str()));
-}
-
-void add_row(libscols_table* sheet, libscols_line* parent, const std::vector<Column>& columns,
-             const Row& row) {
-  libscols_line* const line = expect_made(scols_table_new_line(sheet, parent));
+void Sheet::add_row(libscols_line* parent, const std::vector<Column>& columns, const Row& row) {
+  libscols_line* const line = expect_made(scols_table_new_line(get(), parent));
   for (size_t place = 0; place < row.size(); ++place) {
     const std::string cell = cell_of(columns[place], row[place]);
     set_text(line, place, cell);
@@ -71,51 +96,42 @@ void add_row(libscols_table* sheet, libscols_line* parent, const std::vector<Col
 }
 
 // The library prints nothing of a table without lines.
-void add_headings(libscols_table* sheet, const std::vector<Column>& columns) {
-  libscols_line* const line = expect_made(scols_table_new_line(sheet, nullptr));
+void Sheet::add_headings(const std::vector<Column>& columns) {
+  libscols_line* const line = expect_made(scols_table_new_line(get(), nullptr));
   for (size_t place = 0; place < columns.size(); ++place) set_text(line, place, columns[place].heading);
 }
 
-Sheet sheet_of(const Table& table, const TableStyle& style) {
-  Sheet sheet(expect_made(scols_new_table()), scols_unref_table);
-  scols_table_enable_noencoding(sheet.get(), 1);  // cells are printable
-  scols_table_enable_minout(sheet.get(), 1);      // no spaces at the end of a line
-  scols_table_enable_ascii(sheet.get(), prints_utf8() ? 0 : 1);
-  scols_table_enable_colors(sheet.get(), style.terminal.has_colour ? 1 : 0);
-  scols_table_enable_noheadings(sheet.get(), style.has_headings && !table.rows.empty() ? 0 : 1);
-  scols_table_set_termforce(sheet.get(), SCOLS_TERMFORCE_NEVER);
-  expect_done(scols_table_set_column_separator(sheet.get(), kGap));
-  for (const Column& column : table.columns) {
-    const bool is_branch = !table.branches.empty() && &column == &table.columns.front();
-    expect_made(scols_table_new_column(sheet.get(), column.heading, 0, flags_of(column, is_branch)));
-  }
+Sheet::Sheet(const Table& table, const TableStyle& style, std::vector<size_t> widths)
+    : sheet_(expect_made(scols_new_table())), widths_(std::move(widths)) {
+  scols_table_enable_noencoding(get(), 1);  // cells are printable
+  scols_table_enable_minout(get(), 1);      // no spaces at the end of a line
+  scols_table_enable_ascii(get(), prints_utf8() ? 0 : 1);
+  scols_table_enable_colors(get(), style.terminal.has_colour ? 1 : 0);
+  scols_table_enable_noheadings(get(), style.has_headings && !table.rows.empty() ? 0 : 1);
+  scols_table_set_termforce(get(), SCOLS_TERMFORCE_NEVER);
+  expect_done(scols_table_set_column_separator(get(), kGap));
+  for (size_t place = 0; place < table.columns.size(); ++place)
+    add_column(table.columns[place], place, place == 0 && !table.branches.empty());
   std::map<std::string, libscols_line*> branches{{"", nullptr}};
   for (size_t place = 0; place < table.rows.size(); ++place) {
     const std::string& name = table.branches.empty() ? "" : table.branches[place];
     const auto [branch, is_new] = branches.try_emplace(name, nullptr);
     if (is_new) {
-      branch->second = expect_made(scols_table_new_line(sheet.get(), nullptr));
-      set_text(branch->second, 0, name);
+      branch->second = expect_made(scols_table_new_line(get(), nullptr));
+      expect_done(scols_line_set_data(branch->second, 0, in_locale(name).c_str()));
     }
-    add_row(sheet.get(), branch->second, table.columns, table.rows[place]);
+    add_row(branch->second, table.columns, table.rows[place]);
   }
-  if (table.rows.empty() && style.has_headings) add_headings(sheet.get(), table.columns);
-  return sheet;
+  if (table.rows.empty() && style.has_headings) add_headings(table.columns);
 }
 
-std::string print(libscols_table* sheet) {
+std::string Sheet::print() const {
   char* text = nullptr;
-  expect_done(scols_print_table_to_string(sheet, &text));
+  expect_done(scols_print_table_to_string(get(), &text));
   const std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
   std::string printed = text != nullptr ? text : "";
   if (!printed.empty()) printed += '\n';
   return printed;
-}
-
-// How narrow a column can become, once the sheet has been printed in its full width.
-size_t least_width(libscols_table* sheet, const std::vector<Column>& columns, size_t place) {
-  const size_t width = scols_column_get_width(scols_table_get_column(sheet, place));
-  return is_cut(columns[place]) ? std::min(width, kNarrowest) : width;
 }
 
 // Minor columns go first, from the right; the first column stays.
@@ -129,46 +145,86 @@ std::vector<size_t> order_of_leaving(const std::vector<Column>& columns) {
   return places;
 }
 
-std::vector<std::string> fit(libscols_table* sheet, const std::vector<Column>& columns,
-                             const TableStyle& style) {
-  const size_t gap = std::string_view(kGap).size();
-  const size_t room = style.terminal.width;
-  size_t width = 0;
-  for (size_t place = 0; place < columns.size(); ++place) width += least_width(sheet, columns, place) + gap;
-  width -= gap;
-  std::vector<bool> is_hidden(columns.size());
-  for (const size_t place : order_of_leaving(columns)) {
-    if (width <= room || style.keeps_columns) break;
-    is_hidden[place] = true;
-    width -= least_width(sheet, columns, place) + gap;
+// What a terminal has room for. Widths are those of the sheet once it has been printed in full.
+class Fitting {
+ public:
+  Fitting(libscols_table* sheet, const Table& table, size_t room)
+      : sheet_(sheet), table_(table), room_(room), widths_(table.columns.size()) {
+    for (size_t place = 0; place < widths_.size(); ++place) widths_[place] = width_of(place);
   }
-  std::vector<std::string> hidden;
-  for (size_t place = 0; place < columns.size(); ++place) {
-    libscols_column* const column = scols_table_get_column(sheet, place);
-    if (is_hidden[place]) {
-      hidden.emplace_back(columns[place].heading);
-      scols_column_set_flags(column, scols_column_get_flags(column) | SCOLS_FL_HIDDEN);
-    } else if (is_cut(columns[place])) {
-      // The library takes from such texts alone while one of them has a larger share of the terminal than
-      // this.
-      const auto least = static_cast<double>(least_width(sheet, columns, place));
-      scols_column_set_whint(column, (least + 1.5) / static_cast<double>(room));
+
+  // 0 for a column that is left out.
+  const std::vector<size_t>& fit(bool keeps_columns) {
+    narrow(kNarrowest, is_cut);
+    if (keeps_columns) {
+      narrow(kNarrowestAskedFor, is_cut);
+      for (const size_t least : {kNarrowestAskedFor, size_t{1}})
+        narrow(least, [](const Column&) { return true; });
+    }
+    for (const size_t place : order_of_leaving(table_.columns)) {
+      if (excess() == 0) break;
+      widths_[place] = 0;
+    }
+    if (!keeps_columns) widen();
+    return widths_;
+  }
+
+ private:
+  size_t excess() const {
+    size_t width = 0;
+    for (const size_t taken : widths_) {
+      if (taken != 0) width += taken + (width != 0 ? std::string_view(kGap).size() : 0);
+    }
+    return width > room_ ? width - room_ : 0;
+  }
+
+  // Takes from the widest column first. A tree's first column holds its branches, too.
+  template <typename Predicate>
+  void narrow(size_t least, Predicate may_be_cut) {
+    for (size_t over = excess(); over > 0; --over) {
+      size_t* widest = nullptr;
+      for (size_t place = table_.branches.empty() ? 0 : 1; place < widths_.size(); ++place) {
+        size_t& width = widths_[place];
+        if (may_be_cut(table_.columns[place]) && width > least && (widest == nullptr || width > *widest))
+          widest = &width;
+      }
+      if (widest == nullptr) return;
+      --*widest;
     }
   }
-  return hidden;
-}
+
+  // The room that columns leave by going belongs to the texts that stay.
+  void widen() {
+    for (size_t place = 0; place < widths_.size(); ++place) {
+      if (widths_[place] != 0 && is_cut(table_.columns[place])) widths_[place] = width_of(place);
+    }
+    narrow(kNarrowest, is_cut);
+  }
+
+  size_t width_of(size_t place) const {
+    return scols_column_get_width(scols_table_get_column(sheet_, place));
+  }
+
+  libscols_table* sheet_;
+  const Table& table_;
+  size_t room_;
+  std::vector<size_t> widths_;
+};
 
 }  // namespace
 
 PrintedTable as_table(const Table& table, const TableStyle& style) {
-  const Sheet sheet = sheet_of(table, style);
-  PrintedTable printed{print(sheet.get()), {}};
+  const Sheet whole(table, style);
+  PrintedTable printed{whole.print(), {}};
   const size_t width = style.terminal.width;
   if (width == 0) return printed;
-  printed.hidden = fit(sheet.get(), table.columns, style);
-  scols_table_set_termforce(sheet.get(), SCOLS_TERMFORCE_ALWAYS);
-  scols_table_set_termwidth(sheet.get(), width);
-  printed.text = print(sheet.get());
+  // The library keeps the widths of what it has printed: what is narrower is another sheet.
+  Fitting fitting(whole.get(), table, width);
+  const std::vector<size_t>& widths = fitting.fit(style.keeps_columns);
+  for (size_t place = 0; place < widths.size(); ++place) {
+    if (widths[place] == 0) printed.hidden.emplace_back(table.columns[place].heading);
+  }
+  printed.text = Sheet(table, style, widths).print();
   return printed;
 }
 

@@ -5,6 +5,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -17,11 +18,14 @@ std::string variable(const char* name) {
   return text != nullptr ? text : "";
 }
 
+// Nobody reads wider lines, and memory is taken for each of their places.
+constexpr long kWidest = 4096;
+
 size_t terminal_width() {
-  const long asked_for = std::strtol(variable("COLUMNS").c_str(), nullptr, 10);
-  if (asked_for > 0) return static_cast<size_t>(asked_for);
+  long width = std::strtol(variable("COLUMNS").c_str(), nullptr, 10);
   winsize size = {};
-  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+  if (width <= 0 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) width = size.ws_col;
+  return static_cast<size_t>(std::clamp(width, 0L, kWidest));
 }
 
 }  // namespace

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cwchar>
+
+#include "cli/terminal.h"
 
 namespace zeldb::cli {
 
@@ -35,6 +39,12 @@ Character first_character(std::string_view text) {
   return {code, length, true};
 }
 
+// How many places of a terminal the first character takes: two, one or, for what combines, none.
+size_t width_of(std::string_view text) {
+  const int width = wcwidth(static_cast<wchar_t>(first_character(text).code));
+  return static_cast<size_t>(std::max(width, 0));
+}
+
 // Control characters, and those that turn the direction of a line around.
 bool steers_a_terminal(char32_t code) {
   return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x202A && code <= 0x202E) ||
@@ -64,14 +74,32 @@ std::string printable(std::string_view text, Escape escape) {
   return shown;
 }
 
-std::string cut(const std::string& text, size_t characters) {
+namespace {
+
+template <typename Measure>
+std::string cut_by(Measure measure, const std::string& text, size_t most, const char* ellipsis) {
   size_t taken = 0;
   size_t kept = 0;  // bytes before the ellipsis
   for (std::string_view rest = text; !rest.empty(); rest.remove_prefix(first_character(rest).length)) {
-    if (++taken == characters) kept = text.size() - rest.size();
-    if (taken > characters) return text.substr(0, kept) + kEllipsis;
+    taken += measure(rest);
+    if (taken > most) return text.substr(0, kept) + ellipsis;
+    if (taken < most) kept = text.size() - rest.size() + first_character(rest).length;
   }
   return text;
+}
+
+}  // namespace
+
+std::string cut(const std::string& text, size_t characters) {
+  return cut_by([](std::string_view) { return size_t{1}; }, text, characters, kEllipsis);
+}
+
+std::string cut_to_places(const std::string& text, size_t places) {
+  return cut_by(width_of, text, places, prints_utf8() ? kEllipsis : "+");
+}
+
+std::string in_locale(const std::string& text) {
+  return prints_utf8() ? text : printable(text, Escape::Ascii);
 }
 
 }  // namespace zeldb::cli

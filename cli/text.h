@@ -17,6 +17,10 @@ std::string printable(std::string_view text, Escape escape);
 
 // The text, or as many of its characters as leave room for the ellipsis that ends it.
 std::string cut(const std::string& text, size_t characters);
+// The same by places of a terminal; in a locale without UTF-8 the text has to be ASCII and "+" ends it.
+std::string cut_to_places(const std::string& text, size_t places);
+// A printable text, in ASCII where the locale has no more.
+std::string in_locale(const std::string& text);
 
 }  // namespace zeldb::cli
 

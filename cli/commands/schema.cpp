@@ -48,10 +48,12 @@ Json rows_of(const View& view) {
 void print_schema() {
   Json definitions = Json::object();
   Json kinds = Json::array();
+  Json names = Json::array();
   for (const View& view : views()) {
     const std::string name = schema_name_of(view);
     definitions[name] = rows_of(view);
     kinds.push_back({{"$ref", "#/$defs/" + name}});
+    names.push_back(name);
   }
   const Json rows = {{"type", "array"}, {"items", {{"anyOf", kinds}}}};
   const Json schema = {
@@ -67,6 +69,7 @@ void print_schema() {
         {"listings",
          {{"type", "object"},
           {"description", "What show prints: what listings have of one place, by their names"},
+          {"propertyNames", {{"enum", names}}},
           {"additionalProperties", {{"$ref", "#"}}}}}}},
       {"$defs", definitions}};
   std::puts(schema.dump(1).c_str());

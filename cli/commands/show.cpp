@@ -38,6 +38,7 @@ struct Options {
 // What is asked for: a slot or bay and the functions in it, or something with a name of its own.
 struct Target {
   std::optional<Place> place;
+  std::string adapter;  // key of the only one that is meant, of several in a slot
   std::set<std::string> functions;
   std::string name;
 };
@@ -49,23 +50,23 @@ struct Section {
   const char* view;
   const char* title;
   By by;
-  const char* key;      // the column with the function's key
+  const char* key;      // the column with the key: by place the adapter's, otherwise the function's
   const char* columns;  // to be shown; empty for those that the listing shows
   const char* nothing;  // what is said without rows; null: nothing
 };
 constexpr Section kSections[] = {
     {"slots", "Slot", By::Place, "", "", nullptr},
-    {"firmware", "Firmware", By::Place, "",
+    {"firmware", "Firmware", By::Place, "PCIKey",
      "DeviceName,VersionString,PendingVersionString,UpdateErrString,SoftwareID", nullptr},
     {"ports", "Network ports", By::Function, "Key",
      "Key,Idx,PermanentAddress,ConnectorLayoutText,LinkStatus,LinkSpeed", nullptr},
     {"pending", "Changes with the next start", By::Pending, "", "", "None."},
-    {"functions", "PCI functions", By::Place, "",
+    {"functions", "PCI functions", By::Place, "DevKey",
      "FunKey,Address,VendorId,DeviceId,SubVendorId,SubDeviceId,ClsCode,LanesInUse,MaxLanes,PCIeType,"
      "MaxPCIeType",
      nullptr},
-    {"adapters", "Adapter", By::Place, "", "PCIKey,CardName,ConnectorTypeText,HealthStatus,AIMSupported",
-     nullptr},
+    {"adapters", "Adapter", By::Place, "PCIKey",
+     "PCIKey,CardName,ConnectorTypeText,HealthStatus,AIMSupported", nullptr},
     {"adapters --ncsi", "NC-SI packages", By::Place, "", "PackageID1,PackageID2", nullptr},
     {"vpd", "Vital product data", By::Function, "FunKey", "", nullptr},
     {"gpus", "GPU", By::Function, "FunKey", "", nullptr},
@@ -89,7 +90,8 @@ struct Found {
   std::string title;
   std::string columns;
   std::string nothing;
-  std::vector<Row> rows;
+  std::vector<Row> rows{};
+  std::string trouble{};  // why the listing cannot be read
 };
 
 const View& view_called(const char* name) {
@@ -149,29 +151,50 @@ bool is_of(const Target& target, const Section& section, const View& view, const
     return text_at(view, row, location) == std::to_string(target.place->location) &&
            text_at(view, row, number) == std::to_string(target.place->number);
   };
-  if (section.by == By::Place) return is_at("Location", "SlotNo");
+  if (section.by == By::Place) {
+    const bool is_meant =
+        target.adapter.empty() || *section.key == '\0' || text_at(view, row, section.key) == target.adapter;
+    return is_meant && is_at("Location", "SlotNo");
+  }
   const bool is_functions = target.functions.contains(text_at(view, row, section.key));
   return is_functions || (section.by == By::Drive && is_at("LocationId", "BayNo"));
 }
 
+// A part of the inventory that cannot be read does not keep the others from being shown.
+template <typename Read>
+auto read_or_tell(std::string& trouble, Read read) -> decltype(read()) {
+  try {
+    return read();
+  } catch (const Failure& failure) {
+    trouble = failure.what();
+    return {};
+  }
+}
+
+std::vector<Row> rows_of(const Section& section, const Target& target, const View& view, Mask* mask) {
+  std::vector<Row> rows = read_rows(view, mask);
+  std::erase_if(rows, [&](const Row& row) { return !is_of(target, section, view, row); });
+  return rows;
+}
+
 std::vector<Found> all_of(const Target& target, Mask* mask) {
-  const Settings settings = settings_of(target.functions);
+  std::string trouble;
+  const Settings settings = read_or_tell(trouble, [&] { return settings_of(target.functions); });
   const bool is_slot = target.place->location <= 1;  // others are bays
   std::vector<Found> all;
   for (const Section& section : kSections) {
     const View& view = view_called(section.view);
     const bool is_pending = section.by == By::Pending;
     Found& found = all.emplace_back(Found{&view, section.title, section.columns,
-                                          section.nothing != nullptr && is_slot ? section.nothing : "",
-                                          std::vector<Row>()});
+                                          section.nothing != nullptr && is_slot ? section.nothing : ""});
     if (is_pending || section.by == By::Setting) {
       const View of_place{
           view.command, {}, view.columns, [&] { return rows_of_settings(view, settings.all, is_pending); }};
       found.rows = read_rows(of_place, mask);
+      found.trouble = trouble;
       if (is_pending && !settings.are_known) found.nothing = "Not known.";
     } else {
-      found.rows = read_rows(view, mask);
-      std::erase_if(found.rows, [&](const Row& row) { return !is_of(target, section, view, row); });
+      found.rows = read_or_tell(found.trouble, [&] { return rows_of(section, target, view, mask); });
     }
   }
   return all;
@@ -181,43 +204,58 @@ std::vector<Found> all_called(const std::string& name, Mask* mask) {
   std::vector<Found> all;
   for (const auto& [view_name, title, column] : kNamed) {
     const View& view = view_called(view_name);
-    Found& found = all.emplace_back(Found{&view, title, "all", "", read_rows(view, mask)});
+    Found& found = all.emplace_back(Found{&view, title, "all", ""});
+    found.rows = read_or_tell(found.trouble, [&] { return read_rows(view, mask); });
     std::erase_if(found.rows, [&, column = column](const Row& row) {
-      return plain(text_at(view, row, column)) != plain(name);
+      return plain(name).empty() || plain(text_at(view, row, column)) != plain(name);
     });
   }
   return all;
 }
 
-// The slot of the function or adapter with this key, or of the function at this address, with or without its
-// segment.
-std::optional<Place> slot_of_function(const std::string& text) {
-  const bool is_key =
-      text.size() == 8 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+// The slot of the function or adapter with this key, or of the function at this address (of segment 0 where
+// it has none), with the adapter.
+std::optional<Target> slot_of_function(const std::string& text) {
+  constexpr const char* kDigits = "0123456789abcdefABCDEF";
+  const std::string key = text.starts_with("0x") || text.starts_with("0X") ? text.substr(2) : text;
+  const bool is_key = key.size() == 8 && key.find_first_not_of(kDigits) == std::string::npos;
   if (!is_key && text.find('.') == std::string::npos) return std::nullopt;
+  const std::string address = std::ranges::count(text, ':') == 1 ? "0000:" + text : text;
   const View& view = view_called("functions");
   for (const Row& row : read_rows(view, nullptr)) {
-    const auto is_it = [&](const char* column) {
-      const std::string shown = text_at(view, row, column);
-      const size_t skipped = is_key || shown.size() != text.size() + 5 ? 0 : 5;
-      return strcasecmp(shown.c_str() + skipped, text.c_str()) == 0;
+    const auto is_it = [&](const char* column, const std::string& wanted) {
+      return strcasecmp(text_at(view, row, column).c_str(), wanted.c_str()) == 0;
     };
-    if (is_key ? is_it("FunKey") || is_it("DevKey") : is_it("Address"))
-      return Place{std::stoi(text_at(view, row, "Location")), std::stoi(text_at(view, row, "SlotNo"))};
+    const std::string adapter = text_at(view, row, "DevKey");
+    const bool has_adapter = adapter != key_text(0);
+    if (is_key ? is_it("FunKey", key) || (has_adapter && is_it("DevKey", key)) : is_it("Address", address))
+      return Target{
+          .place = Place{std::stoi(text_at(view, row, "Location")), std::stoi(text_at(view, row, "SlotNo"))},
+          .adapter = has_adapter ? adapter : "",
+          .functions = {},
+          .name = text};
   }
   return std::nullopt;
 }
 
+bool is_of_adapter(uint32_t function, const std::string& adapter) {
+  const auto found = find_function(function);
+  return found && key_text(found->DevKey) == adapter;
+}
+
 std::vector<Found> find(const std::string& text, Mask* mask) {
   require_inventory("show");
-  Target target{.place = slot_of_function(text), .functions = {}, .name = text};
-  if (!target.place) target.place = place_of(text);
+  Target target = slot_of_function(text).value_or(Target{place_of(text), {}, {}, text});
   if (target.place) {
-    for (const uint32_t key : functions_in_slot(*target.place)) target.functions.insert(key_text(key));
+    for (const uint32_t key : functions_in_slot(*target.place)) {
+      if (target.adapter.empty() || is_of_adapter(key, target.adapter))
+        target.functions.insert(key_text(key));
+    }
   }
   std::vector<Found> all = target.place ? all_of(target, mask) : all_called(text, mask);
-  if (std::ranges::all_of(all, [](const Found& found) { return found.rows.empty(); }))
-    fail_not_found(printable(text, Escape::Terminal));
+  const bool is_known = std::ranges::any_of(all, [](const Found& found) { return !found.rows.empty(); });
+  const bool is_sure = std::ranges::all_of(all, &std::string::empty, &Found::trouble);
+  if (!is_known && is_sure) fail_not_found(printable(text, Escape::Terminal));
   return all;
 }
 
@@ -240,15 +278,17 @@ Table table_of(const Found& found) {
 }
 
 // A line for each thing that is known.
-std::string as_lines(const Table& table) {
+std::string as_lines(const Table& table, const Terminal& screen) {
   std::string text;
   size_t width = 0;
   for (const Column& column : table.columns) width = std::max(width, std::string(column.heading).size());
   for (size_t place = 0; place < table.columns.size(); ++place) {
-    const std::string cell = cell_of(table.columns[place], table.rows.front()[place]);
-    std::string heading = table.columns[place].heading;
-    heading.resize(width + 2, ' ');
-    if (cell != "-") text.append(heading).append(cell).append("\n");
+    const std::string cell = in_locale(cell_of(table.columns[place], table.rows.front()[place]));
+    std::string line = table.columns[place].heading;
+    line.resize(width + 2, ' ');
+    line += cell;
+    if (cell == "-") continue;
+    text.append(screen.width != 0 ? cut_to_places(line, screen.width) : line).append("\n");
   }
   return text;
 }
@@ -256,13 +296,13 @@ std::string as_lines(const Table& table) {
 std::string as_text(const std::vector<Found>& all, const Terminal& screen) {
   std::string text;
   for (const Found& found : all) {
-    if (found.rows.empty() && found.nothing.empty()) continue;
+    if (found.rows.empty() && found.nothing.empty() && found.trouble.empty()) continue;
     const Table table = table_of(found);
     text += (text.empty() ? "" : "\n") + found.title + "\n";
     if (table.rows.empty())
-      text += found.nothing + "\n";
+      text += (found.trouble.empty() ? found.nothing : "Cannot be read: " + found.trouble) + "\n";
     else
-      text += table.rows.size() == 1 ? as_lines(table)
+      text += table.rows.size() == 1 ? as_lines(table, screen)
                                      : as_table(table, {.terminal = screen, .keeps_columns = true}).text;
   }
   return text;
@@ -272,6 +312,7 @@ std::string as_json(const std::vector<Found>& all) {
   std::string text = "{\"format_version\":" + std::to_string(kFormatVersion) + ",\"listings\":{";
   const char* separator = "\n";
   for (const Found& found : all) {
+    if (!found.trouble.empty()) continue;
     const Table table{{found.view->columns.begin(), found.view->columns.end()}, found.rows};
     std::string listing = as_json(table);
     listing.pop_back();
@@ -289,6 +330,10 @@ void show(const Options& options) {
   if (options.is_wide) screen.width = 0;
   const std::string text = options.as_json ? as_json(all) : as_text(all, screen);
   std::fwrite(text.data(), 1, text.size(), stdout);
+  for (const Found& found : all) {
+    if (!found.trouble.empty())
+      throw Failure("show: " + options.place + " is not complete: " + found.trouble);
+  }
 }
 
 }  // namespace

@@ -67,6 +67,36 @@ TEST_F(Display, IsAsciiInALocaleWithoutMore) {
   EXPECT_NE(run_zeldb({"functions", "--tree"}).out.find("\n└─01f80000"), std::string::npos);
 }
 
+TEST_F(Display, CutsWhatIsAskedForToTheTerminal) {
+  database_.run(
+      "UPDATE PCIs SET SlotDesignation='Steckplatz \xC3\xBC\xE2\x82\xAC' WHERE SlotNo=10 AND Location=1");
+  const struct {
+    std::string command;
+    std::string locale;
+    const char* columns;
+    size_t widest;
+    const char* ellipsis;
+  } cases[] = {
+      {"slots --output all", "C.UTF-8", "80", 80, "\xE2\x80\xA6"},
+      {"slots --output all", "C", "80", 80, "+"},
+      {"show 10", "C.UTF-8", "60", 60, "\xE2\x80\xA6"},
+      {"show 10", "C", "40", 40, "+"},
+      {"show dimm3", "C", "14", 14, "+"},
+      {"slots --output CardName,SerialNo,Address", "C.UTF-8", "30", 30, "\xE2\x80\xA6"},
+      {"slots", "C.UTF-8", "30", 30, ""},
+  };
+  for (const auto& [command, locale, columns, widest, ellipsis] : cases) {
+    std::string shown =
+        on_terminal(command, {"LC_ALL=" + locale, std::string("COLUMNS=") + columns, "NO_COLOR=1"});
+    if (const size_t said = shown.find("zeldb: no room"); said != std::string::npos) shown.resize(said);
+    EXPECT_LE(longest_line(shown), widest) << command << "\n" << shown;
+    EXPECT_NE(shown.find(ellipsis), std::string::npos) << command << "\n" << shown;
+    const bool is_ascii = std::ranges::all_of(shown, [](char c) { return (c & 0x80) == 0; });
+    EXPECT_TRUE(is_ascii || locale != "C") << shown;
+  }
+  EXPECT_EQ(on_terminal("slots", {"COLUMNS=99999999999999999999", "NO_COLOR=1"}), run_zeldb({"slots"}).out);
+}
+
 TEST_F(Display, ColoursHealthOnATerminalAlone) {
   const std::string green = "\x1b[32mOK ";
   const std::string yellow = "\x1b[33mDegraded";
@@ -85,6 +115,59 @@ TEST_F(Display, AClosedPipeIsTheEndAndAFullDiskIsAnError) {
             "0\n");
   EXPECT_EQ(run_in_shell(ZELDB_COMMAND_LINE " slots 2>&1 >/dev/full || echo $?"),
             "zeldb: standard output: No space left on device\n1\n");
+}
+
+class Show : public DatabaseTest {};
+ZELDB_ON_EVERY_ENGINE(Show);
+
+TEST_P(Show, KnowsWhichOneIsMeant) {
+  load_sample();
+  // A second adapter in slot 10, a function without an adapter, and a drive without a name.
+  database.run_all({
+      "UPDATE PCIs SET DevKey=99 WHERE BusNo=9 AND SlotNo=10 AND Location=1",
+      "INSERT INTO PCIAdapter VALUES (NULL, 99, 17367040, 0, 10, 1, 9, 0, 0, 1, 1, 1, 2, '1', 'Second')",
+      "UPDATE PCIs SET DevKey=0 WHERE FunKey=28377088",
+      "UPDATE AimDisks SET Location='-' WHERE Location='Bay 1'",
+  });
+  const auto keys_of = [](const std::string& place, const char* listing, const char* column) {
+    const Outcome outcome = run_zeldb({"show", place, "--json"});
+    Texts keys;
+    if (outcome.exit_status != 0) return Texts{outcome.err};
+    const Json shown = Json::parse(outcome.out);
+    for (const Json& row : shown.at("listings").at(listing).at("rows"))
+      keys.push_back(row.at(column).get<std::string>());
+    return keys;
+  };
+  const auto functions = [&](const std::string& place) { return keys_of(place, "functions", "FunKey"); };
+  const std::pair<const char*, Texts> cases[] = {
+      {"10", {"01080000", "01080001", "01090000", "01090001"}},
+      {"0001000a", {"01080000", "01080001"}},
+      {"01080001", {"01080000", "01080001"}},
+      {"0x00000063", {"01090000", "01090001"}},
+      {"0001:09:00.1", {"01090000", "01090001"}},
+      {"04:00.0", functions("0:1")},
+      {"09:00.0", {"zeldb: 09:00.0: not found\n"}},
+      {"00000000", {"zeldb: 00000000: not found\n"}},
+      {"1:-10", {"zeldb: 1:-10: not found\n"}},
+      {"0x1080000", {"zeldb: 0x1080000: not found\n"}},
+      {"-", {"zeldb: -: not found\n"}},
+  };
+  for (const auto& [place, expected] : cases) EXPECT_EQ(functions(place), expected) << place;
+  EXPECT_EQ(keys_of("10", "adapters", "PCIKey"), (Texts{"00000063", "0001000a"}));
+  EXPECT_EQ(keys_of("00000063", "adapters", "PCIKey"), Texts{"00000063"});
+}
+
+TEST_P(Show, TellsWhatItCannotRead) {
+  load_sample();
+  database.run("DROP TABLE PCIGPUChip");
+  const Outcome outcome = run_zeldb({"show", "3"});
+  EXPECT_EQ(outcome.exit_status, 1);
+  EXPECT_NE(outcome.out.find("GPU chips\nCannot be read: "), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("A2 16GB PCIe Accelerator"), std::string::npos);
+  EXPECT_NE(outcome.err.find("3 is not complete"), std::string::npos) << outcome.err;
+  const Json json = Json::parse(run_zeldb({"show", "3", "--json"}).out).at("listings");
+  EXPECT_FALSE(json.contains("gpus-chips"));
+  EXPECT_TRUE(json.contains("gpus"));
 }
 
 class Bytes : public DatabaseTest {};
