@@ -107,12 +107,22 @@ void unpack_files(const SqliteFile& inventory, const TemporaryFolder& to) {
   }
 }
 
-void unpack(const std::string& file, const TemporaryFolder& to) {
+enum class NewerSchema { Take, Refuse };
+
+void require_known_schema(const SqliteFile& inventory, const std::string& file) {
+  if (!has_table(inventory, "ZeldbSchema")) return;
+  const int64_t version = schema_version_of(inventory, "export");
+  if (version > schema_version_of(inventory))
+    throw Failure(file + ": written by a newer zeldb (schema version " + std::to_string(version) + ")");
+}
+
+void unpack(const std::string& file, const TemporaryFolder& to, NewerSchema newer) {
   const std::string path = to.path(kInventory);
   write_file(path, "");
   const SqliteFile inventory = create_inventory(path, file);
   inventory.run("ATTACH 'file:" + percent_encoded(fs::absolute(file)) + "?mode=ro' AS export");
   require_export(inventory, file);
+  if (newer == NewerSchema::Refuse) require_known_schema(inventory, file);
   inventory.run("BEGIN");
   for (const InventoryTable& table : tables_of(inventory)) copy_table(inventory, table);
   unpack_files(inventory, to);
@@ -125,9 +135,16 @@ void use_snapshot(const std::string& file) {
   require_file(file);
   snapshot_in_use = true;
   static const TemporaryFolder folder;
-  unpack(file, folder);
+  unpack(file, folder, NewerSchema::Take);
   setenv("ZEL_DB_URL", ("sqlite://" + percent_encoded(folder.path(kInventory))).c_str(), 1);
   setenv("ZEL_PLATFORM_DIR", folder.folder().c_str(), 1);
+}
+
+std::string unpacked_for_import(const std::string& file) {
+  require_file(file);
+  static const TemporaryFolder folder;
+  unpack(file, folder, NewerSchema::Refuse);
+  return folder.path(kInventory);
 }
 
 bool reads_snapshot() {

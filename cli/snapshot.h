@@ -22,6 +22,10 @@ void use_snapshot(const std::string& file);
 // Whether what is read comes from such a file, so that the present state of this machine must not be shown.
 bool reads_snapshot();
 
+// Where the tables of such a file are, in this program's schema. A file of a newer schema, of which something
+// would get lost, is refused.
+std::string unpacked_for_import(const std::string& file);
+
 // Writes what this process reads to an empty file; name is what failures call it.
 void write_snapshot(const std::string& path, const std::string& name, bool masked);
 

@@ -79,6 +79,12 @@ SqliteFile create_inventory(const std::string& path, const std::string& name) {
   return file;
 }
 
+int64_t schema_version_of(const SqliteFile& inventory, const std::string& attached) {
+  SqliteStatement version = inventory.prepare("SELECT max(Version) FROM " + attached + ".ZeldbSchema");
+  version.step();
+  return version.number(0);
+}
+
 std::vector<InventoryTable> tables_of(const SqliteFile& inventory) {
   std::vector<InventoryTable> tables;
   SqliteStatement columns = inventory.prepare(

@@ -31,6 +31,7 @@ class SqliteStatement {
 
   int64_t number(int column) const { return sqlite3_column_int64(statement_.get(), column); }
   std::string text(int column) const;
+  bool is_null(int column) const { return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL; }
 
   // Places count from 1. Texts and bytes have to live until the next step.
   void bind_null(int place) { sqlite3_bind_null(statement_.get(), place); }
@@ -73,6 +74,7 @@ struct InventoryTable {
 // Makes the tables of both databases in one file, which exists and is empty, and tells which they are.
 SqliteFile create_inventory(const std::string& path, const std::string& name);
 std::vector<InventoryTable> tables_of(const SqliteFile& inventory);
+int64_t schema_version_of(const SqliteFile& inventory, const std::string& attached = "main");
 
 }  // namespace zeldb::cli
 

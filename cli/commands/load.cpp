@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -14,13 +17,31 @@ namespace {
 struct Options {
   std::vector<std::string> files;
   std::string database = "dmdb";
+  bool replaces = false;
 };
 
+// As the engines say it.
+bool is_there_already(const std::string& error) {
+  return error.find("UNIQUE constraint failed") != std::string::npos ||
+         error.find("Duplicate entry") != std::string::npos;
+}
+
 void load(const Options& options) {
+  if (options.replaces) {
+    // A name that was mistyped must not cost the rows.
+    for (const std::string& file : options.files) {
+      if (access(file.c_str(), R_OK) != 0) throw Failure("cannot read " + file + ": " + std::strerror(errno));
+    }
+    char error[1024] = {};
+    if (zel_db_clear(nullptr, options.database.c_str(), error, sizeof(error)) != 0) throw Failure(error);
+  }
   for (const std::string& file : options.files) {
     char error[1024] = {};
     if (zel_db_load(nullptr, options.database.c_str(), file.c_str(), error, sizeof(error)) != 0) {
-      throw Failure(error);
+      const std::string why = error;
+      throw Failure(is_there_already(why)
+                        ? why + " (this row is in the database already; --replace takes all rows out first)"
+                        : why);
     }
   }
 }
@@ -35,6 +56,7 @@ void setup_load(CLI::App& app) {
   app.add_option("--database", options->database, "The database to run them in")
       ->check(CLI::IsMember({"dmdb", "propertiesdb"}))
       ->capture_default_str();
+  app.add_flag("--replace", options->replaces, "Take all rows of the database out first");
   app.footer(
       "Files are run in the order given. The first statement that fails ends the command; what ran before it "
       "stays.");

@@ -99,6 +99,22 @@ void load(const std::string& url, const char* database, const std::string& path)
   }
 }
 
+void clear(const std::string& url, const std::string& database) {
+  std::string error;
+  const std::unique_ptr<Handle, CloseHandle> handle(open_handle({url, database, "root", ""}, &error));
+  if (handle == nullptr) throw Failure(kConnectionLost, error);
+  const auto run = [&](const std::string& sql) {
+    const int status = handle->raw_query(sql, nullptr);
+    if (status != kOk) throw Failure(status, handle->name() + ": " + handle->message());
+  };
+  run("BEGIN");  // closing the handle takes back what is not committed
+  for (const Family& family : families()) {
+    if (family.database != database) continue;
+    for (const Table& table : family.tables) run(std::string("DELETE FROM ") + table.name);
+  }
+  run("COMMIT");
+}
+
 void check(const std::string& url, const std::string& database) {
   std::string error;
   const std::unique_ptr<Handle, CloseHandle> handle(open_handle({url, database, "root", ""}, &error));
@@ -138,6 +154,11 @@ int zel_db_create(const char* url, char* error, unsigned capacity) {
   return reported(error, capacity, [&] {
     for (const std::string_view database : kDatabases) create(url_or_environment(url), database);
   });
+}
+
+int zel_db_clear(const char* url, const char* database, char* error, unsigned capacity) {
+  if (database == nullptr) return kInvalidArgument;
+  return reported(error, capacity, [&] { clear(url_or_environment(url), database); });
 }
 
 int zel_db_check(const char* url, const char* database, char* error, unsigned capacity) {

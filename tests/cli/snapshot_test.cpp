@@ -133,6 +133,68 @@ TEST_P(Snapshot, ShowsWhatTheControllerShows) {
   EXPECT_TRUE(fs::is_empty(temporary_));
 }
 
+// By way of each engine.
+TEST_P(Snapshot, IsImportedWholeOrNotAtAll) {
+  const bool is_signed = database.kind() == Engine::Sqlite;
+  database.run(
+      "INSERT INTO Memory (SlotNo, DevLocator, SerialNo, PartNo, MemSize) VALUES "
+      "(40, 'D\xC4M \x01 ''\\ \xFF', '', NULL, -5)");
+  database.run("INSERT INTO Memory (SlotNo, DevLocator, Capacity) VALUES (41, 'x', " +
+               std::string(is_signed ? "-1" : "18446744073709551615") + ")");
+  database.run(
+      "INSERT INTO propertiesDCTbl (propName, propValue) VALUES ('/blob', x'00FF0080270A'), ('/null', NULL)",
+      "propertiesdb");
+  export_to(file_);
+  const auto content = [this](const fs::path& exported) {
+    std::vector<Rows> tables;
+    for (const std::string& name :
+         text_rows(exported, "SELECT name FROM sqlite_schema WHERE type='table' AND name<>'ZeldbExport'")) {
+      const Redirected redirected(exported, database);
+      tables.push_back(database.rows("SELECT * FROM " + name));
+    }
+    return tables;
+  };
+  const std::vector<Rows> whole = content(file_);
+  EXPECT_GT(whole.size(), 20U);
+  for (const Engine engine : engines()) {
+    const Database other(engine);
+    const auto import = [&](std::vector<std::string> options = {}) {
+      options.insert(options.begin(), {"import", file_});
+      return zeldb(options, other.url());
+    };
+    const auto count = [&] { return other.text("SELECT count(*) FROM Memory"); };
+    other.run("CREATE UNIQUE INDEX Narrow ON AimDisks (Presence)");
+    expect_failure(import(), 1, "table AimDisks: the row with _id ");
+    EXPECT_EQ(count(), "0");
+    other.run("INSERT INTO Memory (SlotNo, DevLocator) VALUES (1, 'mine')");
+    expect_failure(import(), 1, "Memory has rows already (--replace");
+    expect_failure(import({"--replace"}), 1, "table AimDisks");
+    EXPECT_EQ(count(), "1");
+    other.run(engine == Engine::Sqlite ? "DROP INDEX Narrow" : "DROP INDEX Narrow ON AimDisks");
+    const Outcome done = import({"--replace"});
+    EXPECT_EQ(done.exit_status, 0) << done.err;
+    EXPECT_EQ(done.out + done.err, "");
+    const fs::path again = folder_ / ("again-" + name_of(engine));
+    ASSERT_EQ(
+        run_zeldb({"export", again}, {"ZEL_DB_URL=" + other.url(), "ZEL_PLATFORM_DIR=" + platform_.string()})
+            .exit_status,
+        0);
+    EXPECT_EQ(content(again), whole) << name_of(engine);
+  }
+  setenv("ZEL_DB_URL", database.url().c_str(), 1);
+  expect_failure(zeldb({"load", with_samples("SAMPLES/drives.sql")}), 1, "is in the database already");
+  database.run("INSERT INTO AimDisks (Location) VALUES ('mine')");
+  const std::string drives = "SELECT count(*) FROM AimDisks WHERE Location='mine'";
+  expect_failure(zeldb({"load", "--replace", "/nonexistent"}), 1, "cannot read");
+  EXPECT_EQ(database.text(drives), "1");
+  EXPECT_EQ(zeldb({"load", "--replace", with_samples("SAMPLES/drives.sql")}).exit_status, 0);
+  EXPECT_EQ(database.text(drives), "0");
+  EXPECT_NE(database.text("SELECT count(*) FROM propertiesDCTbl", "propertiesdb"), "0");
+  change(file_, "UPDATE ZeldbSchema SET Version=99");
+  expect_failure(zeldb({"import", "--replace", file_}), 1, "schema version 99");
+  EXPECT_TRUE(fs::is_empty(temporary_));
+}
+
 TEST_P(Snapshot, IsAWholePrivateFileOrNone) {
   export_to(file_);
   EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
