@@ -26,6 +26,7 @@ struct Column {
   uint8_t digits;  // of a Hex, and of a Text that holds such digits; 0 otherwise
   bool is_extra;   // in a table only when asked for
   bool is_whole;   // a text that is never cut
+  bool is_summed;  // a table ends with the sum of it
   bool is_minor;   // among the first that a narrow terminal has no room for
   uint16_t size;
   uint32_t offset;
@@ -44,6 +45,7 @@ constexpr Column column_of(const char* key, size_t offset, const char* heading, 
           .digits = kText ? 0 : 2 * sizeof(Element),
           .is_extra = false,
           .is_whole = false,
+          .is_summed = false,
           .is_minor = false,
           .size = static_cast<uint16_t>(sizeof(Member)),
           .offset = static_cast<uint32_t>(offset)};
@@ -62,6 +64,10 @@ constexpr Column extra(Column column) {
 }
 constexpr Column whole(Column column) {
   column.is_whole = true;
+  return column;
+}
+constexpr Column summed(Column column) {
+  column.is_summed = true;
   return column;
 }
 constexpr Column minor(Column column) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 #include "cli/arguments.h"
 #include "cli/command.h"
@@ -31,6 +32,7 @@ struct Listing::State {
   std::function<std::string(const View& view, const Row& row)> branch;
   bool masked = false;
   std::vector<std::string> output;
+  std::string sort;
   std::string snapshot;
   std::string note;
 };
@@ -74,11 +76,11 @@ const View& chosen_view(const Listing::State& state) {
   return registry()[state.first];
 }
 
-size_t column_at(const View& view, const std::string& key) {
+size_t column_at(const View& view, const std::string& option, const std::string& key) {
   for (size_t place = 0; place < view.columns.size(); ++place) {
     if (strcasecmp(view.columns[place].key, key.c_str()) == 0) return place;
   }
-  throw WrongUse("--output: " + printable(key, Escape::Terminal) + ": no such column");
+  throw WrongUse(option + ": " + printable(key, Escape::Terminal) + ": no such column");
 }
 
 // The places of the columns to be shown.
@@ -86,7 +88,7 @@ std::vector<size_t> chosen_columns(const Listing::State& state, const View& view
   std::vector<size_t> places;
   const bool is_all = state.output.size() == 1 && state.output.front() == "all";
   if (!state.output.empty() && !is_all) {
-    for (const std::string& key : state.output) places.push_back(column_at(view, key));
+    for (const std::string& key : state.output) places.push_back(column_at(view, "--output", key));
     return places;
   }
   for (size_t place = 0; place < view.columns.size(); ++place) {
@@ -103,6 +105,40 @@ Table table_of(const View& view, const std::vector<size_t>& places, const std::v
     for (const size_t place : places) shown.push_back(row[place]);
   }
   return table;
+}
+
+// Numbers in texts count as numbers; nothing comes before everything.
+bool is_before(const Value& one, const Value& other) {
+  const auto* const text = std::get_if<std::string>(&one);
+  const auto* const other_text = std::get_if<std::string>(&other);
+  if (text != nullptr && other_text != nullptr) return strverscmp(text->c_str(), other_text->c_str()) < 0;
+  return one < other;
+}
+
+// By a column, also by one that is not shown; "-" before its name turns the order around.
+void sort_rows(const View& view, const std::string& key, std::vector<Row>& rows) {
+  const bool is_reverse = key.starts_with('-');
+  const size_t place = column_at(view, "--sort", key.substr(is_reverse ? 1 : 0));
+  std::ranges::stable_sort(rows, [=](const Row& one, const Row& other) {
+    return is_reverse ? is_before(other[place], one[place]) : is_before(one[place], other[place]);
+  });
+}
+
+// "24 in total: MIB 786432"; empty where there is nothing to sum.
+std::string total_of(const Table& table) {
+  std::string sums;
+  for (size_t place = 0; place < table.columns.size(); ++place) {
+    if (!table.columns[place].is_summed) continue;
+    uint64_t sum = 0;
+    for (const Row& row : table.rows) {
+      if (const auto* number = std::get_if<uint64_t>(&row[place])) sum += *number;
+    }
+    sums +=
+        std::string(sums.empty() ? ": " : ", ") + table.columns[place].heading + " " + std::to_string(sum);
+  }
+  return sums.empty() || table.rows.size() < 2
+             ? ""
+             : std::to_string(table.rows.size()) + " in total" + sums + "\n";
 }
 
 // What has been left out is for the eye alone, like the reason for it.
@@ -123,9 +159,11 @@ void show(const Listing::State& state) {
   if (state.as_tree && &view != &registry()[state.first])
     throw WrongUse("--tree does not go with " + view.option);
   const std::vector<size_t> places = chosen_columns(state, view);
+  if (!state.sort.empty()) column_at(view, "--sort", state.sort.substr(state.sort.starts_with('-') ? 1 : 0));
   if (!state.snapshot.empty()) use_snapshot(state.snapshot);
   Mask mask;
-  const std::vector<Row> rows = read_rows(view, state.masked ? &mask : nullptr);
+  std::vector<Row> rows = read_rows(view, state.masked ? &mask : nullptr);
+  if (!state.sort.empty()) sort_rows(view, state.sort, rows);
   Table table = table_of(view, places, rows);
   if (state.as_tree) {
     for (const Row& row : rows) table.branches.push_back(state.branch(view, row));
@@ -139,7 +177,7 @@ void show(const Listing::State& state) {
   const PrintedTable printed = as_table(
       table,
       {.has_headings = !state.no_headings, .terminal = screen, .keeps_columns = !state.output.empty()});
-  print(printed.text);
+  print(printed.text + (state.no_headings ? "" : total_of(table)));
   say_hidden(printed.hidden);
 }
 
@@ -157,10 +195,12 @@ void add_options(CLI::App& app, Listing::State& state) {
                             ->delimiter(',')
                             ->allow_extra_args(false)
                             ->type_name("COL,...");
+  CLI::Option* sort = app.add_option("--sort", state.sort, "Sort by this column; -COL: the other way round")
+                          ->type_name("COL");
   CLI::Option* masked = app.add_flag("--mask", state.masked, kMaskHelp);
   CLI::Option* from = app.add_option("--from", state.snapshot, "Read a file that zeldb export has written")
                           ->type_name("FILE");
-  for (CLI::Option* option : {json, raw, headings, wide, output, masked, from}) option->group(kGroup);
+  for (CLI::Option* option : {json, raw, headings, wide, output, sort, masked, from}) option->group(kGroup);
 }
 
 }  // namespace

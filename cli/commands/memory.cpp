@@ -18,7 +18,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, SlotNo, "SLOT", "Number of the slot"),
     ZELDB_COLUMN(R, DevLocator, "LOCATOR", "Name of the slot"),
     minor(ZELDB_COLUMN(R, BankLocator, "BANK", "Name of the bank")),
-    ZELDB_COLUMN(R, MemSize, "MIB", "Size in MiB"),
+    summed(ZELDB_COLUMN(R, MemSize, "MIB", "Size in MiB")),
     ZELDB_COLUMN(R, ClockSpeed, "MT/S", "Configured speed in MT/s"),
     ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it"),
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
