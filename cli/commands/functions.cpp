@@ -36,7 +36,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(Function, CardName, "CARD", "Name of the card"),
     extra(INFO_COLUMN(SlotDesignation, "DESIGNATION", "Name of the slot")),
     extra(hex(INFO_COLUMN(DevKey, "ADAPTER", "Key of the adapter"))),
-    extra(INFO_COLUMN(_id, "ID", "Row of the table")),
+    extra(INFO_COLUMN(_id, "ID", "Row of the table; the function's key where writers follow the samples")),
     extra(INFO_COLUMN(BridgeId, "BRIDGE", "Bridge above")),
     extra(INFO_COLUMN(SegNo, "SEGMENT", "PCI segment")),
     extra(INFO_COLUMN(BusNo, "BUS", "PCI bus")),

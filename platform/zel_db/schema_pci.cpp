@@ -188,7 +188,8 @@ constexpr Table kTables[] = {
       "`zeldb_get_adapter_pcikey_by_slotNo`, `zeldb_set_pci_seg_bits`, `zeldb_merge_aim_ucm_pfa`"}},
     {"PCIs",
      kPcis,
-     {"Every PCI function that was found.", kDiscovery,
+     {"Every PCI function that was found. Writers that follow the samples make `_id` the function's key.",
+      kDiscovery,
       "`zeldb_get_pci_keys`, the `zeldb_get_pci_funkey_list` functions, `zeldb_get_pci_generic_info` "
       "and its lists, `zeldb_get_pci_function_type`, `zeldb_get_pci_id_by_funkey`, "
       "`zeldb_get_pci_hardwareidtype_by_funkey`, `zeldb_get_pci_gpu_list`, `zeldb_get_pci_misc_info`, "
