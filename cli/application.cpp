@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <csignal>
@@ -13,16 +14,38 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "cli/command.h"
+#include "cli/similar.h"
+#include "cli/terminal.h"
+#include "cli/text.h"
 
 namespace zeldb::cli {
 
 namespace {
 
+// One line whatever the text holds: arguments and files may have any bytes.
 int complain(int status, const std::string& text) {
-  std::fprintf(stderr, "zeldb: %s\n", text.c_str());
+  const Escape escape = prints_utf8() ? Escape::Terminal : Escape::Ascii;
+  std::fprintf(stderr, "zeldb: %s\n", printable(text, escape).c_str());
   return status;
+}
+
+bool is_option(const std::string& word) {
+  return word.starts_with("-") && word != "-";
+}
+
+// For the first option that the command does not know.
+std::string suggestion(const CLI::App& command) {
+  std::vector<std::string> known;
+  for (const CLI::Option* option : command.get_options()) {
+    for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+  }
+  const std::vector<std::string> extra = command.remaining();
+  const auto wrong = std::ranges::find_if(extra, is_option);
+  return wrong != extra.end() ? did_you_mean(wrong->substr(0, wrong->find('=')), known) : "";
 }
 
 // One line, unlike the library's own report, and with the command that it is about.
@@ -30,11 +53,15 @@ int complain_of_usage(const CLI::App& app, const std::string& error) {
   const auto chosen = app.get_subcommands();
   if (!chosen.empty()) {
     const std::string& name = chosen.front()->get_name();
-    return complain(kUsage, name + ": " + error + " (try zeldb " + name + " --help)");
+    return complain(kUsage,
+                    name + ": " + error + suggestion(*chosen.front()) + " (try zeldb " + name + " --help)");
   }
   const auto extra = app.remaining();
-  const bool is_word = !extra.empty() && extra.front().rfind('-', 0) != 0;
-  const std::string why = is_word ? extra.front() + ": no such command" : "usage: " + error;
+  const bool is_word = !extra.empty() && !is_option(extra.front());
+  std::vector<std::string> names;
+  for (const Command& command : commands()) names.emplace_back(command.name);
+  const std::string why = is_word ? extra.front() + ": no such command" + did_you_mean(extra.front(), names)
+                                  : "usage: " + error + suggestion(app);
   return complain(kUsage, why + " (try zeldb --help)");
 }
 
@@ -48,16 +75,42 @@ class Help : public CLI::Formatter {
   }
 };
 
+// Options that most commands have may also stand before the command.
+constexpr struct {
+  std::string_view name;
+  bool has_value;
+} kEarly[] = {{"--from", true}, {"--output", true}, {"--sort", true},  {"--json", false},
+              {"--raw", false}, {"--wide", false},  {"--mask", false}, {"--no-headings", false}};
+
+// In the order that the parser wants: from the last to the first.
+std::vector<std::string> in_order(int argc, char** argv) {
+  std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
+  auto command = words.begin();
+  while (command != words.end()) {
+    const size_t length = std::min(command->find('='), command->size());
+    const auto* const early = std::ranges::find(kEarly, std::string_view(*command).substr(0, length),
+                                                [](const auto& entry) { return entry.name; });
+    if (early == std::end(kEarly)) break;
+    const bool takes_next = early->has_value && length == command->size();
+    command += std::min<std::ptrdiff_t>(takes_next ? 2 : 1, words.end() - command);
+  }
+  if (command == words.end()) return {};  // no command
+  if (!is_option(*command)) std::rotate(words.begin(), command, command + 1);
+  std::ranges::reverse(words);
+  return words;
+}
+
 int parse_and_run(int argc, char** argv) {
   CLI::App app{"Keeps and shows the hardware inventory of a management controller.", "zeldb"};
   app.set_version_flag("--version", "zeldb " ZELDB_VERSION, "Print the version and exit");
   app.require_subcommand(0, 1);
+  app.footer("--from and the options of output may also stand before the command.");
   app.formatter(std::make_shared<Help>());
   for (const Command& command : commands()) {
     command.setup(*app.add_subcommand(command.name, command.help)->group(command.group));
   }
   try {
-    app.parse(argc, argv);
+    app.parse(in_order(argc, argv));
     return app.get_subcommands().empty() ? complain(kUsage, "usage: a command is required (try zeldb --help)")
                                          : kDone;
   } catch (const CLI::Success& request) {

@@ -43,17 +43,24 @@ File open_regular(const std::string& path) {
   return file;
 }
 
-}  // namespace
-
-std::string read_file(const std::string& path, size_t limit) {
-  const File file = open_regular(path);
+std::string read_all(FILE* file, const std::string& path, size_t limit) {
   std::string content;
   char block[16384];
   size_t size = 0;
-  while (content.size() < limit && (size = std::fread(block, 1, sizeof(block), file.get())) != 0)
+  while (content.size() < limit && (size = std::fread(block, 1, sizeof(block), file)) != 0)
     content.append(block, std::min(size, limit - content.size()));
-  if (std::ferror(file.get()) != 0) fail(path);
+  if (std::ferror(file) != 0) fail(path);
   return content;
+}
+
+}  // namespace
+
+std::string read_input(const std::string& path, size_t limit) {
+  return path == kStandard ? read_all(stdin, "standard input", limit) : read_file(path, limit);
+}
+
+std::string read_file(const std::string& path, size_t limit) {
+  return read_all(open_regular(path).get(), path, limit);
 }
 
 void write_file(const std::string& path, std::string_view content) {
@@ -85,6 +92,17 @@ void NewFile::commit() {
   const SignalsBlocked blocked;
   if (std::rename(temporary_.c_str(), path_.c_str()) != 0) fail(path_);
   removal_.reset();
+}
+
+void write_output(const std::string& path, IfExists if_exists, const std::function<std::string()>& make) {
+  if (path == kStandard) {
+    const std::string content = make();
+    std::fwrite(content.data(), 1, content.size(), stdout);
+    return;
+  }
+  NewFile file(path, if_exists);
+  write_file(file.temporary_path(), make());
+  file.commit();
 }
 
 std::vector<std::string> with_logs(const std::string& database) {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,11 @@ namespace zeldb::cli {
 // Of a regular file, as much as limit allows.
 std::string read_file(const std::string& path, size_t limit = SIZE_MAX);
 void write_file(const std::string& path, std::string_view content);
+
+// As a path: standard input, or standard output.
+constexpr const char* kStandard = "-";
+// The same as read_file, also of standard input, which may be a pipe.
+std::string read_input(const std::string& path, size_t limit);
 
 enum class IfExists { Refuse, Replace };
 
@@ -37,6 +43,9 @@ class NewFile {
   std::string temporary_;
   std::optional<Removal> removal_;
 };
+
+// Writes what make returns to a file, which is refused before anything is made, or to standard output.
+void write_output(const std::string& path, IfExists if_exists, const std::function<std::string()>& make);
 
 // The file of a SQLite database, and those that SQLite keeps beside it for a while.
 std::vector<std::string> with_logs(const std::string& database);

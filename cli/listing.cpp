@@ -12,8 +12,8 @@
 #include "cli/command.h"
 #include "cli/output.h"
 #include "cli/settings.h"
+#include "cli/similar.h"
 #include "cli/snapshot.h"
-#include "cli/text.h"
 
 namespace zeldb::cli {
 
@@ -80,7 +80,9 @@ size_t column_at(const View& view, const std::string& option, const std::string&
   for (size_t place = 0; place < view.columns.size(); ++place) {
     if (strcasecmp(view.columns[place].key, key.c_str()) == 0) return place;
   }
-  throw WrongUse(option + ": " + printable(key, Escape::Terminal) + ": no such column");
+  std::vector<std::string> known;
+  for (const Column& column : view.columns) known.emplace_back(column.key);
+  throw WrongUse(option + ": " + key + ": no such column" + did_you_mean(key, known));
 }
 
 // The places of the columns to be shown.

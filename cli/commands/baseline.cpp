@@ -18,17 +18,18 @@ struct Options {
 };
 
 void write_baseline(const Options& options) {
-  NewFile file(options.file, options.replace ? IfExists::Replace : IfExists::Refuse);
-  if (!options.from.empty()) use_snapshot(options.from);
-  write_file(file.temporary_path(), as_baseline(read_parts()));
-  file.commit();
+  write_output(options.file, options.replace ? IfExists::Replace : IfExists::Refuse, [&] {
+    if (!options.from.empty()) use_snapshot(options.from);
+    return as_baseline(read_parts());
+  });
 }
 
 }  // namespace
 
 void setup_baseline(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_text(app, "FILE", options->file, "", "The file to write, readable for its owner alone"));
+  require(add_text(app, "FILE", options->file, "",
+                   "The file to write, readable for its owner alone; - is standard output"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   set_action(

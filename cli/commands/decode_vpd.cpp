@@ -40,7 +40,7 @@ constexpr Column kDayColumns[] = {
 constexpr size_t kLargestImage = 65536;
 
 std::vector<R> read_image(const std::string& file) {
-  const std::string image = read_file(file, kLargestImage);
+  const std::string image = read_input(file, kLargestImage);
   R drive = {};
   if (parse_nvme_drive_vpd(reinterpret_cast<const uint8_t*>(image.data()),
                            static_cast<uint32_t>(image.size()), &drive) != 0) {
@@ -87,7 +87,8 @@ std::vector<Day> read_day(const std::string& code) {
 
 void setup_decode_vpd(CLI::App& app) {
   auto text = std::make_shared<std::string>();
-  require(add_text(app, "FILE", *text, "", "The image, or with another view what is to be decoded"));
+  require(add_text(app, "FILE", *text, "",
+                   "The image (- is standard input), or with another view what is to be decoded"));
   Listing(app)
       .view(kColumns, [text] { return read_image(*text); })
       .view("--model", "Maker and model of the model text of a drive", kNameColumns,

@@ -23,17 +23,18 @@ struct Options {
 };
 
 void write_report(const Options& options) {
-  NewFile file(options.file, options.replace ? IfExists::Replace : IfExists::Refuse);
-  if (!options.from.empty()) use_snapshot(options.from);
-  write_file(file.temporary_path(), as_html(read_report(options.masked)));
-  file.commit();
+  write_output(options.file, options.replace ? IfExists::Replace : IfExists::Refuse, [&] {
+    if (!options.from.empty()) use_snapshot(options.from);
+    return as_html(read_report(options.masked));
+  });
 }
 
 }  // namespace
 
 void setup_report(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_text(app, "FILE", options->file, "", "The page to write, readable for its owner alone"));
+  require(add_text(app, "FILE", options->file, "",
+                   "The page to write, readable for its owner alone; - is standard output"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");

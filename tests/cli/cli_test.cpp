@@ -101,9 +101,38 @@ TEST_F(Cli, WrongUseIsOneLineAndExitStatus2) {
       {{"load"}, {"load", "FILE"}},
       {{"load", "a.sql", "--database", "other"}, {"other", "dmdb", "propertiesdb"}},
       {{"init", "load", "a.sql"}, {"load"}},
+      {{"solts"}, {"no such command, did you mean slots?"}},
+      {{"slots", "--jsno"}, {"did you mean --json?"}},
+      {{"slots", "--output", "cardnam"}, {"cardnam: no such column, did you mean CardName?"}},
+      {{"--from", "x.db"}, {"a command is required"}},
+      {{"--from", "x.db", "schema"}, {"schema: ", "--from"}},
+      {{"sl\x1b[2J\nots"}, {"sl\\x1b[2J\\x0aots: no such command"}},
   };
   for (const auto& wrong : cases) expect_error(zeldb(wrong.arguments), 2, wrong.words);
   EXPECT_FALSE(fs::exists(database()));
+}
+
+// Whatever is far from all words has no suggestion.
+TEST_F(Cli, SuggestsWhatIsMeantAlone) {
+  for (const char* word : {"frobnicate", "-", "x", "slotsandports"})
+    EXPECT_EQ(zeldb({word}).err.find("did you mean"), std::string::npos) << word;
+}
+
+TEST_F(Cli, StandardInputAndOutputAreADash) {
+  ASSERT_EQ(zeldb({"init"}).exit_status, 0);
+  const Outcome baseline = zeldb({"baseline", "-"});
+  EXPECT_EQ(baseline.exit_status, 0) << baseline.err;
+  EXPECT_NE(baseline.out.find("\"parts\":"), std::string::npos) << baseline.out;
+  EXPECT_NE(zeldb({"report", "-"}).out.find("</html>"), std::string::npos);
+  EXPECT_FALSE(fs::exists("-"));
+  const std::string columns = " decode-vpd - --raw --no-headings --output SerialNo";
+  const Outcome piped = zeldb_test::run_program(
+      {.argv = {"sh", "-c", "cat " ZELDB_SAMPLES "/nvme-vpd.bin | " ZELDB_COMMAND_LINE + columns},
+       .env = {}});
+  EXPECT_EQ(piped.out, zeldb({"--raw", "--output=SerialNo", "--no-headings", "decode-vpd",
+                              ZELDB_SAMPLES "/nvme-vpd.bin"})
+                           .out);
+  EXPECT_GT(piped.out.size(), 5U);
 }
 
 TEST_F(Cli, HelpAndVersionGoToStandardOutput) {
