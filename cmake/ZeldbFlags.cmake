@@ -22,7 +22,7 @@ endif()
 
 # A shared library that exports what its map lists and nothing else.
 function(zeldb_shared_library target map)
-  set_target_properties(${target} PROPERTIES SOVERSION 0 VERSION ${PROJECT_VERSION})
+  set_target_properties(${target} PROPERTIES SOVERSION 0 VERSION 0.${PROJECT_VERSION})
   target_link_libraries(${target} PRIVATE zeldb_flags)
   cmake_path(ABSOLUTE_PATH map)
   target_link_options(${target} PRIVATE -Wl,--version-script=${map})

@@ -40,7 +40,7 @@ foreach(module ${modules})
 endforeach()
 
 # For people.
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples samples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY contrib/prometheus DESTINATION ${CMAKE_INSTALL_DOCDIR}/contrib)
 # The prefix may be another one by then.

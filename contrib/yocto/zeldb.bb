@@ -7,7 +7,7 @@ SECTION = "base"
 LICENSE = "Apache-2.0"
 LIC_FILES_CHKSUM = "file://LICENSE;md5=3b83ef96387f14655fc854ddc3c6bd57"
 
-PV = "0.1.0"
+PV = "1.0.0"
 DEPENDS = "cli11 nlohmann-json re2 util-linux"
 
 inherit cmake externalsrc systemd useradd
