@@ -345,8 +345,8 @@ ZELDB_API int zeldb_get_ncsi_id_list(_ZELDB_NCSI_Id_List* list);
 ZELDB_API int zeldb_get_network_info(unsigned int funKey, _ZELDB_Network_Info* info);
 
 /* The logical ports of a function, of one of its physical ports (255 stands for any), or of an adapter. Ports
- * whose permanent address has fewer than 12 characters are left out; when none is left, ZELDB_NO_MORE_ROWS.
- */
+ * whose permanent address cannot be read or has fewer than 12 characters are left out; when none is left,
+ * ZELDB_NO_MORE_ROWS. */
 ZELDB_API int zeldb_get_network_logical_port_list(unsigned int funKey, _ZELDB_LogicalPort_List* list);
 ZELDB_API int zeldb_get_network_logical_port_list2(unsigned int funKey, int phyIdx,
                                                    _ZELDB_LogicalPort_List* list);
