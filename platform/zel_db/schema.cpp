@@ -22,6 +22,19 @@ constexpr Table kVersionTables[] = {
      false},
 };
 
+constexpr Column kScannedRows[] = {
+    text("TableName", 64, "table that the row is in", Index::Plain),
+    number("RowId", "number of the row (`_id`)"),
+    text("RowKey", "what the next scan knows the part by, such as `0000:17:00.0`"),
+    text("Source", 16, "where the scan has it from: pci, smbios, drives, network, firmware"),
+};
+constexpr Table kScanTables[] = {
+    {"ScannedRows",
+     kScannedRows,
+     {"Which rows of other tables are a scan's: it changes and removes these alone.", "`zeldb scan`",
+      "`zeldb scan`"}},
+};
+
 constexpr Column kProperties[] = {
     text("propName", "path of the property", Index::Unique),
     blob("propValue", 1024, "a type tag of one byte, which no reader looks at, and the bytes of the value"),
@@ -63,6 +76,7 @@ std::span<const Family> families() {
       {kDatabases[0], "Firmware", firmware_tables()},
       {kDatabases[0], "Processors and memory", cpumem_tables()},
       {kDatabases[0], "Storage", storage_tables()},
+      {kDatabases[0], "Scans of the machine", kScanTables},
       {kDatabases[1], "Properties", kPropertyTables},
   };
   return kFamilies;

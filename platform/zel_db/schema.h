@@ -19,7 +19,7 @@ namespace zel_db {
 
 struct Dialect;
 
-inline constexpr int64_t kSchemaVersion = 2;
+inline constexpr int64_t kSchemaVersion = 3;
 inline constexpr std::array<std::string_view, 2> kDatabases = {"dmdb", "propertiesdb"};
 
 enum class Kind : uint8_t { Integer, Unsigned64, Text, Blob };

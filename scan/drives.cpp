@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scan/drives.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+
+#include "db/tables.h"
+
+namespace zeldb::scan {
+
+namespace {
+
+// As AimDisks.DriveTypeId has them.
+constexpr const char* kSata = "1";
+constexpr const char* kSas = "2";
+constexpr const char* kNvme = "3";
+
+struct Drive {
+  std::string key;
+  const char* type;
+  std::optional<std::string> model, serial, maker, firmware, unique_id;
+  std::optional<uint64_t> bytes;
+  std::optional<uint64_t> medium;  // 1: solid state; else revolutions per minute
+  std::optional<Address> function;
+};
+
+Row row_of(const Drive& drive, const Functions* functions) {
+  Row row{tables::kDisks, kDrives, drive.key, {"SerialNo", "Model"}, {}};
+  Value key = functions != nullptr ? Value() : Value(Kept());
+  Value number;
+  Value location;
+  Value place;
+  if (functions != nullptr && drive.function && functions->contains(*drive.function)) {
+    const Function& function = functions->at(*drive.function);
+    // That of a controller is not that of its drives.
+    if (drive.type == kNvme) key = uint64_t{function.key};
+    if (drive.type == kNvme && function.placement.slot) {
+      location = uint64_t{function.placement.location};
+      number = uint64_t{*function.placement.slot};
+      place = "Slot " + std::to_string(*function.placement.slot);
+    }
+  }
+  row.cells = {
+      {"PCIFuncKey", key},
+      {"BayNo", number},
+      {"LocationId", location},
+      {"Location", place},
+      {"DriveTypeId", std::string(drive.type)},
+      {"MediaTypeId", drive.medium ? Value(std::to_string(*drive.medium)) : Value()},
+      {"SerialNo", value_of(drive.serial)},
+      {"Model", value_of(drive.model)},
+      {"UUID", value_of(drive.unique_id)},
+      {"Manufacture", value_of(drive.maker)},
+      {"FwVersion", value_of(drive.firmware)},
+      {"Capacity", drive.bytes ? Value(capacity_text(*drive.bytes)) : Value()},
+      {"Presence", uint64_t{1}},
+  };
+  return row;
+}
+
+std::optional<uint64_t> size_of(const Machine& machine, const std::string& block) {
+  constexpr uint64_t kSector = 512;
+  const auto sectors = machine.number("sys/block/" + block + "/size");
+  if (!sectors || *sectors == 0 || *sectors > UINT64_MAX / kSector) return std::nullopt;
+  return *sectors * kSector;
+}
+
+// All name spaces of a controller together.
+std::optional<uint64_t> size_of_controller(const Machine& machine, const std::string& controller,
+                                           const std::vector<std::string>& blocks) {
+  std::optional<uint64_t> total;
+  for (const std::string& block : blocks) {
+    if (!block.starts_with(controller + "n")) continue;
+    if (const auto bytes = size_of(machine, block)) total = total.value_or(0) + *bytes;
+  }
+  return total;
+}
+
+void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives) {
+  const std::string folder = "sys/class/nvme/";
+  for (const std::string& name : machine.names(folder)) {
+    const std::string own = folder + name + "/";
+    if (machine.text(own + "transport") != "pcie") continue;
+    Drive drive{.key = {},
+                .type = kNvme,
+                .model = machine.text(own + "model"),
+                .serial = machine.text(own + "serial"),
+                .maker = {},
+                .firmware = machine.text(own + "firmware_rev"),
+                .unique_id = {},
+                .bytes = size_of_controller(machine, name, blocks),
+                .medium = 1,
+                .function = {}};
+    const auto address = machine.text(own + "address");
+    if (address) drive.function = address_of(*address);
+    drive.key = drive.serial.value_or(address.value_or(name));
+    drives.push_back(std::move(drive));
+  }
+}
+
+// Of the page of a SCSI device: a head of four bytes with the length, and what it has to say.
+std::optional<std::string> page_of(const Machine& machine, const std::string& path) {
+  constexpr size_t kHead = 4;
+  const auto bytes = machine.bytes(path);
+  if (!bytes || bytes->size() < kHead) return std::nullopt;
+  const size_t length =
+      static_cast<unsigned char>((*bytes)[2]) << 8U | static_cast<unsigned char>((*bytes)[3]);
+  return bytes->substr(kHead, length);
+}
+
+std::optional<uint64_t> medium_of(const Machine& machine, const std::string& block) {
+  constexpr uint64_t kSolidState = 1;
+  constexpr uint64_t kSlowest = 0x401;
+  constexpr uint64_t kFastest = 0xFFFE;
+  if (machine.number("sys/block/" + block + "/queue/rotational") == uint64_t{0}) return kSolidState;
+  const auto page = page_of(machine, "sys/block/" + block + "/device/vpd_pgb1");
+  if (!page || page->size() < 2) return std::nullopt;
+  const uint64_t rate = static_cast<unsigned char>((*page)[0]) << 8U | static_cast<unsigned char>((*page)[1]);
+  return rate >= kSlowest && rate <= kFastest ? std::optional(rate) : std::nullopt;
+}
+
+const char* type_of(const std::string& path, const std::optional<std::string>& vendor) {
+  if (path.find("/usb") != std::string::npos) return nullptr;
+  if (path.find("/ata") != std::string::npos) return kSata;
+  if (path.find("/end_device-") == std::string::npos) return nullptr;
+  return vendor == "ATA" ? kSata : kSas;
+}
+
+void add_scsi(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives) {
+  constexpr uint64_t kDisk = 0;
+  for (const std::string& block : blocks) {
+    const std::string own = "sys/block/" + block + "/";
+    const std::string device = own + "device/";
+    const auto path = machine.target(own + "device");
+    if (!path || machine.number(device + "type") != kDisk) continue;
+    if (machine.number(own + "removable") == uint64_t{1}) continue;
+    const auto vendor = machine.text(device + "vendor");
+    const char* const type = type_of(*path, vendor);
+    if (type == nullptr) continue;
+    Drive drive{.key = {},
+                .type = type,
+                .model = machine.text(device + "model"),
+                .serial = page_of(machine, device + "vpd_pg80"),
+                .maker = vendor == "ATA" ? std::nullopt : vendor,
+                .firmware = machine.text(device + "rev"),
+                .unique_id = machine.text(device + "wwid"),
+                .bytes = size_of(machine, block),
+                .medium = medium_of(machine, block),
+                .function = function_on_path(*path)};
+    drive.key = drive.serial.value_or(drive.unique_id.value_or(path->substr(path->rfind('/') + 1)));
+    drives.push_back(std::move(drive));
+  }
+}
+
+}  // namespace
+
+// As the lists of drives write it.
+std::string capacity_text(uint64_t bytes) {
+  constexpr double kGigabyte = 1e9;
+  constexpr double kFirstTerabytes = 1001;
+  const double gigabytes = static_cast<double>(bytes) / kGigabyte;
+  if (gigabytes < kFirstTerabytes) return std::to_string(static_cast<uint64_t>(gigabytes)) + "GB";
+  char text[32];
+  char* const end = std::to_chars(text, std::end(text), gigabytes / 1000.0, std::chars_format::fixed, 2).ptr;
+  return std::string(text, end) + "TB";
+}
+
+void read_drives(const Machine& machine, const Functions* functions, Findings& findings) {
+  const std::vector<std::string> blocks = machine.names("sys/block");
+  std::vector<Drive> drives;
+  add_nvme(machine, blocks, drives);
+  add_scsi(machine, blocks, drives);
+  std::set<std::string> keys;
+  for (Drive& drive : drives) {
+    // A drive with two paths is one drive; drives without a serial number that look alike are not.
+    const Value clean = text_value(drive.key, 64);
+    drive.key = std::holds_alternative<std::string>(clean) ? std::get<std::string>(clean) : "";
+    if (keys.insert(drive.key).second) findings.rows.push_back(row_of(drive, functions));
+  }
+  findings.complete.insert(kDrives);
+}
+
+}  // namespace zeldb::scan

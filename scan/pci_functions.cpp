@@ -1,0 +1,443 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scan/pci_functions.h"
+
+extern "C" {
+#include <pci/pci.h>
+}
+
+#include <algorithm>
+#include <csetjmp>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+
+#include "db/tables.h"
+
+namespace zeldb::scan {
+
+namespace {
+
+// libpci wants an error never to come back to it, and is C, through which nothing can be thrown everywhere.
+std::jmp_buf on_error;
+char error_text[256];
+
+void keep_text(char* format, va_list arguments) {
+  std::vsnprintf(error_text, sizeof(error_text), format, arguments);
+}
+[[noreturn]] void fail(char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  keep_text(format, arguments);
+  va_end(arguments);
+  std::longjmp(on_error, 1);  // NOLINT(cert-err52-cpp): see above
+}
+void ignore(char* /*format*/, ...) {}
+
+// False, with a text in error_text, if libpci fails in the call. There is nothing in it to be released.
+template <typename Argument>
+[[gnu::noinline]] bool survives(void (*call)(pci_access*, Argument*), pci_access* access,
+                                Argument* argument) {
+  if (setjmp(on_error) != 0) return false;  // NOLINT(cert-err52-cpp): see above
+  call(access, argument);
+  return true;
+}
+
+void start(pci_access* access, const void* /*unused*/) {
+  pci_init(access);
+  pci_scan_bus(access);
+}
+void fill(pci_access* /*access*/, pci_dev* device) {
+  pci_fill_info(device,
+                PCI_FILL_IDENT | PCI_FILL_CLASS | PCI_FILL_CAPS | PCI_FILL_NUMA_NODE | PCI_FILL_BASES);
+}
+
+struct Access {
+  Access(const Machine& machine, const std::string& dump) : access(pci_alloc()) {
+    access->error = fail;
+    access->warning = ignore;
+    access->debug = ignore;
+    const std::string sys = machine.path("sys/bus/pci");
+    access->method = dump.empty() ? PCI_ACCESS_SYS_BUS_PCI : PCI_ACCESS_DUMP;
+    std::string name = dump.empty() ? "sysfs.path" : "dump.name";
+    std::string value = dump.empty() ? sys : dump;
+    pci_set_param(access, name.data(), value.data());
+    // A recorded machine may have the names of its time.
+    const std::string names = "usr/share/misc/pci.ids";
+    if (!machine.is_running_system() && machine.has(names))
+      pci_set_name_list_path(access, strdup(machine.path(names).c_str()), 1);
+  }
+  Access(const Access&) = delete;
+  Access& operator=(const Access&) = delete;
+  ~Access() { pci_cleanup(access); }
+
+  pci_access* access;
+};
+
+using Devices = std::map<Address, pci_dev*>;
+
+Address address_of_device(const pci_dev& device) {
+  return {.segment = static_cast<unsigned>(device.domain),
+          .bus = device.bus,
+          .device = device.dev,
+          .function = device.func};
+}
+
+std::string folder_of(const Address& address) {
+  return "sys/bus/pci/devices/" + text_of(address) + "/";
+}
+
+constexpr unsigned kBridge = 0x06;
+unsigned base_class(const pci_dev& device) {
+  return device.device_class >> 8U;
+}
+
+// Behind which bridge a bus is.
+std::map<std::pair<unsigned, unsigned>, Address> bridges_of(const Devices& devices) {
+  std::map<std::pair<unsigned, unsigned>, Address> bridges;
+  for (const auto& [address, device] : devices) {
+    const unsigned header = pci_read_byte(device, PCI_HEADER_TYPE) & 0x7FU;
+    const unsigned bus = pci_read_byte(device, PCI_SECONDARY_BUS);
+    if (base_class(*device) == kBridge && header == PCI_HEADER_TYPE_BRIDGE && bus > address.bus)
+      bridges.try_emplace({address.segment, bus}, address);
+  }
+  return bridges;
+}
+
+struct Link {
+  std::optional<uint64_t> lanes, most_lanes, generation, highest_generation;
+};
+
+std::optional<uint64_t> generation_of(const std::optional<std::string>& speed) {
+  constexpr std::string_view kSpeeds[] = {"2.5", "5", "8", "16", "32", "64"};
+  for (size_t nth = 0; speed && nth < std::size(kSpeeds); ++nth) {
+    // "8 GT/s" or "8.0 GT/s PCIe"
+    const std::string_view number = kSpeeds[nth];
+    const char after = speed->size() > number.size() ? (*speed)[number.size()] : '\0';
+    if (speed->starts_with(number) && (after == '.' || after == ' ')) return nth + 1;
+  }
+  return std::nullopt;
+}
+
+std::optional<uint64_t> known(uint64_t number, uint64_t most) {
+  return number == 0 || number > most ? std::nullopt : std::optional(number);
+}
+
+Link link_of(const Machine& machine, bool is_dump, pci_dev* device) {
+  constexpr uint64_t kMostLanes = 32;
+  constexpr uint64_t kMostGeneration = 7;
+  Link link;
+  if (pci_cap* const express = pci_find_cap(device, PCI_CAP_ID_EXP, PCI_CAP_NORMAL)) {
+    const auto at = static_cast<int>(express->addr);
+    const unsigned able = pci_read_long(device, at + PCI_EXP_LNKCAP);
+    const unsigned now = pci_read_word(device, at + PCI_EXP_LNKSTA);
+    if (able != 0 && able != 0xFFFFFFFF) {
+      link.most_lanes = known(able >> 4U & 0x3FU, kMostLanes);
+      link.highest_generation = known(able & 0xFU, kMostGeneration);
+      link.lanes = known(now >> 4U & 0x3FU, kMostLanes);
+      link.generation = known(now & 0xFU, kMostGeneration);
+    }
+  }
+  if (is_dump) return link;
+  // For those who may not read all of the configuration.
+  const std::string folder = folder_of(address_of_device(*device));
+  const auto lanes = [&](const char* file) {
+    return known(machine.number(folder + file).value_or(0), kMostLanes);
+  };
+  if (!link.most_lanes) link.most_lanes = lanes("max_link_width");
+  if (!link.lanes) link.lanes = lanes("current_link_width");
+  if (!link.highest_generation)
+    link.highest_generation = generation_of(machine.text(folder + "max_link_speed"));
+  if (!link.generation) link.generation = generation_of(machine.text(folder + "current_link_speed"));
+  return link;
+}
+
+// The number that a port has for its slot.
+std::optional<unsigned> slot_of_port(pci_dev* port) {
+  constexpr unsigned kImplemented = 0x100;
+  pci_cap* const express = pci_find_cap(port, PCI_CAP_ID_EXP, PCI_CAP_NORMAL);
+  if (express == nullptr) return std::nullopt;
+  const auto at = static_cast<int>(express->addr);
+  if ((pci_read_word(port, at + PCI_EXP_FLAGS) & kImplemented) == 0) return std::nullopt;
+  const unsigned number = pci_read_long(port, at + PCI_EXP_SLTCAP) >> 19U;
+  return number == 0 || number == 0x1FFF ? std::nullopt : std::optional(number);
+}
+
+class Places {
+ public:
+  Places(const Machine& machine, const PciQuestion& question, const Devices& devices)
+      : question_(question), devices_(devices), bridges_(bridges_of(devices)) {
+    if (!question.dump.empty()) return;
+    const std::string folder = "sys/bus/pci/slots/";
+    for (const std::string& name : machine.names(folder)) {
+      const auto address = machine.text(folder + name + "/address");
+      const auto number = machine.number(folder + name + "/address") ? std::nullopt : number_of(name);
+      if (address && number) slots_[*address] = *number;
+    }
+  }
+
+  std::optional<Address> bridge_above(const Address& address) const {
+    const auto found = bridges_.find({address.segment, address.bus});
+    return found != bridges_.end() ? std::optional(found->second) : std::nullopt;
+  }
+
+  Placement of(const Address& address) const {
+    if (question_.before) {
+      const auto found = question_.before->find(address);
+      if (found != question_.before->end()) return found->second;
+    }
+    // What sits in a slot may be a bridge with functions behind it.
+    size_t steps = 0;
+    for (std::optional<Address> at = address; at && steps < kDeepest; at = bridge_above(*at), ++steps) {
+      if (const Slot* const slot = slot_with(*at, address)) return placement_of(*slot);
+      if (const auto number = number_in_sys(*at))
+        return {.location = 1, .slot = number, .designation = {}, .type = {}, .width = {}, .hotplug = {}};
+      const auto above = bridge_above(*at);
+      const auto port = above ? devices_.find(*above) : devices_.end();
+      if (port == devices_.end()) continue;
+      if (const auto number = slot_of_port(port->second))
+        return {.location = 1, .slot = number, .designation = {}, .type = {}, .width = {}, .hotplug = {}};
+    }
+    return {};
+  }
+
+ private:
+  static constexpr size_t kDeepest = 32;
+
+  static std::optional<unsigned> number_of(const std::string& name) {
+    constexpr size_t kDigits = 5;
+    if (name.empty() || name.size() > kDigits || name.find_first_not_of("0123456789") != std::string::npos)
+      return std::nullopt;
+    return static_cast<unsigned>(std::stoul(name));
+  }
+
+  // The table names what is in the slot, or the port above it: a port on the root bus is not in the slot.
+  const Slot* slot_with(const Address& at, const Address& asked) const {
+    for (const Slot& slot : question_.slots) {
+      if (slot.segment != at.segment || slot.bus != at.bus || slot.device != at.device || !slot.number)
+        continue;
+      const auto device = devices_.find(at);
+      const bool is_root_port =
+          !bridge_above(at) && device != devices_.end() && base_class(*device->second) == kBridge;
+      if (!is_root_port || at != asked) return &slot;
+    }
+    return nullptr;
+  }
+
+  static Placement placement_of(const Slot& slot) {
+    return {.location = 1,
+            .slot = slot.number,
+            .designation = text_value(slot.designation),
+            .type = value_of(slot.type),
+            .width = value_of(slot.width),
+            .hotplug = value_of(slot.hotplug)};
+  }
+
+  std::optional<unsigned> number_in_sys(const Address& at) const {
+    std::string name = text_of(at);
+    name.erase(name.rfind('.'));
+    const auto found = slots_.find(name);
+    return found != slots_.end() ? std::optional(found->second) : std::nullopt;
+  }
+
+  const PciQuestion& question_;
+  const Devices& devices_;
+  std::map<std::pair<unsigned, unsigned>, Address> bridges_;
+  std::map<std::string, unsigned> slots_;
+};
+
+// As the readers tell functions apart; what else there is has no number.
+Value function_type(const pci_dev& device, const Placement& placement) {
+  enum : unsigned { kEthernetType = 2, kFibreChannelType = 3, kGpuType = 4, kAcceleratorType = 16 };
+  const bool is_card = placement.location != 0;
+  switch (device.device_class) {
+    case 0x0200:
+      return uint64_t{kEthernetType};
+    case 0x0C04:
+      return uint64_t{kFibreChannelType};
+    case 0x0300:
+      return is_card ? Value(uint64_t{kGpuType}) : Value();
+    case 0x0302:
+      return uint64_t{kGpuType};
+    default:
+      return device.device_class >> 8U == 0x12 ? Value(uint64_t{kAcceleratorType}) : Value();
+  }
+}
+
+Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Function& function,
+                 const std::optional<Address>& bridge) {
+  const Address address = address_of_device(*device);
+  const Placement& place = function.placement;
+  const Link link = link_of(machine, is_dump, device);
+  const bool has_subsystem = (pci_read_byte(device, PCI_HEADER_TYPE) & 0x7FU) == PCI_HEADER_TYPE_NORMAL;
+  const auto subsystem = [&](int at) {
+    return has_subsystem ? Value(uint64_t{pci_read_word(device, at)}) : Value();
+  };
+  Row row{tables::kFunctions, kPci, text_of(address), {"FunKey"}, {}};
+  row.cells = {
+      {"FunKey", uint64_t{function.key}},
+      {"DevKey", value_of(adapter_key(place))},
+      {"NodeIndex", device->numa_node >= 0 ? Value(static_cast<uint64_t>(device->numa_node)) : Value()},
+      {"SlotNo", value_of(place.slot)},
+      {"SegNo", uint64_t{address.segment}},
+      {"BusNo", uint64_t{address.bus}},
+      {"DeviceNo", uint64_t{address.device}},
+      {"FunctionNo", uint64_t{address.function}},
+      {"Location", uint64_t{place.location}},
+      {"VendorId", uint64_t{device->vendor_id}},
+      {"DeviceId", uint64_t{device->device_id}},
+      {"SubVendorId", subsystem(PCI_SUBSYSTEM_VENDOR_ID)},
+      {"SubDeviceId", subsystem(PCI_SUBSYSTEM_ID)},
+      {"ClsCode", uint64_t{device->device_class} << 8U | pci_read_byte(device, PCI_CLASS_PROG)},
+      {"RevId", uint64_t{pci_read_byte(device, PCI_REVISION_ID)}},
+      {"BridgeId",
+       bridge ? Value(uint64_t{bridge->bus} << 8U | bridge->device << 3U | bridge->function) : Value()},
+      {"SlotType", place.type},
+      {"SlotDataBusWidth", place.width},
+      {"Hotplug", place.hotplug},
+      {"FunType", function_type(*device, place)},
+      {"LanesInUse", value_of(link.lanes)},
+      {"MaxLanes", value_of(link.most_lanes)},
+      {"MaxPCIeType", value_of(link.highest_generation)},
+      {"PCIeType", value_of(link.generation)},
+      {"HardwareId", uint64_t{function.key}},
+      {"HardwareTypeId", uint64_t{3}},
+      {"SlotDesignation", place.designation},
+  };
+  return row;
+}
+
+// Nothing where the list of names does not know the device.
+std::string name_of(pci_access* access, const pci_dev& device) {
+  char text[512];
+  const char* const name = pci_lookup_name(access, text, sizeof(text),
+                                           PCI_LOOKUP_VENDOR | PCI_LOOKUP_DEVICE | PCI_LOOKUP_NO_NUMBERS,
+                                           device.vendor_id, device.device_id);
+  return name != nullptr ? name : "";
+}
+
+// The kernel counts what a device reports; without a count, nothing is known of its health.
+Value health_of(const Machine& machine, const Address& address) {
+  constexpr uint64_t kError = 6;
+  const std::string counts = machine.bytes(folder_of(address) + "aer_dev_fatal").value_or("");
+  const std::string total = "TOTAL_ERR_FATAL ";
+  const size_t at = counts.find(total);
+  if (at == std::string::npos || counts.find_first_of("123456789", at) != at + total.size()) return Kept();
+  return kError;
+}
+
+Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_dev* device,
+                const Function& function) {
+  const Address address = address_of_device(*device);
+  const Placement& place = function.placement;
+  Row row{tables::kAdapters, kPci, text_of(address), {"PCIFuncKey"}, {}};
+  row.cells = {
+      {"PCIKey", value_of(adapter_key(place))},
+      {"PCIFuncKey", uint64_t{function.key}},
+      {"SlotNo", value_of(place.slot)},
+      {"SegNo", uint64_t{address.segment}},
+      {"BusNo", uint64_t{address.bus}},
+      {"DeviceNo", uint64_t{address.device}},
+      {"FunctionNo", uint64_t{address.function}},
+      {"Location", uint64_t{place.location}},
+      {"AIMSupported", uint64_t{0}},
+      {"HealthStatus", is_dump ? Value(Kept()) : health_of(machine, address)},
+      {"ConnectorType", Value()},
+      {"CardName", text_value(name_of(access, *device))},
+  };
+  if (const auto* const type = std::get_if<uint64_t>(&place.type); type != nullptr && place.location != 0)
+    row.cells[row.cells.size() - 2].value = std::to_string(*type);
+  return row;
+}
+
+void add_vpd(const Machine& machine, const Address& address, const Function& function, Findings& findings) {
+  constexpr size_t kLargest = 32768;
+  const auto bytes = machine.bytes(folder_of(address) + "vpd", kLargest);
+  const auto vpd = bytes ? decode_vpd(*bytes) : std::nullopt;
+  if (!vpd) return;
+  Row row{tables::kVpds, kPci, text_of(address), {"HardwareId", "HardwareTypeId"}, {}};
+  row.cells = {
+      {"HardwareId", uint64_t{function.key}},
+      {"HardwareTypeId", uint64_t{3}},
+      {"Location", uint64_t{function.placement.location}},
+      {"SlotNo", value_of(function.placement.slot)},
+      {"ProductName", text_value(vpd->name)},
+      {"Manufacture", text_value(vpd->maker)},
+      {"SerialNo", text_value(vpd->serial)},
+      {"PartNo", text_value(vpd->part)},
+  };
+  findings.rows.push_back(std::move(row));
+}
+
+bool may_be_read(const Machine& machine, const PciQuestion& question, Findings& findings) {
+  if (!question.dump.empty()) return true;
+  const std::string folder = "sys/bus/pci/devices";
+  if (const auto trouble = machine.trouble(folder)) {
+    findings.troubles.push_back("PCI functions: " + folder + ": " + *trouble);
+    return false;
+  }
+  for (const std::string& name : machine.names(folder)) {
+    const std::string one = folder + "/" + name;
+    if (!machine.leads_outside(one)) continue;
+    findings.troubles.push_back("PCI functions: " + one + ": leads out of the folder");
+    return false;
+  }
+  return true;
+}
+
+std::optional<unsigned> key_of(const Address& address, const Placement& placement) {
+  if (address.segment > 0xFFFF || address.bus > 0xFF) return std::nullopt;
+  return placement.location << 24U | address.bus << 16U | address.device << 8U | address.function;
+}
+
+}  // namespace
+
+bool can_read_functions() {
+  return true;
+}
+
+Functions read_functions(const Machine& machine, const PciQuestion& question, Findings& findings) {
+  Functions functions;
+  if (!may_be_read(machine, question, findings)) return functions;
+  const bool is_dump = !question.dump.empty();
+  if (!is_dump && !machine.has("sys/bus/pci/devices")) {
+    findings.complete.insert(kPci);
+    return functions;
+  }
+  const Access access(machine, question.dump);
+  if (!survives<const void>(start, access.access, nullptr)) {
+    findings.troubles.push_back(std::string("PCI functions: ") + error_text);
+    return functions;
+  }
+  bool is_complete = true;
+  Devices devices;
+  for (pci_dev* device = access.access->devices; device != nullptr; device = device->next) {
+    const Address address = address_of_device(*device);
+    if (survives(fill, access.access, device)) {
+      devices.emplace(address, device);
+    } else {
+      findings.troubles.push_back("function " + text_of(address) + ": " + error_text);
+      is_complete = false;
+    }
+  }
+  const Places places(machine, question, devices);
+  std::set<unsigned> keys;
+  for (const auto& [address, device] : devices) {
+    const Placement placement = places.of(address);
+    const auto key = key_of(address, placement);
+    if (!key || !keys.insert(*key).second) {
+      findings.troubles.push_back(
+          "function " + text_of(address) +
+          ": left out: the key of a function does not tell it from one of another domain");
+      continue;
+    }
+    const Function& function = functions.emplace(address, Function{*key, placement}).first->second;
+    findings.rows.push_back(function_row(machine, is_dump, device, function, places.bridge_above(address)));
+    if (base_class(*device) != kBridge)
+      findings.rows.push_back(adapter_row(machine, access.access, is_dump, device, function));
+    if (!is_dump) add_vpd(machine, address, function, findings);
+  }
+  if (is_complete) findings.complete.insert(kPci);
+  return functions;
+}
+
+}  // namespace zeldb::scan

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// PCI functions of all domains, by libpci.
+#ifndef SCAN_PCI_FUNCTIONS_H
+#define SCAN_PCI_FUNCTIONS_H
+
+#include <compare>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "scan/machine.h"
+#include "scan/rows.h"
+#include "scan/smbios.h"
+
+namespace zeldb::scan {
+
+struct Address {
+  unsigned segment = 0;
+  unsigned bus = 0;
+  unsigned device = 0;
+  unsigned function = 0;
+  auto operator<=>(const Address&) const = default;
+};
+std::string text_of(const Address& address);
+// Of a text such as "0000:17:00.1".
+std::optional<Address> address_of(std::string_view text);
+// The last function that a path in sys/devices leads through.
+std::optional<Address> function_on_path(const std::string& path);
+
+// Where a function sits. On the board there is no number of a slot, as nothing tells one.
+struct Placement {
+  unsigned location = 0;
+  std::optional<unsigned> slot;
+  Value designation, type, width, hotplug;
+};
+
+struct Function {
+  unsigned key;
+  Placement placement;
+};
+using Functions = std::map<Address, Function>;
+
+std::optional<uint64_t> adapter_key(const Placement& placement);
+
+// What the read-only part of a device's vital product data says. Any bytes; nothing where the data are
+// damaged or their checksum is wrong.
+struct Vpd {
+  std::string name, part, serial, maker;
+};
+std::optional<Vpd> decode_vpd(std::string_view bytes);
+
+struct PciQuestion {
+  std::string dump;         // a file of what lspci -x prints; empty: the machine
+  std::vector<Slot> slots;  // of the SMBIOS table
+  // Where functions were before, for a table that there is but cannot be read.
+  std::optional<std::map<Address, Placement>> before;
+};
+
+// Also gives the functions, by which other sources find theirs.
+Functions read_functions(const Machine& machine, const PciQuestion& question, Findings& findings);
+
+// Whether this build has libpci.
+bool can_read_functions();
+
+}  // namespace zeldb::scan
+
+#endif

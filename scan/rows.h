@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the sources find: rows for the tables, each with a key by which the next scan knows it again.
+#ifndef SCAN_ROWS_H
+#define SCAN_ROWS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace zeldb::scan {
+
+// Not told by the source this time: the default of the column in a new row, and in one that is there what it
+// holds.
+struct Kept {};
+// monostate: NULL.
+using Value = std::variant<std::monostate, Kept, uint64_t, std::string>;
+
+struct Cell {
+  const char* column;
+  Value value;
+};
+
+struct Row {
+  const char* table;
+  const char* source;
+  std::string key;  // within the table
+  // The columns that name the part: a row of another writer with the same values there stands for the same
+  // part, and none is written beside it.
+  std::vector<const char*> identity;
+  std::vector<Cell> cells;
+};
+
+// The words of --only, and what ScannedRows.Source holds.
+inline constexpr const char* kPci = "pci";
+inline constexpr const char* kSmbios = "smbios";
+inline constexpr const char* kDrives = "drives";
+inline constexpr const char* kNetwork = "network";
+inline constexpr const char* kFirmware = "firmware";
+inline constexpr const char* kSources[] = {kPci, kSmbios, kDrives, kNetwork, kFirmware};
+
+struct Findings {
+  std::vector<Row> rows;
+  std::set<std::string> complete;     // sources whose parts are all here: what is missing has gone
+  std::vector<std::string> troubles;  // one line each
+};
+
+// What a device calls itself, fit for a column: without controls, blanks at its ends and broken UTF-8, cut
+// between characters; NULL where nothing is left.
+Value text_value(std::string_view text, size_t limit = 255);
+
+template <typename Number>
+Value value_of(const std::optional<Number>& number) {
+  return number ? Value(static_cast<uint64_t>(*number)) : Value();
+}
+inline Value value_of(const std::optional<std::string>& text) {
+  return text ? text_value(*text) : Value();
+}
+
+}  // namespace zeldb::scan
+
+#endif

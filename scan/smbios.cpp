@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scan/smbios.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <tuple>
+
+#include "db/tables.h"
+
+namespace zeldb::scan {
+
+namespace {
+
+class Structure {
+ public:
+  Structure(std::string_view formatted, std::string_view strings)
+      : formatted_(formatted), strings_(strings) {}
+
+  unsigned type() const { return static_cast<unsigned char>(formatted_[0]); }
+  unsigned handle() const { return static_cast<unsigned>(number(2, 2).value_or(0)); }
+
+  // Nothing where the structure ends before.
+  std::optional<uint64_t> number(size_t offset, size_t width) const {
+    if (offset + width > formatted_.size()) return std::nullopt;
+    uint64_t value = 0;
+    for (size_t at = width; at > 0; --at)
+      value = value << 8U | static_cast<unsigned char>(formatted_[offset + at - 1]);
+    return value;
+  }
+  // By the number that stands at the offset; 0 is none.
+  std::optional<std::string> text(size_t offset) const {
+    const uint64_t which = number(offset, 1).value_or(0);
+    std::string_view rest = strings_;
+    for (uint64_t nth = 1; which != 0 && !rest.empty(); ++nth) {
+      const std::string_view one = rest.substr(0, rest.find('\0'));
+      if (nth == which) return std::string(one);
+      rest.remove_prefix(std::min(one.size() + 1, rest.size()));
+    }
+    return std::nullopt;
+  }
+
+ private:
+  std::string_view formatted_;
+  std::string_view strings_;
+};
+
+std::vector<Structure> structures_of(std::string_view table) {
+  constexpr size_t kHeader = 4;
+  constexpr unsigned kEnd = 127;
+  constexpr size_t kMost = 16384;
+  std::vector<Structure> found;
+  while (table.size() >= kHeader && found.size() < kMost) {
+    const size_t length = static_cast<unsigned char>(table[1]);
+    if (length < kHeader || length > table.size()) break;
+    const size_t end = table.find(std::string_view("\0\0", 2), length);
+    if (end == std::string_view::npos) break;
+    found.emplace_back(table.substr(0, length), table.substr(length, end - length));
+    if (found.back().type() == kEnd) break;
+    table.remove_prefix(end + 2);
+  }
+  return found;
+}
+
+enum class Kind { Number, Text, NotZero };
+
+struct Field {
+  const char* column;
+  uint8_t offset;
+  uint8_t width;
+  Kind kind = Kind::Number;
+  uint64_t unknown = ~uint64_t{0};  // the value that says so
+};
+
+constexpr Field kProcessor[] = {
+    {"Socket", 0x04, 1, Kind::Text},
+    {"ProcType", 0x05, 1},
+    {"Manufacturer", 0x07, 1, Kind::Text},
+    {"ProcId", 0x08, 8},
+    {"Version", 0x10, 1, Kind::Text},
+    {"Voltage", 0x11, 1, Kind::NotZero},
+    {"ExtClock", 0x12, 2, Kind::NotZero},
+    {"MaxSpeed", 0x14, 2, Kind::NotZero},
+    {"CurSpeed", 0x16, 2, Kind::NotZero},
+    {"Status", 0x18, 1},
+    {"Upgrade", 0x19, 1},
+    {"SerialNo", 0x20, 1, Kind::Text},
+    {"AssetTag", 0x21, 1, Kind::Text},
+    {"PartNo", 0x22, 1, Kind::Text},
+    {"Characteristics", 0x26, 2},
+};
+
+// A byte, and where it is 255 a word elsewhere, which the readers may narrow.
+struct Count {
+  const char* column;
+  uint8_t offset;
+  uint8_t wide_offset;
+};
+constexpr Count kCounts[] = {
+    {"CoreCount", 0x23, 0x2A}, {"CoreEnabled", 0x24, 0x2C}, {"ThreadCount", 0x25, 0x2E}};
+
+struct Cache {
+  size_t handle_offset;
+  const char* max_size;
+  const char* installed;
+  const char* type;
+  const char* config;
+};
+constexpr Cache kCaches[] = {
+    {0x1A, "L1CacheMaxSize", "L1CacheInstalled", "L1CacheType", "L1CacheConfig"},
+    {0x1C, "L2CacheMaxSize", "L2CacheInstalled", "L2CacheType", "L2CacheConfig"},
+    {0x1E, "L3CacheMaxSize", "L3CacheInstalled", "L3CacheType", "L3CacheConfig"},
+};
+
+constexpr Field kModule[] = {
+    {"ArrayId", 0x04, 2},
+    {"TotalWidth", 0x08, 2, Kind::Number, 0xFFFF},
+    {"DataWidth", 0x0A, 2, Kind::Number, 0xFFFF},
+    {"FormFactor", 0x0E, 1},
+    {"DevLocator", 0x10, 1, Kind::Text},
+    {"BankLocator", 0x11, 1, Kind::Text},
+    {"MemType", 0x12, 1},
+    {"TypeDetail", 0x13, 2},
+    {"Manufacturer", 0x17, 1, Kind::Text},
+    {"SerialNo", 0x18, 1, Kind::Text},
+    {"AssetTag", 0x19, 1, Kind::Text},
+    {"PartNo", 0x1A, 1, Kind::Text},
+    {"Attributes", 0x1B, 1},
+};
+
+// A word, and where it is 65535 a double word elsewhere.
+constexpr struct Speed {
+  const char* column;
+  uint8_t offset;
+  uint8_t wide_offset;
+} kSpeeds[] = {{"MaxSpeed", 0x15, 0x54}, {"ClockSpeed", 0x20, 0x58}};
+
+template <size_t N>
+void add_fields(Row& row, const Structure& structure, const Field (&fields)[N]) {
+  for (const Field& field : fields) {
+    if (field.kind == Kind::Text) {
+      row.cells.push_back({field.column, value_of(structure.text(field.offset))});
+      continue;
+    }
+    auto number = structure.number(field.offset, field.width);
+    if (number == field.unknown || (field.kind == Kind::NotZero && number == uint64_t{0})) number.reset();
+    row.cells.push_back({field.column, value_of(number)});
+  }
+}
+
+std::optional<uint64_t> family_of(const Structure& structure) {
+  constexpr uint64_t kElsewhere = 0xFE;
+  const auto family = structure.number(0x06, 1);
+  return family == kElsewhere ? structure.number(0x28, 2) : family;
+}
+
+std::optional<uint64_t> count_of(const Structure& structure, const Count& count) {
+  constexpr uint64_t kElsewhere = 0xFF;
+  constexpr uint64_t kReserved = 0xFFFF;
+  auto number = structure.number(count.offset, 1);
+  if (number == kElsewhere) {
+    const auto wide = structure.number(count.wide_offset, 2);
+    // A structure of a version before the wide count can mean 255 itself.
+    if (wide) number = wide;
+  }
+  return number == uint64_t{0} || number == kReserved ? std::nullopt : number;
+}
+
+// In the form of the table: KiB, or with bit 15 units of 64 KiB.
+std::optional<uint64_t> cache_size(const Structure& cache, size_t offset, size_t wide_offset) {
+  constexpr uint64_t kElsewhere = 0xFFFF;
+  constexpr uint64_t kWideUnit = uint64_t{1} << 31U;
+  constexpr uint64_t kUnit = 0x8000;
+  const auto size = cache.number(offset, 2);
+  const auto wide = cache.number(wide_offset, 4);
+  if (size == uint64_t{0}) return std::nullopt;
+  if (size != kElsewhere || !wide) return size == kElsewhere ? std::nullopt : size;
+  const uint64_t amount = *wide & (kWideUnit - 1);
+  const uint64_t units = (*wide & kWideUnit) != 0 ? amount : amount / 64;
+  return amount == 0 || units >= kUnit ? std::nullopt : std::optional(units | kUnit);
+}
+
+void add_caches(Row& row, const Structure& processor, const std::map<unsigned, Structure>& caches) {
+  for (const Cache& names : kCaches) {
+    const auto handle = processor.number(names.handle_offset, 2);
+    const auto found = handle ? caches.find(static_cast<unsigned>(*handle)) : caches.end();
+    const Structure* const cache = found != caches.end() ? &found->second : nullptr;
+    row.cells.push_back({names.max_size, cache ? value_of(cache_size(*cache, 0x07, 0x13)) : Value()});
+    row.cells.push_back({names.installed, cache ? value_of(cache_size(*cache, 0x09, 0x17)) : Value()});
+    row.cells.push_back({names.type, cache ? value_of(cache->number(0x11, 1)) : Value()});
+    row.cells.push_back({names.config, cache ? value_of(cache->number(0x05, 2)) : Value()});
+  }
+}
+
+Row processor_row(const Structure& structure, size_t nth, const std::map<unsigned, Structure>& caches) {
+  Row row{tables::kProcessors, kSmbios, "cpu/" + std::to_string(nth), {"Socket"}, {}};
+  add_fields(row, structure, kProcessor);
+  row.cells.push_back({"Family", value_of(family_of(structure))});
+  for (const Count& count : kCounts)
+    row.cells.push_back({count.column, value_of(count_of(structure, count))});
+  add_caches(row, structure, caches);
+  return row;
+}
+
+// In MiB. Nothing where it is not known; 0 for an empty slot.
+std::optional<uint64_t> module_size(const Structure& module) {
+  constexpr uint64_t kUnknown = 0xFFFF;
+  constexpr uint64_t kElsewhere = 0x7FFF;
+  constexpr uint64_t kInKib = 0x8000;
+  const auto size = module.number(0x0C, 2);
+  if (!size || *size == kUnknown) return std::nullopt;
+  if (*size == kElsewhere) {
+    const auto wide = module.number(0x1C, 4);
+    return wide ? std::optional(*wide & 0x7FFFFFFFU) : std::nullopt;
+  }
+  if ((*size & kInKib) == 0) return size;
+  const uint64_t kib = *size & (kInKib - 1);
+  return kib == 0 || kib >= 1024 ? std::optional(kib / 1024) : std::nullopt;
+}
+
+std::optional<uint64_t> speed_of(const Structure& module, const Speed& speed) {
+  constexpr uint64_t kElsewhere = 0xFFFF;
+  auto number = module.number(speed.offset, 2);
+  if (number == kElsewhere) {
+    number = module.number(speed.wide_offset, 4);
+    if (number) *number &= 0x7FFFFFFFU;
+  }
+  return number == uint64_t{0} ? std::nullopt : number;
+}
+
+// nth counts empty slots, too: a module keeps its number when its neighbour goes.
+std::optional<Row> module_row(const Structure& structure, size_t nth) {
+  const auto size = module_size(structure);
+  if (size == uint64_t{0}) return std::nullopt;
+  Row row{tables::kModules, kSmbios, "dimm/" + std::to_string(nth), {"SlotNo"}, {}};
+  row.cells.push_back({"SlotNo", uint64_t{nth}});
+  row.cells.push_back({"MemSize", value_of(size)});
+  add_fields(row, structure, kModule);
+  for (const Speed& speed : kSpeeds)
+    row.cells.push_back({speed.column, value_of(speed_of(structure, speed))});
+  return row;
+}
+
+Slot slot_of(const Structure& structure) {
+  Slot slot;
+  slot.designation = structure.text(0x04).value_or("");
+  slot.type = structure.number(0x05, 1);
+  slot.width = structure.number(0x06, 1);
+  slot.number = structure.number(0x09, 2);
+  if (const auto bits = structure.number(0x0C, 1)) slot.hotplug = (*bits & 2U) != 0;
+  const auto segment = structure.number(0x0D, 2);
+  const auto bus = structure.number(0x0F, 1);
+  const auto place = structure.number(0x10, 1);
+  constexpr uint64_t kNoSegment = 0xFFFF;
+  constexpr uint64_t kNone = 0xFF;
+  if (segment && bus && place && *segment != kNoSegment && !(*bus == kNone && *place == kNone)) {
+    slot.segment = segment;
+    slot.bus = bus;
+    slot.device = *place >> 3U;
+  }
+  return slot;
+}
+
+}  // namespace
+
+Smbios decode_smbios(std::string_view table) {
+  enum : unsigned { kProcessorType = 4, kCacheType = 7, kSlotType = 9, kModuleType = 17 };
+  const std::vector<Structure> structures = structures_of(table);
+  std::map<unsigned, Structure> caches;
+  for (const Structure& one : structures) {
+    if (one.type() == kCacheType) caches.emplace(one.handle(), one);
+  }
+  Smbios found;
+  size_t processors = 0;
+  size_t modules = 0;
+  for (const Structure& one : structures) {
+    if (one.type() == kProcessorType) found.rows.push_back(processor_row(one, ++processors, caches));
+    if (one.type() == kSlotType) found.slots.push_back(slot_of(one));
+    if (one.type() != kModuleType) continue;
+    if (auto row = module_row(one, ++modules)) found.rows.push_back(std::move(*row));
+  }
+  return found;
+}
+
+SmbiosTable read_smbios(const Machine& machine) {
+  constexpr size_t kLargest = 1U << 20U;
+  const std::string whole = "sys/firmware/dmi/tables/DMI";
+  if (auto bytes = machine.bytes(whole, kLargest)) return {std::move(bytes), std::nullopt};
+  const std::string folder = "sys/firmware/dmi/entries";
+  // Named TYPE-INSTANCE: by number, not by digit.
+  std::vector<std::tuple<unsigned, unsigned, std::string>> entries;
+  for (const std::string& name : machine.names(folder)) {
+    const char* const end = name.data() + name.size();
+    unsigned type = 0;
+    unsigned instance = 0;
+    const auto dash = std::from_chars(name.data(), end, type).ptr;
+    if (dash == end || *dash != '-' || std::from_chars(dash + 1, end, instance).ptr != end) continue;
+    entries.emplace_back(type, instance, name);
+  }
+  std::sort(entries.begin(), entries.end());
+  std::string table;
+  for (const auto& [type, instance, name] : entries) {
+    const std::string raw = folder + "/" + name + "/raw";
+    const auto bytes = machine.bytes(raw, kLargest);
+    if (!bytes) return {std::nullopt, machine.trouble(raw).value_or("cannot be read")};
+    if (type != 127 && table.size() < kLargest) table += *bytes;
+  }
+  if (!table.empty()) return {table, std::nullopt};
+  return {std::nullopt, machine.trouble(whole)};
+}
+
+}  // namespace zeldb::scan
