@@ -9,6 +9,7 @@ extern "C" {
 #include <csetjmp>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "db/tables.h"

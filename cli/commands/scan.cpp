@@ -56,7 +56,7 @@ void print(const std::vector<scan::Change>& changes, bool as_object) {
   if (as_object)
     std::fputs(as_json(table).c_str(), stdout);
   else if (!table.rows.empty())  // no news, no headings
-    std::fputs(as_table(table, {.terminal = terminal_of_output()}).text.c_str(), stdout);
+    std::fputs(as_table(table, {.terminal = terminal()}).text.c_str(), stdout);
 }
 
 void run(const Options& options) {
