@@ -49,7 +49,7 @@ void start(pci_access* access, const void* /*unused*/) {
 }
 void fill(pci_access* /*access*/, pci_dev* device) {
   pci_fill_info(device,
-                PCI_FILL_IDENT | PCI_FILL_CLASS | PCI_FILL_CAPS | PCI_FILL_NUMA_NODE | PCI_FILL_BASES);
+                PCI_FILL_IDENT | PCI_FILL_CLASS | PCI_FILL_CAPS | PCI_FILL_NUMA_NODE);
 }
 
 struct Access {

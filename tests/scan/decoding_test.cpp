@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What devices and firmware wrote, also when it is damaged.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "scan/drives.h"
+#include "scan/pci_functions.h"
+#include "scan/rows.h"
+#include "scan/smbios.h"
+
+namespace zeldb_test {
+namespace {
+
+using namespace std::string_literals;
+using zeldb::scan::decode_smbios;
+using zeldb::scan::decode_vpd;
+
+std::string shown(const zeldb::scan::Value& value) {
+  const auto* const text = std::get_if<std::string>(&value);
+  return text != nullptr ? *text : "NULL";
+}
+
+TEST(ScanTexts, AreFitForAColumn) {
+  const struct {
+    std::string text;
+    std::string shown;
+    size_t limit = 255;
+  } cases[] = {
+      {"", "NULL"},
+      {" \t\r\n", "NULL"},
+      {"  A B  ", "A B"},
+      {"A\x01\x7F B", "A   B"},
+      {"A\0B"s, "A"},
+      {"\xC3\xA9t\xC3", "\xC3\xA9t?"},
+      {"\xC0\x80 \xED\xA0\x80 \xF5", "?? ??? ?"},
+      {"ab\xC3\xA9", "ab", 3},
+      {"ab\xC3\xA9", "ab\xC3\xA9", 4},
+      {"\xF0\x9F\x98\x80x", "\xF0\x9F\x98\x80", 4},
+  };
+  for (const auto& one : cases) EXPECT_EQ(shown(zeldb::scan::text_value(one.text, one.limit)), one.shown);
+}
+
+// A structure of the type, with as many bytes as length says, and no texts.
+std::string structure(char type, size_t length) {
+  return std::string{type, static_cast<char>(length), 1, 0} + std::string(length - 4, '\x11') + "\0\0"s;
+}
+
+TEST(ScanSmbios, EndsWhereItIsDamaged) {
+  const std::string whole = structure(17, 0x28);
+  const struct {
+    std::string table;
+    size_t rows;
+  } cases[] = {
+      {"", 0},
+      {whole, 1},
+      {whole + whole, 2},
+      {whole.substr(0, whole.size() - 1), 0},    // no end of the texts
+      {whole + whole.substr(0, 0x20), 1},        // the length leads out of the table
+      {"\x11\x03\x01\x00\x00\x00"s + whole, 0},  // a length below that of the head
+      {structure(127, 4) + whole, 0},
+      {structure(4, 5) + whole, 2},  // shorter than any version has it
+      {structure(9, 4) + whole, 1},
+      {whole + "\xFF\xFF", 1},
+  };
+  for (const auto& one : cases) {
+    EXPECT_EQ(decode_smbios(one.table).rows.size(), one.rows) << testing::PrintToString(one.table);
+  }
+}
+
+TEST(ScanVpd, CountsWithItsChecksumAlone) {
+  const std::string name = "\x82\x02\x00Nm"s;
+  const auto list = [&](const std::string& keywords, int wrong = 0) {
+    const std::string head = "\x90"s + static_cast<char>(keywords.size() + 4) + "\0"s + keywords + "RV\x01";
+    unsigned sum = 0;
+    for (const char byte : name + head) sum += static_cast<unsigned char>(byte);
+    return name + head + static_cast<char>(0 - sum + static_cast<unsigned>(wrong)) + "\x78";
+  };
+  const std::string whole = list("PN\x02P1SN\x03S\0\x01"s);
+  ASSERT_TRUE(decode_vpd(whole));
+  EXPECT_EQ(decode_vpd(whole)->name, "Nm");
+  EXPECT_EQ(decode_vpd(whole)->part, "P1");
+  EXPECT_EQ(decode_vpd(whole)->serial, "S\0\x01"s);
+  EXPECT_FALSE(decode_vpd(list("PN\x02P1", 1)));
+  EXPECT_FALSE(decode_vpd(list("PN\x7FP1")));
+  EXPECT_FALSE(decode_vpd(name + "\x90\x05\x00PN\x02P1"s));  // no checksum
+  EXPECT_FALSE(decode_vpd(std::string(64, '\0')));
+  EXPECT_FALSE(decode_vpd(std::string(64, '\xFF')));
+  for (size_t length = 0; length + 1 < whole.size(); ++length)
+    EXPECT_FALSE(decode_vpd(whole.substr(0, length))) << length;
+}
+
+TEST(ScanDrives, WriteCapacitiesInDecimalUnits) {
+  EXPECT_EQ(zeldb::scan::capacity_text(960'197'124'096), "960GB");
+  EXPECT_EQ(zeldb::scan::capacity_text(1'000'204'886'016), "1000GB");
+  EXPECT_EQ(zeldb::scan::capacity_text(3'840'755'982'336), "3.84TB");
+}
+
+TEST(ScanPci, AddressesAreReadWhole) {
+  const struct {
+    std::string path;
+    std::string address;
+  } cases[] = {
+      {"devices/pci0000:00/0000:00:01.0/0000:01:00.1/virtio0", "0000:01:00.1"},
+      {"10000:e1:00.0", "10000:e1:00.0"},
+      {"0000:00:20.0", "-"},
+      {"0000:00:1f.8", "-"},
+      {"0000:00:1f.0x", "-"},
+      {"virtual/net/lo", "-"},
+  };
+  for (const auto& one : cases) {
+    const auto address = zeldb::scan::function_on_path(one.path);
+    EXPECT_EQ(address ? zeldb::scan::text_of(*address) : "-", one.address) << one.path;
+  }
+}
+
+}  // namespace
+}  // namespace zeldb_test

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Recorded machines, and what a scan makes of them. A file in machines/ is one machine, a line each: "path:
+// text", "path # bytes" (each adds to the file), "path -> target" a link, "* remark".
+// golden/NAME.txt is a transcript; ZELDB_UPDATE_GOLDEN=1 writes it anew.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/cli/sample.h"
+
+namespace zeldb_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string bytes_of(const std::string& digits) {
+  std::string bytes;
+  for (size_t at = 0; at + 1 < digits.size(); at += 2)
+    bytes += static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16));
+  return bytes;
+}
+
+void unpack(const std::string& name, const fs::path& root) {
+  std::istringstream lines(content_of(fs::path(ZELDB_SCAN_TESTS) / "machines" / (name + ".txt")));
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("* ")) continue;
+    const auto split = [&line](const std::string& mark) {
+      const size_t at = line.find(mark);
+      return at == std::string::npos ? std::pair<std::string, std::string>()
+                                     : std::pair(line.substr(0, at), line.substr(at + mark.size()));
+    };
+    const auto link = split(" -> ");
+    const auto bytes = split(" # ");
+    const auto text = split(": ");
+    const std::string& path = !link.first.empty()    ? link.first
+                              : !bytes.first.empty() ? bytes.first
+                                                     : text.first;
+    ASSERT_FALSE(path.empty()) << line;
+    fs::create_directories((root / path).parent_path());
+    if (!link.first.empty())
+      fs::create_symlink(link.second, root / path);
+    else if (!bytes.first.empty())
+      std::ofstream(root / path, std::ios::app | std::ios::binary) << bytes_of(bytes.second);
+    else
+      std::ofstream(root / path, std::ios::app) << replaced(text.second, "\\t", "\t") << "\n";
+  }
+}
+
+class Scan : public DatabaseTest {
+ protected:
+  fs::path root() const { return fs::path(database.folder()) / "machine"; }
+  Outcome scan(std::vector<std::string> more = {}, const std::vector<std::string>& env = {}) const {
+    std::vector<std::string> arguments{"scan", "--root", root().string()};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return run_zeldb(arguments, env);
+  }
+  std::string transcript(const std::vector<std::string>& commands) const {
+    std::string text;
+    for (const std::string& command : commands) {
+      std::istringstream stream(command);
+      std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+      const Outcome outcome =
+          words.front() == "scan" ? scan({words.begin() + 1, words.end()}) : run_zeldb(words);
+      text += "$ zeldb " + command + "\n" + outcome.out;
+      if (outcome.exit_status != 0) text += "! " + std::to_string(outcome.exit_status) + " " + outcome.err;
+    }
+    return replaced(text, root().string(), "MACHINE");
+  }
+  // Everything, row numbers included.
+  std::string dump() const {
+    std::string text;
+    for (const char* table :
+         {"ScannedRows", "PCIs", "PCIAdapter", "PCINetwork", "PCILogicalPort", "PCIPhysicalPort",
+          "PCIPhysicalPortStat", "VPDs", "Processor", "Memory", "AimDisks"})
+      text += std::string(table) + ": " +
+              database.text(std::string("SELECT * FROM ") + table + " ORDER BY _id") + "\n";
+    return text;
+  }
+};
+
+const std::vector<std::string> kCommands = {
+    "scan --dry-run",
+    "scan",
+    "scan",
+    "functions --wide",
+    "functions --output "
+    "FunKey,SlotDesignation,SlotType,BridgeId,NodeIndex,FunType,LanesInUse,MaxLanes,PCIeType,"
+    "MaxPCIeType",
+    "slots --wide",
+    "processors --wide",
+    "processors --output "
+    "Socket,ProcId,Family,SerialNo,Status,L1CacheInstalled,L2CacheInstalled,L3CacheInstalled,L3CacheType",
+    "memory --output "
+    "SlotNo,DevLocator,MemSize,ClockSpeed,MaxSpeed,TotalWidth,Manufacturer,PartNo,SerialNo",
+    "disks --wide",
+    "ports --wide",
+    "ports --logical --wide",
+};
+
+TEST_P(Scan, ShowsTheMachine) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  for (const std::string name : {"server", "board"}) {
+    database.run("DELETE FROM ScannedRows; DELETE FROM Processor");
+    fs::remove_all(root());
+    unpack(name, root());
+    const fs::path file = fs::path(ZELDB_SCAN_TESTS) / "golden" / (name + ".txt");
+    const std::string actual = transcript(kCommands);
+    if (std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr) std::ofstream(file) << actual;
+    EXPECT_EQ(actual, content_of(file)) << name;
+    if (name == "server") {
+      for (const char* table : {"PCIs", "PCIAdapter", "PCINetwork", "PCILogicalPort", "PCIPhysicalPort",
+                                "PCIPhysicalPortStat", "VPDs", "Memory", "AimDisks"})
+        database.run(std::string("DELETE FROM ") + table);
+    }
+  }
+}
+
+TEST_P(Scan, WritesNothingTwice) {
+  unpack("server", root());
+  const std::string trace = database.folder() + "/trace";
+  const auto writes = [&] {
+    std::istringstream lines(content_of(trace));
+    int count = 0;
+    for (std::string line; std::getline(lines, line);)
+      count += line.starts_with("insert|") || line.starts_with("update|") || line.starts_with("delete|") ||
+               line.starts_with("raw|");
+    fs::remove(trace);
+    return count;
+  };
+  scan({"--dry-run"}, {"ZEL_DB_TRACE=" + trace});
+  EXPECT_EQ(writes(), 0);
+  scan({}, {"ZEL_DB_TRACE=" + trace});
+  EXPECT_GT(writes(), 40);
+  const std::string before = dump();
+  scan({}, {"ZEL_DB_TRACE=" + trace});
+  EXPECT_EQ(writes(), 0);
+  EXPECT_EQ(dump(), before);
+}
+
+TEST_P(Scan, TouchesItsOwnRowsAlone) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  unpack("server", root());
+  // The function, a processor and a drive are known already; a module sits where the machine has none.
+  database.run(
+      "INSERT INTO PCIs (FunKey, VendorId) VALUES (16842752, 7);"
+      "INSERT INTO Processor (Socket) VALUES ('CPU0');"
+      "INSERT INTO AimDisks (SerialNo, Model) VALUES ('S1NVME', 'FAST DRIVE 4T');"
+      "INSERT INTO Memory (SlotNo, PartNo) VALUES (90, 'P-90')");
+  scan();
+  EXPECT_EQ(database.text("SELECT VendorId FROM PCIs WHERE FunKey=50397184 OR FunKey=16842752 ORDER BY _id"),
+            "7;32902");
+  EXPECT_EQ(database.text("SELECT count(*) FROM Processor WHERE Socket='CPU0'"), "1");
+  EXPECT_EQ(database.text("SELECT count(*) FROM AimDisks WHERE SerialNo='S1NVME'"), "1");
+  // A merge takes an adapter over; another service notes its health.
+  database.run("UPDATE PCIAdapter SET AIMSupported=3, CardName='Mine' WHERE BusNo=2");
+  database.run("UPDATE AimDisks SET Temperature=41, InfoMask=3 WHERE SerialNo='WD-S1234'");
+  fs::remove_all(root() / "sys/class/nvme");
+  fs::remove(root() / "sys/bus/pci/devices/0000:02:00.0");
+  std::ofstream(root() / "sys/devices/pci0000:00/0000:00:01.0/0000:01:00.0/net/ens3/mtu") << "9000\n";
+  const std::string changes = scan().out;
+  EXPECT_NE(changes.find("removed  PCIs            0000:02:00.0"), std::string::npos) << changes;
+  EXPECT_NE(changes.find("MaxDataSize 1500 -> 9000"), std::string::npos) << changes;
+  EXPECT_EQ(database.text("SELECT CardName FROM PCIAdapter WHERE BusNo=2"), "Mine");
+  EXPECT_EQ(database.text("SELECT Temperature, InfoMask FROM AimDisks WHERE SerialNo='WD-S1234'"), "41,3");
+  EXPECT_EQ(database.text("SELECT PartNo FROM Memory WHERE SlotNo=90"), "P-90");
+  EXPECT_EQ(database.text("SELECT count(*) FROM AimDisks WHERE SerialNo='S1NVME'"), "1");
+}
+
+TEST_P(Scan, KeepsWhatCannotBeRead) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  unpack("server", root());
+  scan();
+  const std::string before = dump();
+  const fs::path outside = fs::path(database.folder()) / "outside";
+  std::ofstream(outside) << "secret";
+  fs::remove(root() / "sys/firmware/dmi/tables/DMI");
+  fs::create_symlink(outside, root() / "sys/firmware/dmi/tables/DMI");
+  const Outcome no_table = scan();
+  EXPECT_EQ(no_table.exit_status, 1);
+  EXPECT_NE(no_table.err.find("sys/firmware/dmi: leads out of the folder\n"), std::string::npos)
+      << no_table.err;
+  EXPECT_EQ(dump(), before);
+  fs::create_symlink(outside, root() / "sys/bus/pci/devices/0000:01:00.0/label");
+  const Outcome no_functions = scan();
+  EXPECT_NE(no_functions.err.find("0000:01:00.0: leads out of the folder\n"), std::string::npos)
+      << no_functions.err;
+  EXPECT_EQ(dump(), before);
+}
+
+TEST_P(Scan, IsWholeOrNothing) {
+  unpack("server", root());
+  database.run(GetParam() == Engine::Sqlite
+                   ? "CREATE TRIGGER no BEFORE INSERT ON AimDisks BEGIN SELECT RAISE(ABORT, 'no'); END"
+                   : "CREATE TRIGGER no BEFORE INSERT ON AimDisks FOR EACH ROW SIGNAL SQLSTATE '45000'");
+  const Outcome refused = scan();
+  EXPECT_EQ(refused.exit_status, 1);
+  EXPECT_NE(refused.err.find("table AimDisks"), std::string::npos) << refused.err;
+  EXPECT_EQ(database.text("SELECT count(*) FROM Processor"), "0");
+  EXPECT_EQ(database.text("SELECT count(*) FROM ScannedRows"), "0");
+  database.run("DROP TRIGGER no");
+  scan();
+  EXPECT_NE(database.text("SELECT count(*) FROM Processor"), "0");
+}
+
+TEST_P(Scan, TakesADumpAndTheSourcesThatAreAskedFor) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  unpack("server", root());
+  const std::string dump_file = database.folder() + "/dump";
+  std::ofstream(dump_file) << "0003:05:00.1 Something\n00: 86 80 01 70 00 00 00 00 02 01 00 01 00 00 00 00\n"
+                              "10: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"
+                              "20: 00 00 00 00 00 00 00 00 00 00 00 00 86 80 99 00\n"
+                              "30: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n";
+  const Outcome outcome = scan({"--only", "pci", "--pci-dump", dump_file, "--json"});
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out,
+            "{\"format_version\":1,\"rows\":[\n"
+            "{\"Change\":\"added\",\"Table\":\"PCIs\",\"Key\":\"0003:05:00.1\",\"Detail\":null},\n"
+            "{\"Change\":\"added\",\"Table\":\"PCIAdapter\",\"Key\":\"0003:05:00.1\",\"Detail\":null}\n]}\n");
+  EXPECT_EQ(database.text("SELECT SegNo, FunKey, DeviceId, SubDeviceId, SlotNo, LanesInUse FROM PCIs"),
+            "3,327681,28673,153,NULL,NULL");
+  std::ofstream(dump_file) << "no dump\n00: zz\n";
+  EXPECT_EQ(scan({"--only", "pci", "--pci-dump", dump_file}).exit_status, 1);
+  EXPECT_EQ(database.text("SELECT count(*) FROM PCIs"), "1");
+  expect_failure(run_zeldb({"scan", "--root", dump_file}), 1, "dump: has no folder sys");
+  expect_failure(scan({"--only", "pci,usb"}), 2, "usb");
+}
+
+ZELDB_ON_EVERY_ENGINE(Scan);
+
+}  // namespace
+}  // namespace zeldb_test
