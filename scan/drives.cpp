@@ -28,9 +28,9 @@ struct Drive {
 Row row_of(const Drive& drive, const Functions* functions) {
   Row row{tables::kDisks, kDrives, drive.key, {"SerialNo", "Model"}, {}};
   Value key = functions != nullptr ? Value() : Value(Kept());
-  Value number;
-  Value location;
-  Value place;
+  Value number = key;
+  Value location = key;
+  Value place = key;
   if (functions != nullptr && drive.function && functions->contains(*drive.function)) {
     const Function& function = functions->at(*drive.function);
     // That of a controller is not that of its drives.

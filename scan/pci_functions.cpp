@@ -48,8 +48,7 @@ void start(pci_access* access, const void* /*unused*/) {
   pci_scan_bus(access);
 }
 void fill(pci_access* /*access*/, pci_dev* device) {
-  pci_fill_info(device,
-                PCI_FILL_IDENT | PCI_FILL_CLASS | PCI_FILL_CAPS | PCI_FILL_NUMA_NODE);
+  pci_fill_info(device, PCI_FILL_IDENT | PCI_FILL_CLASS | PCI_FILL_CAPS | PCI_FILL_NUMA_NODE);
 }
 
 struct Access {
@@ -186,17 +185,18 @@ class Places {
       const auto found = question_.before->find(address);
       if (found != question_.before->end()) return found->second;
     }
-    // What sits in a slot may be a bridge with functions behind it.
-    size_t steps = 0;
-    for (std::optional<Address> at = address; at && steps < kDeepest; at = bridge_above(*at), ++steps) {
-      if (const Slot* const slot = slot_with(*at, address)) return placement_of(*slot);
-      if (const auto number = number_in_sys(*at))
-        return {.location = 1, .slot = number, .designation = {}, .type = {}, .width = {}, .hotplug = {}};
-      const auto above = bridge_above(*at);
-      const auto port = above ? devices_.find(*above) : devices_.end();
-      if (port == devices_.end()) continue;
-      if (const auto number = slot_of_port(port->second))
-        return {.location = 1, .slot = number, .designation = {}, .type = {}, .width = {}, .hotplug = {}};
+    // What sits in a slot may be a bridge with functions behind it. The table of slots is trusted most.
+    std::vector<Address> path;
+    for (std::optional<Address> at = address; at && path.size() < kDeepest; at = bridge_above(*at))
+      path.push_back(*at);
+    for (const Address& at : path) {
+      if (const Slot* const slot = slot_with(at, address)) return placement_of(*slot);
+    }
+    for (const Address& at : path) {
+      if (const auto number = number_in_sys(at)) return numbered(*number);
+    }
+    for (size_t above = 1; above < path.size(); ++above) {
+      if (const auto number = slot_of_port(devices_.at(path[above]))) return numbered(*number);
     }
     return {};
   }
@@ -222,6 +222,10 @@ class Places {
       if (!is_root_port || at != asked) return &slot;
     }
     return nullptr;
+  }
+
+  static Placement numbered(unsigned slot) {
+    return {.location = 1, .slot = slot, .designation = {}, .type = {}, .width = {}, .hotplug = {}};
   }
 
   static Placement placement_of(const Slot& slot) {
@@ -269,7 +273,8 @@ Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Fu
   const Address address = address_of_device(*device);
   const Placement& place = function.placement;
   const Link link = link_of(machine, is_dump, device);
-  const bool has_subsystem = (pci_read_byte(device, PCI_HEADER_TYPE) & 0x7FU) == PCI_HEADER_TYPE_NORMAL;
+  const bool has_subsystem = (pci_read_byte(device, PCI_HEADER_TYPE) & 0x7FU) == PCI_HEADER_TYPE_NORMAL &&
+                             pci_read_word(device, PCI_SUBSYSTEM_VENDOR_ID) != 0;
   const auto subsystem = [&](int at) {
     return has_subsystem ? Value(uint64_t{pci_read_word(device, at)}) : Value();
   };
@@ -334,6 +339,8 @@ Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_de
   row.cells = {
       {"PCIKey", value_of(adapter_key(place))},
       {"PCIFuncKey", uint64_t{function.key}},
+      // The list of adapters leaves out one of no node: on a machine that does not tell, there is one.
+      {"NodeNo", static_cast<uint64_t>(std::max(device->numa_node, 0))},
       {"SlotNo", value_of(place.slot)},
       {"SegNo", uint64_t{address.segment}},
       {"BusNo", uint64_t{address.bus}},
@@ -409,7 +416,8 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
     findings.troubles.push_back(std::string("PCI functions: ") + error_text);
     return functions;
   }
-  bool is_complete = true;
+  bool is_complete = !is_dump || access.access->devices != nullptr;
+  if (!is_complete) findings.troubles.push_back("PCI functions: " + question.dump + ": has none");
   Devices devices;
   for (pci_dev* device = access.access->devices; device != nullptr; device = device->next) {
     const Address address = address_of_device(*device);
