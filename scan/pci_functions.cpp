@@ -25,7 +25,8 @@ char error_text[256];
 void keep_text(char* format, va_list arguments) {
   std::vsnprintf(error_text, sizeof(error_text), format, arguments);
 }
-[[noreturn]] void fail(char* format, ...) {
+// As libpci declares it.
+__attribute__((noreturn)) void fail(char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   keep_text(format, arguments);

@@ -4,11 +4,11 @@
 #ifndef SCAN_PCI_FUNCTIONS_H
 #define SCAN_PCI_FUNCTIONS_H
 
-#include <compare>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "scan/machine.h"
@@ -22,7 +22,13 @@ struct Address {
   unsigned bus = 0;
   unsigned device = 0;
   unsigned function = 0;
-  auto operator<=>(const Address&) const = default;
+  friend bool operator<(const Address& one, const Address& other) {
+    return std::tie(one.segment, one.bus, one.device, one.function) <
+           std::tie(other.segment, other.bus, other.device, other.function);
+  }
+  friend bool operator==(const Address& one, const Address& other) {
+    return !(one < other) && !(other < one);
+  }
 };
 std::string text_of(const Address& address);
 // Of a text such as "0000:17:00.1".

@@ -160,8 +160,7 @@ std::optional<uint64_t> count_of(const Structure& structure, const Count& count)
   auto number = structure.number(count.offset, 1);
   if (number == kElsewhere) {
     const auto wide = structure.number(count.wide_offset, 2);
-    // A structure of a version before the wide count can mean 255 itself.
-    if (wide) number = wide;
+    if (wide) number = wide;  // else it means 255 itself
   }
   return number == uint64_t{0} || number == kReserved ? std::nullopt : number;
 }
@@ -173,8 +172,8 @@ std::optional<uint64_t> cache_size(const Structure& cache, size_t offset, size_t
   constexpr uint64_t kUnit = 0x8000;
   const auto size = cache.number(offset, 2);
   const auto wide = cache.number(wide_offset, 4);
-  if (size == uint64_t{0}) return std::nullopt;
-  if (size != kElsewhere || !wide) return size == kElsewhere ? std::nullopt : size;
+  if (size != kElsewhere) return size == uint64_t{0} ? std::nullopt : size;
+  if (!wide) return std::nullopt;
   const uint64_t amount = *wide & (kWideUnit - 1);
   const uint64_t units = (*wide & kWideUnit) != 0 ? amount : amount / 64;
   return amount == 0 || units >= kUnit ? std::nullopt : std::optional(units | kUnit);
