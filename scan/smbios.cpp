@@ -162,7 +162,8 @@ std::optional<uint64_t> count_of(const Structure& structure, const Count& count)
     const auto wide = structure.number(count.wide_offset, 2);
     if (wide) number = wide;  // else it means 255 itself
   }
-  return number == uint64_t{0} || number == kReserved ? std::nullopt : number;
+  if (number && (*number == 0 || *number == kReserved)) number.reset();
+  return number;
 }
 
 // In the form of the table: KiB, or with bit 15 units of 64 KiB.
