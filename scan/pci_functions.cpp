@@ -316,9 +316,10 @@ Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Fu
 // Nothing where the list of names does not know the device.
 std::string name_of(pci_access* access, const pci_dev& device) {
   char text[512];
-  const char* const name = pci_lookup_name(access, text, sizeof(text),
-                                           PCI_LOOKUP_VENDOR | PCI_LOOKUP_DEVICE | PCI_LOOKUP_NO_NUMBERS,
-                                           device.vendor_id, device.device_id);
+  const char* const name =
+      pci_lookup_name(access, text, sizeof(text),
+                      PCI_LOOKUP_VENDOR | PCI_LOOKUP_DEVICE | PCI_LOOKUP_NO_NUMBERS | PCI_LOOKUP_NO_HWDB,
+                      device.vendor_id, device.device_id);
   return name != nullptr ? name : "";
 }
 
