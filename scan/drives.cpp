@@ -25,7 +25,7 @@ struct Drive {
   std::optional<Address> function;
 };
 
-Row row_of(const Drive& drive, const Functions* functions) {
+Row row_of(const Drive& drive, const Functions* functions, bool has_all_blocks) {
   Row row{tables::kDisks, kDrives, drive.key, {"SerialNo", "Model"}, {}};
   Value key = functions != nullptr ? Value() : Value(Kept());
   Value number = key;
@@ -53,7 +53,9 @@ Row row_of(const Drive& drive, const Functions* functions) {
       {"UUID", value_of(drive.unique_id)},
       {"Manufacture", value_of(drive.maker)},
       {"FwVersion", value_of(drive.firmware)},
-      {"Capacity", drive.bytes ? Value(capacity_text(*drive.bytes)) : Value()},
+      {"Capacity", !has_all_blocks ? Value(Kept())
+                   : drive.bytes   ? Value(capacity_text(*drive.bytes))
+                                   : Value()},
       {"Presence", uint64_t{1}},
   };
   return row;
@@ -168,6 +170,12 @@ std::string capacity_text(uint64_t bytes) {
 
 void read_drives(const Machine& machine, const Functions* functions, Findings& findings) {
   const std::vector<std::string> blocks = machine.names("sys/block");
+  const auto blocks_trouble = machine.trouble_in("sys/block");
+  const auto controllers_trouble = machine.trouble_in("sys/class/nvme");
+  for (const auto& trouble : {blocks_trouble, controllers_trouble}) {
+    if (trouble) findings.troubles.push_back("drives: " + *trouble);
+  }
+  const bool has_all_blocks = !blocks_trouble;
   std::vector<Drive> drives;
   add_nvme(machine, blocks, drives);
   add_scsi(machine, blocks, drives);
@@ -176,9 +184,9 @@ void read_drives(const Machine& machine, const Functions* functions, Findings& f
     // A drive with two paths is one drive; drives without a serial number that look alike are not.
     const Value clean = text_value(drive.key, 64);
     drive.key = std::holds_alternative<std::string>(clean) ? std::get<std::string>(clean) : "";
-    if (keys.insert(drive.key).second) findings.rows.push_back(row_of(drive, functions));
+    if (keys.insert(drive.key).second) findings.rows.push_back(row_of(drive, functions, has_all_blocks));
   }
-  findings.complete.insert(kDrives);
+  if (has_all_blocks && !controllers_trouble) findings.complete.insert(kDrives);
 }
 
 }  // namespace zeldb::scan

@@ -121,6 +121,15 @@ std::optional<std::string> Machine::trouble(const std::string& path) const {
   return std::nullopt;
 }
 
+std::optional<std::string> Machine::trouble_in(const std::string& folder) const {
+  if (const auto why = trouble(folder)) return folder + ": " + *why;
+  for (const std::string& name : names(folder)) {
+    const std::string one = folder + "/" + name;
+    if (const auto why = trouble(one)) return one + ": " + *why;
+  }
+  return std::nullopt;
+}
+
 bool Machine::leads_outside(const std::string& folder) const {
   if (is_running_system()) return false;
   const auto is_outside = [this](const std::string& path) {

@@ -36,6 +36,8 @@ class Machine {
   std::string path(const std::string& path) const { return root_ + "/" + path; }
   // Why the file could not be read, or nothing: it is not there, or could be read.
   std::optional<std::string> trouble(const std::string& path) const;
+  // The first trouble with the folder or with what is in it, after the path.
+  std::optional<std::string> trouble_in(const std::string& folder) const;
   // Whether something in the folder is a link that leads out of the root.
   bool leads_outside(const std::string& folder) const;
 

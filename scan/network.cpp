@@ -183,6 +183,11 @@ std::map<Address, std::vector<Interface>> interfaces_of(const Machine& machine) 
 }  // namespace
 
 void read_network(const Machine& machine, const Functions& functions, Findings& findings) {
+  // Ports are counted: some of them are no answer.
+  if (const auto trouble = machine.trouble_in("sys/class/net")) {
+    findings.troubles.push_back("network ports: " + *trouble);
+    return;
+  }
   const Ethtool ethtool;
   for (const auto& [address, interfaces] : interfaces_of(machine)) {
     const auto found = functions.find(address);

@@ -361,7 +361,9 @@ Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_de
 
 void add_vpd(const Machine& machine, const Address& address, const Function& function, Findings& findings) {
   constexpr size_t kLargest = 32768;
-  const auto bytes = machine.bytes(folder_of(address) + "vpd", kLargest);
+  const std::string file = folder_of(address) + "vpd";
+  const auto bytes = machine.bytes(file, kLargest);
+  if (!bytes && machine.has(file)) findings.unread.emplace(tables::kVpds, text_of(address));
   const auto vpd = bytes ? decode_vpd(*bytes) : std::nullopt;
   if (!vpd) return;
   Row row{tables::kVpds, kPci, text_of(address), {"HardwareId", "HardwareTypeId"}, {}};
@@ -376,6 +378,17 @@ void add_vpd(const Machine& machine, const Address& address, const Function& fun
       {"PartNo", text_value(vpd->part)},
   };
   findings.rows.push_back(std::move(row));
+}
+
+// One line for all functions: whoever may not read the data of one may not read those of others.
+void tell_unread_vpd(const Machine& machine, const Functions& functions, Findings& findings) {
+  for (const auto& [address, function] : functions) {
+    const std::string file = folder_of(address) + "vpd";
+    const auto trouble = machine.trouble(file);
+    if (!trouble) continue;
+    findings.troubles.push_back("vital product data: " + file + ": " + *trouble);
+    return;
+  }
 }
 
 bool may_be_read(const Machine& machine, const PciQuestion& question, Findings& findings) {
@@ -447,6 +460,7 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
       findings.rows.push_back(adapter_row(machine, access.access, is_dump, device, function));
     if (!is_dump) add_vpd(machine, address, function, findings);
   }
+  if (!is_dump) tell_unread_vpd(machine, functions, findings);
   if (is_complete) findings.complete.insert(kPci);
   return functions;
 }

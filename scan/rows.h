@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -47,7 +48,9 @@ inline constexpr const char* kSources[] = {kPci, kSmbios, kDrives, kNetwork, kFi
 
 struct Findings {
   std::vector<Row> rows;
-  std::set<std::string> complete;     // sources whose parts are all here: what is missing has gone
+  std::set<std::string> complete;  // sources whose parts are all here: what is missing has gone
+  // Table and key of rows that could not be read this time, though their source is complete: they stay.
+  std::set<std::pair<std::string, std::string>> unread;
   std::vector<std::string> troubles;  // one line each
 };
 

@@ -40,11 +40,14 @@ Findings find(const Question& question, const std::map<Address, Placement>& befo
 
   const Functions functions = read_functions(machine, pci, findings);
   const bool knows_functions = findings.complete.contains(kPci);
-  read_drives(machine, knows_functions ? &functions : nullptr, findings);
-  if (knows_functions) read_network(machine, functions, findings);
+  const auto is_unwanted = [&](const std::string& source) {
+    return !question.only.empty() && !question.only.contains(source);
+  };
+  if (!is_unwanted(kDrives)) read_drives(machine, knows_functions ? &functions : nullptr, findings);
+  if (knows_functions && (!is_unwanted(kNetwork) || !is_unwanted(kFirmware)))
+    read_network(machine, functions, findings);
 
   if (!question.only.empty()) {
-    const auto is_unwanted = [&](const std::string& source) { return !question.only.contains(source); };
     std::erase_if(findings.rows, [&](const Row& row) { return is_unwanted(row.source); });
     std::erase_if(findings.complete, is_unwanted);
   }

@@ -214,7 +214,8 @@ void Store::compare(const std::string& table, const std::vector<const Row*>& row
     if (!change.cells.empty()) changes.push_back(std::move(change));
   }
   for (const auto& [key, owned] : owned_) {
-    if (key.first != table || found.contains(key.second) || !findings.complete.contains(owned.source))
+    if (key.first != table || found.contains(key.second) || !findings.complete.contains(owned.source) ||
+        findings.unread.contains(key))
       continue;
     // One that another writer has removed is forgotten.
     if (!held.rows.contains(owned.id) || !is_taken(owned.id))

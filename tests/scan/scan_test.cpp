@@ -188,6 +188,27 @@ TEST_P(Scan, KeepsWhatCannotBeRead) {
   EXPECT_NE(no_functions.err.find("0000:01:00.0: leads out of the folder\n"), std::string::npos)
       << no_functions.err;
   EXPECT_EQ(dump(), before);
+  // A file that is there and gives nothing, and folders with a part that is out of reach.
+  fs::remove(root() / "sys/bus/pci/devices/0000:01:00.0/label");
+  fs::remove(root() / "sys/devices/pci0000:00/0000:00:01.0/0000:01:00.0/vpd");
+  fs::create_directory(root() / "sys/devices/pci0000:00/0000:00:01.0/0000:01:00.0/vpd");
+  const struct {
+    const char* part;
+    const char* told;
+  } parts[] = {{"sys/class/net/ens3", "network ports: "},
+               {"sys/block/sda", "drives: "},
+               {"sys/block", "drives: "},
+               {"sys/class/nvme", "drives: "}};
+  for (const auto& [part, told] : parts) {
+    fs::remove_all(root() / part);
+    fs::create_symlink(outside, root() / part);
+    const std::string line = std::string(told) + part + ": leads out of the folder\n";
+    const Outcome outcome = scan();
+    EXPECT_EQ(outcome.exit_status, 1);
+    EXPECT_NE(outcome.err.find(line), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(scan({"--only", "pci"}).err.find("drives: "), std::string::npos);
+  EXPECT_EQ(dump(), before);
 }
 
 TEST_P(Scan, IsWholeOrNothing) {
