@@ -88,6 +88,8 @@ void MariaDbServer::start(const std::vector<std::string>& options) {
                                     "--no-defaults",
                                     "--user=root",
                                     "--datadir=" + data().string(),
+                                    // a starting server removes the temporary tables of its tmpdir, whose ever
+                                    "--tmpdir=" + folder_.string(),
                                     "--socket=" + socket(),
                                     "--pid-file=" + (folder_ / "pid").string(),
                                     "--skip-name-resolve",

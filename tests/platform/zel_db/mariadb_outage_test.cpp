@@ -33,12 +33,14 @@ class MariaDbOutage : public testing::Test {
   }
 
   // Running, with the tables; the URL is in the environment.
-  MariaDbServer& server(const std::string& option = "--skip-networking") {
+  MariaDbServer& server(const std::vector<std::string>& options = {}) {
     MariaDbServer& made = servers_.emplace_back(parent_, parent_ / "pristine");
-    made.start({option});
+    std::vector<std::string> all = {"--skip-networking"};
+    all.insert(all.end(), options.begin(), options.end());
+    made.start(all);
     use("root@localhost/?socket=" + made.socket());
     char error[256] = "";
-    EXPECT_EQ(zel_db_create(nullptr, error, sizeof error), 0) << error;
+    EXPECT_EQ(zel_db_create(nullptr, error, sizeof error), 0) << error << content_of(made.folder() / "log");
     return made;
   }
   static void use(const std::string& rest) { setenv("ZEL_DB_URL", ("mariadb://" + rest).c_str(), 1); }
@@ -155,7 +157,7 @@ TEST_F(MariaDbOutage, AServerKilledDuringACall) {
 }
 
 TEST_F(MariaDbOutage, AFullServer) {
-  server("--max-connections=10");
+  server({"--max-connections=10"});
   std::list<Client> clients;
   log();
   while (clients.size() < 20) {
