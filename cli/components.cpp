@@ -15,8 +15,7 @@ bool has_failed(const _ZELDB_PldmFirmware& component) {
 }
 
 bool waits(const _ZELDB_PldmFirmware& component) {
-  constexpr uint32_t kWaits = 2;
-  return component.Status == kWaits;
+  return component.Status == kUpdateWaits;
 }
 
 }  // namespace zeldb::cli

@@ -4,11 +4,14 @@
 #ifndef CLI_COMPONENTS_H
 #define CLI_COMPONENTS_H
 
+#include <cstdint>
 #include <vector>
 
 #include "zeldb/firmware.h"
 
 namespace zeldb::cli {
+
+constexpr uint32_t kUpdateWaits = 2;  // a status
 
 std::vector<_ZELDB_PldmFirmware> read_components();
 

@@ -41,6 +41,17 @@ const Value& value_of(const View& view, const Row& row, std::string_view key);
 // The rows of a view, masked when there is a mask.
 std::vector<Row> read_rows(const View& view, Mask* mask);
 
+// Values of the columns of each record.
+template <typename Record>
+std::vector<Row> as_rows(std::span<const Column> columns, const std::vector<Record>& records) {
+  std::vector<Row> rows;
+  for (const Record& record : records) {
+    Row& row = rows.emplace_back();
+    for (const Column& column : columns) row.push_back(value_of(column, &record));
+  }
+  return rows;
+}
+
 class Listing {
  public:
   explicit Listing(CLI::App& app);
@@ -73,14 +84,7 @@ class Listing {
  private:
   template <typename Read>
   static std::function<std::vector<Row>()> rows(std::span<const Column> columns, Read read) {
-    return [columns, read] {
-      std::vector<Row> converted;
-      for (const auto& record : read()) {
-        Row& row = converted.emplace_back();
-        for (const Column& column : columns) row.push_back(value_of(column, &record));
-      }
-      return converted;
-    };
+    return [columns, read] { return as_rows(columns, read()); };
   }
   void add(const std::string& option, const std::string& help, std::span<const Column> columns,
            std::function<std::vector<Row>()> read);

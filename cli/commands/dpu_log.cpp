@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "cli/dpu_log.h"
+
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
-#include "zeldb/firmware.h"
 
 namespace zeldb::cli {
 
@@ -20,14 +21,19 @@ constexpr Column kColumns[] = {
 };
 
 std::vector<R> read_log(int slot) {
-  auto events = list_of<_ZELDB_DpuLog_List>("DPU in slot " + std::to_string(slot),
-                                            [slot](auto* list) { return dpu_get_log_by_slot(slot, list); });
-  std::erase_if(events, [](const R& event) { return event._id == 0; });  // could not be read
+  auto events = read_dpu_log(slot);
   if (events.empty()) require_slot({1, slot});
   return events;
 }
 
 }  // namespace
+
+std::vector<R> read_dpu_log(int slot) {
+  auto events = list_of<_ZELDB_DpuLog_List>("DPU in slot " + std::to_string(slot),
+                                            [slot](auto* list) { return dpu_get_log_by_slot(slot, list); });
+  std::erase_if(events, [](const R& event) { return event._id == 0; });  // could not be read
+  return events;
+}
 
 void setup_dpu_log(CLI::App& app) {
   auto slot = std::make_shared<Number>();

@@ -2,7 +2,10 @@
 #include "cli/report/report.h"
 
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
+#include <climits>
+#include <filesystem>
 #include <memory>
 
 #include "cli/arguments.h"
@@ -18,14 +21,25 @@ namespace {
 struct Options {
   std::string file;
   std::string from;
+  std::string name;
   bool replace = false;
   bool masked = false;
 };
 
+// A mask hides the names of hosts.
+std::string machine_name(const Options& options) {
+  if (!options.name.empty() || options.masked) return options.name;
+  if (!options.from.empty()) return std::filesystem::path(options.from).stem();
+  char name[HOST_NAME_MAX + 1] = "";
+  return gethostname(name, sizeof name) == 0 ? name : "";
+}
+
 void write_report(const Options& options) {
   write_output(options.file, options.replace ? IfExists::Replace : IfExists::Refuse, [&] {
     if (!options.from.empty()) use_snapshot(options.from);
-    return as_html(read_report(options.masked));
+    Report report = read_report(options.masked);
+    report.machine = machine_name(options);
+    return as_html(report);
   });
 }
 
@@ -38,7 +52,13 @@ void setup_report(CLI::App& app) {
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
-  app.footer("The page needs no network and runs no script: it can be mailed, printed and kept.");
+  add_text(
+      app, "--name", options->name, "NAME",
+      "What the page calls the machine; otherwise the name of this host, or with --from that of the file. "
+      "With --mask it has no other name");
+  app.footer(
+      "The page needs no network: it can be mailed, printed and kept. Its one script is that of the filter "
+      "field; the page works without.");
   app.callback([options] { write_report(*options); });
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <iterator>
+#include <set>
 
 #include "cli/output.h"
 #include "cli/report/report.h"
@@ -72,33 +74,63 @@ std::string cell(const Column& column, const Value& value) {
   return is_health ? health_mark(text) : escaped(text);
 }
 
-std::string place_details(const ReportPlace& place) {
-  if (place.row == nullptr) return {};
-  std::string html =
-      "<section class=\"about\" id=\"about-" + place.id + "\"><h3>" + escaped(place.label) + "</h3><dl>\n";
-  for (size_t i = 0; i < place.row->size(); ++i) {
-    const Column& column = place.table->columns[i];
-    html +=
-        std::string("<dt>") + escaped(column.help) + "</dt><dd>" + cell(column, (*place.row)[i]) + "</dd>\n";
-  }
-  return html + "</dl><a class=\"close\" href=\"#machine\">Close</a></section>\n";
-}
-
-std::string table_rows(const ReportTable& table) {
+std::string rows_html(const std::vector<Column>& columns, const std::vector<Row>& rows) {
   std::string html = "<div class=\"scroll\"><table><thead><tr>";
-  for (const Column& column : table.columns) {
-    if (!column.is_extra)
-      html += std::string("<th title=\"") + escaped(column.help) + "\">" + escaped(column.heading) + "</th>";
-  }
+  for (const Column& column : columns)
+    html += std::string("<th title=\"") + escaped(column.help) + "\">" + escaped(column.heading) + "</th>";
   html += "</tr></thead><tbody>\n";
-  for (const Row& row : table.rows) {
+  for (const Row& row : rows) {
     html += "<tr>";
-    for (size_t i = 0; i < row.size(); ++i) {
-      if (!table.columns[i].is_extra) html += "<td>" + cell(table.columns[i], row[i]) + "</td>";
-    }
+    for (size_t i = 0; i < row.size(); ++i) html += "<td>" + cell(columns[i], row[i]) + "</td>";
     html += "</tr>\n";
   }
   return html + "</tbody></table></div>\n";
+}
+
+// A line for each thing that is known.
+std::string lines_html(const std::vector<Column>& columns, const Row& row) {
+  std::string html = "<dl>\n";
+  for (size_t i = 0; i < row.size(); ++i) {
+    const std::string value = cell(columns[i], row[i]);
+    if (value != "-")
+      html += std::string("<dt title=\"") + escaped(columns[i].help) + "\">" + escaped(columns[i].heading) +
+              "</dt><dd>" + value + "</dd>\n";
+  }
+  return html + "</dl>\n";
+}
+
+std::string place_details(const ReportPlace& place) {
+  if (place.is_empty) return {};
+  std::string html =
+      "<section class=\"about\" id=\"about-" + place.id + "\"><h3>" + escaped(place.label) + "</h3>\n";
+  for (const PlaceDetails& details : place.details) {
+    if (!details.is_shown()) continue;
+    const Table table = table_of(details);
+    html += "<h4>" + escaped(details.title) + "</h4>\n";
+    if (!details.found.trouble.empty())
+      html += "<p class=\"failure\">Cannot be read: " + escaped(details.found.trouble) + "</p>\n";
+    else if (table.rows.empty())
+      html += "<p>" + escaped(details.nothing) + "</p>\n";
+    else
+      html += table.rows.size() == 1 ? lines_html(table.columns, table.rows.front())
+                                     : rows_html(table.columns, table.rows);
+  }
+  return html + "<a class=\"close\" href=\"#machine\">Close</a></section>\n";
+}
+
+// Without the columns that a listing shows only when asked.
+std::string table_rows(const ReportTable& table) {
+  std::vector<Column> columns;
+  std::ranges::copy_if(table.columns, std::back_inserter(columns),
+                       [](const Column& column) { return !column.is_extra; });
+  std::vector<Row> rows;
+  for (const Row& row : table.rows) {
+    Row& shown = rows.emplace_back();
+    for (size_t i = 0; i < row.size(); ++i) {
+      if (!table.columns[i].is_extra) shown.push_back(row[i]);
+    }
+  }
+  return rows_html(columns, rows);
 }
 
 std::string table_section(const ReportTable& table) {
@@ -113,6 +145,30 @@ std::string table_section(const ReportTable& table) {
   return html + "</section>\n";
 }
 
+std::string link_to(const std::string& place, const std::string& text) {
+  return "<a href=\"#about-" + place + "\">" + escaped(text) + "</a>";
+}
+
+// Where not all is well.
+std::string attention(const Report& report) {
+  std::string items;
+  std::set<std::string> drawn;
+  for (const ReportGroup& group : report.groups) {
+    for (const ReportPlace& place : group.places) {
+      drawn.insert(place.id);
+      const Tone tone = tone_of(place.health);
+      if (tone == Tone::Warning || tone == Tone::Bad)
+        items += "<li>" + link_to(place.id, place.label) + " (" + escaped(place.health) + ")</li>\n";
+    }
+  }
+  for (const ReportNotice& notice : report.notices)
+    items += "<li>" +
+             (drawn.contains(notice.place) ? link_to(notice.place, notice.text) : escaped(notice.text)) +
+             "</li>\n";
+  if (items.empty()) return "<p class=\"attention\">No slot or bay reports a fault.</p>\n";
+  return "<div class=\"attention\"><p>Needs attention:</p><ul>\n" + items + "</ul></div>\n";
+}
+
 // What an operator looks at first: how much there is, and where not all is well.
 std::string summary(const Report& report) {
   std::string html = "<ul class=\"summary\">\n";
@@ -121,31 +177,30 @@ std::string summary(const Report& report) {
             (table.failure.empty() ? std::to_string(table.rows.size()) : "?") + "</b> " +
             escaped(table.title) + "</a></li>\n";
   }
-  html += "</ul>\n<p class=\"attention\">";
-  std::string places;
-  for (const ReportGroup& group : report.groups) {
-    for (const ReportPlace& place : group.places) {
-      const Tone tone = tone_of(place.health);
-      if (tone != Tone::Warning && tone != Tone::Bad) continue;
-      places += (places.empty() ? "Needs attention: " : ", ") + std::string("<a href=\"#about-") + place.id +
-                "\">" + escaped(place.label) + "</a> (" + escaped(place.health) + ")";
-    }
-  }
-  return html + (places.empty() ? "No slot or bay reports a fault." : places + ".") + "</p>\n";
+  return html + "</ul>\n" + attention(report);
+}
+
+std::string head(const std::string& title) {
+  std::string html =
+      "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'; "
+      "img-src data:; script-src ";
+  html.append(kReportScriptHash).append("\">\n");
+  html +=
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+      "<link rel=\"icon\" href=\"data:,\"><title>" +
+      title + "</title>\n<style>\n";
+  return html.append(kReportStyle).append("</style></head>");
 }
 
 }  // namespace
 
 std::string as_html(const Report& report) {
-  std::string html =
-      "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
-      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'; "
-      "img-src data:\">\n"
-      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-      "<link rel=\"icon\" href=\"data:,\"><title>Hardware inventory</title>\n<style>\n";
-  html += kReportStyle;
-  html += "</style></head><body>\n<header><h1>Hardware inventory</h1><p>As of " + report.time +
-          "</p></header>\n<main>\n";
+  const std::string title =
+      escaped((report.machine.empty() ? "" : report.machine + ": ") + "hardware inventory");
+  std::string html = head(title) + "<body>\n<header><h1>" + title + "</h1><p>As of " + report.time +
+                     "</p>\n<label id=\"filter\" hidden>Show only what has the words <input "
+                     "type=\"search\"></label></header>\n<main>\n";
   html += summary(report);
   html += "<div id=\"machine\">\n";
   for (const ReportGroup& group : report.groups) {
@@ -156,7 +211,7 @@ std::string as_html(const Report& report) {
     for (const ReportPlace& place : group.places) html += place_details(place);
   }
   for (const ReportTable& table : report.tables) html += table_section(table);
-  return html + "</main></body></html>\n";
+  return html.append("</main>\n<script>").append(kReportScript).append("</script></body></html>\n");
 }
 
 }  // namespace zeldb::cli

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "cli/command.h"
+#include "cli/components.h"
 #include "cli/library.h"
 #include "cli/listing.h"
 #include "cli/output.h"
@@ -30,7 +31,9 @@ constexpr struct {
                {"firmware", "Firmware components"},
                {"embedded", "Firmware of the controller's own devices"},
                {"vpd", "Vital product data"},
-               {"functions", "PCI functions"}};
+               {"functions", "PCI functions"},
+               {"pending", "Changes with the next start"},
+               {"settings", "BIOS settings"}};
 
 // Which rows of which table are places, by their kind of location, and what they are called.
 constexpr struct {
@@ -47,16 +50,6 @@ constexpr struct {
                {"disks", "LocationId", 3, "M.2 bays", "m2", "BayNo", "M.2", "Model"},
                {"disks", "LocationId", 4, "7 mm bays", "bay", "BayNo", "7 mm", "Model"},
                {"slots", "Location", 0, "On the board", "slot", "SlotNo", "Device", "CardName"}};
-
-ReportTable read_table(const View& view, const char* title, Mask* mask) {
-  ReportTable table{view.command, title, {}, {view.columns.begin(), view.columns.end()}, {}};
-  try {
-    table.rows = read_rows(view, mask);
-  } catch (const Failure& failure) {
-    table.failure = failure.what();
-  }
-  return table;
-}
 
 const ReportTable* find_table(const Report& report, std::string_view name) {
   const auto found = std::ranges::find(report.tables, name, &ReportTable::name);
@@ -82,19 +75,24 @@ uint64_t number_at(const ReportTable& table, const Row& row, std::string_view ke
 }
 
 template <typename Group>
-ReportGroup places_of(const ReportTable& table, const Group& group) {
+std::string id_of(const Group& group, uint64_t number) {
+  return std::string(group.shape) + "-" + std::to_string(group.kind) + "-" + std::to_string(number);
+}
+
+template <typename Group, typename DetailsOf>
+ReportGroup places_of(const ReportTable& table, const Group& group, const DetailsOf& details_of) {
   std::map<uint64_t, ReportPlace> places;
   for (const Row& row : table.rows) {
     if (number_at(table, row, group.kind_column) != group.kind) continue;
     const uint64_t number = number_at(table, row, group.number_column);
     ReportPlace& place = places[number];
-    if (place.row != nullptr) continue;  // the first one that is known for a place
+    if (!place.id.empty()) continue;  // the first one that is known for a place
     place.label = std::string(group.label) + " " + std::to_string(number);
     place.name = cell_at(table, row, group.name_column);
     place.health = cell_at(table, row, "HealthStatus");
-    place.table = &table;
-    place.row = &row;
-    place.id = std::string(group.shape) + "-" + std::to_string(group.kind) + "-" + std::to_string(number);
+    place.id = id_of(group, number);
+    place.number = number;
+    place.details = details_of({static_cast<int>(group.kind), static_cast<int>(number)});
   }
   ReportGroup drawn{group.title, group.shape, {}};
   for (auto& [number, place] : places) drawn.places.push_back(std::move(place));
@@ -114,11 +112,66 @@ void add_empty_bays(const Report& report, ReportGroup& group) {
       all.push_back(*known);
       group.places.erase(known);
     } else {
-      all.push_back({"bay-2-" + std::to_string(number), label, "Empty", "", true, nullptr, nullptr});
+      all.push_back({"bay-2-" + std::to_string(number), label, "Empty", "", true});
     }
   }
   std::ranges::move(group.places, std::back_inserter(all));
   group.places = std::move(all);
+}
+
+// The keys of the functions in each slot.
+using Functions = std::map<std::pair<int, int>, std::set<std::string>>;
+Functions functions_by_place(const std::vector<Row>& rows) {
+  const View& view = view_called("functions");
+  Functions functions;
+  for (const Row& row : rows) {
+    const auto place =
+        std::pair(std::stoi(text_at(view, row, "Location")), std::stoi(text_at(view, row, "SlotNo")));
+    functions[place].insert(text_at(view, row, "FunKey"));
+  }
+  return functions;
+}
+
+// Of all slots, each event with its slot.
+ReportTable logs_of(const std::vector<ReportGroup>& groups) {
+  constexpr Column kSlot = ZELDB_COLUMN(ReportPlace, number, "SLOT", "Number of the slot");
+  const auto columns = view_called("dpu-log").columns;
+  ReportTable table{"dpu-log", "Logs of DPUs", {}, {kSlot}, {}};
+  table.columns.insert(table.columns.end(), columns.begin(), columns.end());
+  for (const ReportGroup& group : groups) {
+    for (const ReportPlace& place : group.places) {
+      for (const PlaceDetails& details : place.details) {
+        if (details.view->command != "dpu-log") continue;
+        if (table.failure.empty()) table.failure = details.found.trouble;
+        for (const Row& event : details.found.rows) {
+          Row& row = table.rows.emplace_back(Row{place.number});
+          row.insert(row.end(), event.begin(), event.end());
+        }
+      }
+    }
+  }
+  return table;
+}
+
+// Components whose update failed or waits, and where they sit.
+std::vector<ReportNotice> notices_of(const ReportTable& firmware) {
+  std::vector<ReportNotice> notices;
+  for (const Row& row : firmware.rows) {
+    const auto number = [&](const char* key) { return number_at(firmware, row, key); };
+    const auto cell = [&](const char* key) { return cell_at(firmware, row, key); };
+    const bool has_failed = number("Updated") != 0 && number("UpdateErrCode") != 0;
+    const bool waits = number("Status") == kUpdateWaits;
+    const auto slots = std::ranges::find_if(kGroups, [&](const auto& group) {
+      return std::string_view(group.table) == "slots" && group.kind == number("Location");
+    });
+    const std::string place = slots != std::end(kGroups) ? id_of(*slots, number("SlotNo")) : "";
+    if (has_failed)
+      notices.push_back({cell("DeviceName") + ": update failed: " + cell("UpdateErrString"), place});
+    if (waits)
+      notices.push_back(
+          {cell("DeviceName") + ": " + cell("PendingVersionString") + " waits for its activation", place});
+  }
+  return notices;
 }
 
 std::string now() {
@@ -133,20 +186,32 @@ std::string now() {
 
 Report read_report(bool masked) {
   require_inventory("report");
+  Mask mask;
+  PlaceReader reader(masked ? &mask : nullptr);
+  const Functions functions_at = functions_by_place(reader.listed("functions").rows);
+  std::set<std::string> functions;
+  for (const auto& [place, keys] : functions_at) functions.insert(keys.begin(), keys.end());
+  reader.read_settings_of(functions);
+
   Report report;
   report.time = now();
-  Mask mask;
-  report.tables.reserve(std::size(kTables));
+  report.tables.reserve(std::size(kTables) + 1);
   for (const auto& [name, title] : kTables) {
-    const auto view = std::ranges::find(views(), std::string_view(name), name_of);
-    if (view != views().end()) report.tables.push_back(read_table(*view, title, masked ? &mask : nullptr));
+    const auto& [rows, trouble] = reader.listed(name);
+    const auto columns = view_called(name).columns;
+    report.tables.push_back({name, title, trouble, {columns.begin(), columns.end()}, rows});
   }
+  const auto details_of = [&](const Place& place) {
+    const auto there = functions_at.find({place.location, place.number});
+    return reader.details_of({place, there != functions_at.end() ? there->second : std::set<std::string>()});
+  };
   for (const auto& group : kGroups) {
-    const ReportTable* const table = find_table(report, group.table);
-    if (table == nullptr) continue;
-    report.groups.push_back(places_of(*table, group));
+    const ReportTable& table = *find_table(report, group.table);
+    report.groups.push_back(places_of(table, group, details_of));
     if (std::string_view(group.title) == "Drive bays") add_empty_bays(report, report.groups.back());
   }
+  report.notices = notices_of(*find_table(report, "firmware"));
+  report.tables.push_back(logs_of(report.groups));
   return report;
 }
 

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A machine as one page: a drawing of its slots and bays, and tables. What is shown comes from the views of
-// the listings; only how places are drawn is said here.
+// A machine as one page: a drawing of its slots and bays, with what "zeldb show" tells of each, and tables.
+// What is shown comes from the views of the listings; only how places are drawn is said here.
 #ifndef CLI_REPORT_REPORT_H
 #define CLI_REPORT_REPORT_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "cli/column.h"
+#include "cli/place_details.h"
 
 namespace zeldb::cli {
 
@@ -20,15 +22,15 @@ struct ReportTable {
   std::vector<Row> rows;
 };
 
-// A slot or bay. Its details are all that the row says.
+// A slot or bay.
 struct ReportPlace {
   std::string id;
   std::string label;
   std::string name;
   std::string health;  // in words; empty: nothing sits there, or nobody knows
   bool is_empty = false;
-  const ReportTable* table = nullptr;
-  const Row* row = nullptr;
+  uint64_t number = 0;
+  std::vector<PlaceDetails> details{};
 };
 
 struct ReportGroup {
@@ -37,18 +39,29 @@ struct ReportGroup {
   std::vector<ReportPlace> places;
 };
 
+// A component whose update failed or waits.
+struct ReportNotice {
+  std::string text;
+  std::string place;  // its id; empty where it is not drawn
+};
+
 struct Report {
-  std::vector<ReportTable> tables;
-  std::vector<ReportGroup> groups;  // point into the tables
+  std::string machine;  // what it is called; may be empty
   std::string time;
+  std::vector<ReportTable> tables;
+  std::vector<ReportGroup> groups;
+  std::vector<ReportNotice> notices;
 };
 
 // Throws Failure when the inventory cannot be reached; a part of it that cannot be read is said in its table.
 Report read_report(bool masked);
-// Complete in itself: no script, nothing that is fetched from elsewhere.
+// Complete in itself: nothing is fetched from elsewhere. Its one script is that of the filter field, and the
+// page lets no other run.
 std::string as_html(const Report& report);
 
 extern const char* const kReportStyle;
+extern const char* const kReportScript;
+extern const char* const kReportScriptHash;  // as a Content-Security-Policy names it
 
 }  // namespace zeldb::cli
 

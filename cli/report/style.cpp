@@ -11,12 +11,17 @@ const char* const kReportStyle = R"(
     --bad: #ff7b72; --unknown: #9aa4ae; }
 }
 * { box-sizing: border-box; }
+[hidden] { display: none !important; }
 body { margin: 0; font: 16px/1.45 system-ui, sans-serif; color: var(--ink); background: var(--paper); }
 header, main { max-width: 75rem; margin: 0 auto; padding: 0 1rem; }
 h1 { margin: 1rem 0 0; font-size: 1.6rem; } h2 { font-size: 1.2rem; margin: 2rem 0 .5rem; }
 header p { margin: 0 0 1rem; color: var(--unknown); }
 a { color: inherit; }
 .summary { display: flex; flex-wrap: wrap; gap: .3rem 1.2rem; list-style: none; margin: 0; padding: 0; }
+#filter { display: block; margin-bottom: 1rem; } #filter input { font: inherit; max-width: 100%; }
+.attention ul { margin: 0; padding-left: 1.2rem; } .attention p { margin: 1rem 0 .2rem; }
+.about h4 { margin: 1rem 0 .2rem; }
+main > section:not(.about) { content-visibility: auto; contain-intrinsic-size: auto 30rem; }
 .summary a { text-decoration: none; border-bottom: 1px dotted; }
 figure { margin: 1rem 0; padding: .8rem; border: 3px solid var(--line); border-radius: .6rem;
   background: var(--steel); display: flex; flex-wrap: wrap; gap: .5rem; }
@@ -49,7 +54,8 @@ th { white-space: nowrap; } .failure { color: var(--bad); }
   .slots .place { flex-wrap: wrap; gap: 0 .8rem; } .slots .name { flex: 1 1 60%; } .bays .place { flex: 1 1 8rem; }
   dl { grid-template-columns: 1fr; } dd { margin-bottom: .4rem; }
 }
-@media print { .about, .about:target { display: block; position: static; max-height: none; break-inside: avoid; }
+@media print { #filter { display: none; } main > section:not(.about) { content-visibility: visible; }
+  .about, .about:target { display: block; position: static; max-height: none; break-inside: avoid; }
   .close { display: none; } }
 )";
 
