@@ -10,6 +10,9 @@ import mdoc  # noqa: E402
 
 FILES = "<file>"
 COLUMNS = "<columns>"
+# What the inventory is asked for; the template knows how.
+INVENTORY = {"SLOT": "<slots>", "PLACE": "<places>", "KEY": "<functions>", "ID": "<settings>", "ID=VALUE": "<settings>="}
+ADAPTERS = "<adapters>"
 
 
 def quoted(text):
@@ -25,7 +28,9 @@ def value_kind(entry):
         return " ".join(entry.choices)
     if entry.value.startswith("COL"):
         return COLUMNS
-    return FILES if entry.value == "FILE" else ""
+    if entry.name == "--adapter":
+        return ADAPTERS
+    return FILES if entry.value == "FILE" else INVENTORY.get(entry.value, "")
 
 
 def option_cases(commands):
@@ -40,7 +45,7 @@ def value_cases(commands):
 
 def argument_cases(commands):
     listings = " ".join(command.name for command in commands if command.columns)
-    known = {"FILE": FILES, "FOLDER": FILES, "FILE...": FILES, "COMMAND": listings}
+    known = {"FILE": FILES, "FOLDER": FILES, "FILE...": FILES, "COMMAND": listings, **INVENTORY}
     return [case(command.name, known[entry.name]) for command in commands for entry in command.entries()
             if entry.name in known]
 

@@ -3,8 +3,8 @@
 
     header_page.py TEMPLATE ENVIRONMENT EXAMPLE STATUS_HEADER DATE FOLDER HEADER...
 
-The template is that of the overview, libzeldb(3); each further header gets a page of its own, and each function a
-link to the page that describes it.
+The template is that of the overview, libzeldb(3); each header gets a page of its own, and so does each function with
+those that share its comment.
 """
 
 import os
@@ -58,22 +58,28 @@ def section(title, groups):
     return [".Sh " + title, *kept]
 
 
-def page(header, headers, date):
-    plain = [group for group in header.groups if not group.for_cplusplus]
-    title = header.title()
+def heading(name, header, date, names, title):
     return [
         '.\\" SPDX-License-Identifier: Apache-2.0',
         f'.\\" Made from zeldb/{header.name}.',
         f".Dd {date}",
-        f".Dt {page_name(header).upper()} 3",
+        f".Dt {name.upper()} 3",
         ".Os",
         ".Sh NAME",
-        f".Nm {page_name(header)}",
+        *(f".Nm {other} ," for other in names[:-1]),
+        f".Nm {names[-1]}",
         ".Nd " + mdoc.words(title),
         ".Sh LIBRARY",
         "zeldb inventory library (libzeldb, \\-lzeldb)",
         ".Sh SYNOPSIS",
         f".In zeldb/{header.name}",
+    ]
+
+
+def page(header, headers, date):
+    plain = [group for group in header.groups if not group.for_cplusplus]
+    return [
+        *heading(page_name(header), header, date, [page_name(header)], header.title()),
         ".Sh DESCRIPTION",
         *mdoc.paragraphs(header.summary),
         *section("TYPES", [group for group in plain if group.is_record()]),
@@ -82,6 +88,46 @@ def page(header, headers, date):
         ".Sh SEE ALSO",
         *mdoc.see_also([("libzeldb", 3)] + [(page_name(other), 3) for other in headers if other is not header]),
     ]
+
+
+def records_of(group, header):
+    """The records that the functions take, and those inside them, as the header has them."""
+    wanted = set(re.findall(r"\w+", " ".join(line for lines in group.declarations for line in lines)))
+    found = []
+    for record in reversed([other for other in header.groups if other.is_record()]):
+        texts = [" ".join(lines) for lines in record.declarations]
+        if any(name in wanted for text in texts for name in re.findall(r"(\w+);$", text)):
+            wanted.update(word for text in texts for word in re.findall(r"\w+", text))
+            found.insert(0, record)
+    return found
+
+
+def function_page(group, before, header, date):
+    """before: what the header says of the functions from there on."""
+    names = group.functions()
+    types = records_of(group, header)
+    return [
+        *heading(names[0], header, date, names, header.title()),
+        *mdoc.literal([line for declaration in group.declarations for line in prototype(declaration)]),
+        ".Sh DESCRIPTION",
+        *mdoc.paragraphs(group.comment + before + header.summary[1:]),
+        *section("TYPES", types),
+        ".Sh SEE ALSO",
+        *mdoc.see_also([("libzeldb", 3), (page_name(header), 3)]),
+    ]
+
+
+def write_functions(folder, header, date):
+    before = []
+    for group in header.groups:
+        if not group.declarations:
+            before = header_text.heading_and_text(group.comment)[1]
+        names = group.functions()
+        if not names:
+            continue
+        mdoc.write(folder / f"{names[0]}.3", function_page(group, before, header, date))
+        for name in names[1:]:
+            os.symlink(f"{names[0]}.3", folder / f"{name}.3")
 
 
 def sentence(text):
@@ -112,13 +158,6 @@ def overview(template, environment, example, status_header, headers, date):
     })
 
 
-def link(folder, header):
-    for name in header.functions():
-        path = folder / f"{name}.3"
-        path.unlink(missing_ok=True)
-        os.symlink(f"{page_name(header)}.3", path)
-
-
 def main():
     template, environment, example, status_header, date, folder, *paths = sys.argv[1:]
     folder = Path(folder)
@@ -129,7 +168,7 @@ def main():
     mdoc.write(folder / "libzeldb.3", overview(template, environment, example, status_header, headers, date))
     for header in headers:
         mdoc.write(folder / f"{page_name(header)}.3", page(header, headers, date))
-        link(folder, header)
+        write_functions(folder, header, date)
 
 
 if __name__ == "__main__":

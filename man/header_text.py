@@ -26,6 +26,10 @@ class Group:
     def is_record(self):
         return any(lines[0].startswith(("typedef", "enum")) for lines in self.declarations)
 
+    def functions(self):
+        return [re.search(r"(\w+)\(", " ".join(lines))[1] for lines in self.declarations
+                if not lines[0].startswith(("typedef", "enum", "extern"))]
+
 
 @dataclass
 class Header:
@@ -35,18 +39,6 @@ class Header:
 
     def title(self):
         return self.summary[0].split(". ")[0].rstrip(".")
-
-    def functions(self):
-        names = []
-        for group in self.groups:
-            for lines in group.declarations:
-                if not lines[0].startswith(("typedef", "enum", "extern")):
-                    names.append(function_name(" ".join(lines)))
-        return names
-
-
-def function_name(declaration):
-    return re.search(r"(\w+)\(", declaration)[1]
 
 
 def paragraphs_of(comment):

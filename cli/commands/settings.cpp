@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/settings.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 
 #include "cli/arguments.h"
@@ -63,7 +65,19 @@ struct Options {
   bool flagged = false;
 };
 
+// Of the function that was asked for, or of all.
+std::vector<R> read_all(const Options& options) {
+  if (options.function) return read_settings(*options.function, options.prefix, options.flagged);
+  std::vector<R> all;
+  for (const uint32_t function : function_keys()) {
+    if (find_function(function))
+      std::ranges::copy(read_settings(function, options.prefix, options.flagged), std::back_inserter(all));
+  }
+  return all;
+}
+
 std::vector<Set> read_sets(const Options& options) {
+  if (!options.function) throw WrongUse("--sets needs the KEY of a function");
   read_function(*options.function);  // has to be there
   // As many settings as can be counted, each the only one of its set.
   std::string names(size_t{128} * 65536, '\0');
@@ -83,13 +97,12 @@ std::vector<Set> read_sets(const Options& options) {
 
 void setup_settings(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_key(app, "KEY", options->function, "A function's key"));
+  add_key(app, "KEY", options->function, "A function's key; all functions without one");
   CLI::Option* set = add_text(app, "--set", options->prefix, "PREFIX",
                               "Settings whose id begins with this text (_ and % are wildcards)");
   CLI::Option* flagged = add_flag(app, "--flagged", options->flagged, "Settings with flag 2 alone");
   Listing(app)
-      .view(kColumns,
-            [options] { return read_settings(*options->function, options->prefix, options->flagged); })
+      .view(kColumns, [options] { return read_all(*options); })
       .view("--sets", "Names of the sets", kSetColumns, [options] { return read_sets(*options); })
       .without({set, flagged});
 }
