@@ -13,46 +13,20 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iomanip>
-#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "tests/cli/sample.h"
+#include "tests/cli/views.h"
 
 namespace zeldb_test {
 namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
-
-const std::string kPrompt = "$ zeldb ";
-
-const Json& schema() {
-  static const Json whole = Json::parse(content_of(ZELDB_SCHEMA));
-  return whole;
-}
-
-std::vector<std::string> words_of(const std::string& command) {
-  std::istringstream stream(command);
-  std::vector<std::string> words;
-  for (std::string word; stream >> std::quoted(word, '\'');) words.push_back(with_samples(word));
-  return words;
-}
-
-// The name of the view in the schema: of "ports 01310000 --logical" it is "ports-logical".
-std::string view_of(const std::string& command) {
-  const std::vector<std::string> words = words_of(command);
-  for (const std::string& word : words) {
-    if (word.starts_with("--") && schema().at("$defs").contains(words[0] + word.substr(1)))
-      return words[0] + word.substr(1);
-  }
-  return words[0];
-}
 
 bool agrees(const Json& value, const Json& property) {
   if (property.at("type") == "integer")
@@ -160,48 +134,22 @@ const std::vector<std::string> kOdd = {
     "INSERT INTO PCISetting (SettingID, PfaKey, Flags) VALUES ('Usb-Ports.Inner', 5120, 1)",
 };
 
-// A command, and what is to stand below it.
-struct Block {
-  std::string place;
-  std::string command;
-  std::string printed;
-};
-
-std::vector<Block> blocks_of(const std::string& name, std::istream& lines) {
-  std::vector<Block> blocks;
-  int number = 1;
-  for (std::string line; std::getline(lines, line);) {
-    ++number;
-    if (line.starts_with(kPrompt))
-      blocks.push_back({name + ":" + std::to_string(number), line.substr(kPrompt.size()), {}});
-    else if (!blocks.empty())
-      blocks.back().printed += line + "\n";
-  }
-  for (Block& block : blocks) {
-    if (&block != &blocks.back() && !block.printed.empty())
-      block.printed.pop_back();  // the empty line before the next one
-  }
-  return blocks;
-}
-
 TEST_P(Golden, IsWhatItPrints) {
-  const fs::path file = fs::path(ZELDB_GOLDEN) / (std::get<std::string>(GetParam()) + ".txt");
-  std::istringstream lines(content_of(file));
-  std::string databases;
-  std::getline(lines, databases);
+  const std::string name = std::get<std::string>(GetParam());
+  const auto [databases, blocks] = transcript_of(name);
   if (databases == "# sample" || databases == "# odd") load_sample();
   if (databases == "# odd") database_.run_all(kOdd);
   if (databases == "# away") setenv("ZEL_DB_URL", url_of_nothing(database_).c_str(), 1);
   const bool updates = std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr;
   std::string actual = databases + "\n";
-  for (const Block& block : blocks_of(file.filename(), lines)) {
+  for (const Block& block : blocks) {
     const std::string printed = replay(block.command);
     if (!updates) {
       EXPECT_EQ(printed, block.printed) << block.place << ": " << kPrompt << block.command;
     }
     actual += "\n" + kPrompt + block.command + "\n" + printed;
   }
-  if (updates) std::ofstream(file) << actual;
+  if (updates) std::ofstream(fs::path(ZELDB_GOLDEN) / (name + ".txt")) << actual;
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Golden,
@@ -215,15 +163,12 @@ INSTANTIATE_TEST_SUITE_P(All, Golden,
 // Of each view the transcripts show rows, and the database that is empty or away.
 TEST(GoldenFiles, ShowEveryView) {
   std::map<std::string, std::set<std::string>> seen;
+  const std::regex row("\n\\{\"(?!format_version)");
   for (const std::string& name : names_in(ZELDB_GOLDEN, ".txt")) {
-    std::istringstream lines(content_of(fs::path(ZELDB_GOLDEN) / (name + ".txt")));
-    std::string databases;
-    std::getline(lines, databases);
-    std::string view;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.starts_with(kPrompt)) view = view_of(line.substr(kPrompt.size()));
-      const bool has_rows = line.starts_with("{\"") && !line.starts_with("{\"format_version");
-      if (databases != "# sample" || has_rows) seen[view].insert(databases);
+    const auto [databases, blocks] = transcript_of(name);
+    for (const auto& [place, command, printed] : blocks) {
+      if (databases != "# sample" || std::regex_search(printed, row))
+        seen[view_of(command)].insert(databases);
     }
   }
   for (const auto& [view, definition] : schema().at("$defs").items()) {
@@ -233,12 +178,6 @@ TEST(GoldenFiles, ShowEveryView) {
     EXPECT_TRUE(seen[view].contains("# empty")) << view;
     EXPECT_TRUE(seen[view].contains("# away")) << view;
   }
-}
-
-TEST(Schema, IsWhatTheCommandPrints) {
-  const Outcome printed = run_zeldb({"schema"});
-  if (std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr) std::ofstream(ZELDB_SCHEMA) << printed.out;
-  EXPECT_EQ(printed.out, content_of(ZELDB_SCHEMA));
 }
 
 }  // namespace

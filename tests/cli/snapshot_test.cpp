@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "tests/cli/sample.h"
+#include "tests/cli/views.h"
 
 namespace zeldb_test {
 namespace {
@@ -76,18 +76,19 @@ class Snapshot : public DatabaseTest {
 };
 ZELDB_ON_EVERY_ENGINE(Snapshot);
 
-// What the views need to show something.
-const std::map<std::string, std::string> kArguments = {{"settings", "1400"},
-                                                       {"settings --sets", "1400"},
-                                                       {"dpu-log", "12"},
-                                                       {"ports --link", "00040000"},
-                                                       {"retimer", "1"},
-                                                       {"firmware --downstream", "--slot 1:1"},
-                                                       {"vpd --published", "--slot 3"},
-                                                       {"decode-vpd", "SAMPLES/nvme-vpd.bin"},
-                                                       {"decode-vpd --model", "ST1"},
-                                                       {"decode-vpd --date", "0120"},
-                                                       {"diff", "SAMPLES/baseline.json"}};
+// Of each view, the first command that a transcript of the sample shows.
+std::map<std::string, std::string> commands_of_views() {
+  std::map<std::string, std::string> commands;
+  for (const std::string& name : names_in(ZELDB_GOLDEN, ".txt")) {
+    const auto [databases, blocks] = transcript_of(name);
+    if (databases != "# sample") continue;
+    for (const Block& block : blocks) {
+      const std::string view = view_of(block.command);
+      if (schema().at("$defs").contains(view)) commands.try_emplace(view, block.command);
+    }
+  }
+  return commands;
+}
 
 TEST_P(Snapshot, ShowsWhatTheControllerShows) {
   const bool is_signed = database.kind() == Engine::Sqlite;  // keeps all bits, with a sign
@@ -116,14 +117,11 @@ TEST_P(Snapshot, ShowsWhatTheControllerShows) {
   // What is no JSON may hold anything, and is of no use.
   EXPECT_EQ(text_of(file_, "SELECT Name, hex(Content) FROM ZeldbFiles WHERE Name='bios.json'"), "bios.json,");
 
-  std::set<std::string> views;
-  std::istringstream columns(zeldb({"columns", "--raw", "--no-headings", "--output", "View"}).out);
-  for (std::string view; std::getline(columns, view);) views.insert(view);
-  EXPECT_GT(views.size(), 30U);
-  for (const std::string& view : views) {
-    const auto more = kArguments.find(view);
-    std::istringstream line(view + " --json " + (more != kArguments.end() ? with_samples(more->second) : ""));
-    std::vector<std::string> words{std::istream_iterator<std::string>(line), {}};
+  const auto commands = commands_of_views();
+  EXPECT_EQ(commands.size(), schema().at("$defs").size());
+  for (const auto& [view, command] : commands) {
+    std::vector<std::string> words = words_of(command);
+    words.emplace_back("--json");
     const Outcome live = zeldb(words);
     words.insert(words.end(), {"--from", file_});
     const Outcome exported = zeldb(words, url_of_nothing(database));
