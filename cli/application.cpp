@@ -20,16 +20,13 @@
 #include "cli/command.h"
 #include "cli/similar.h"
 #include "cli/terminal.h"
-#include "cli/text.h"
 
 namespace zeldb::cli {
 
 namespace {
 
-// One line whatever the text holds: arguments and files may have any bytes.
 int complain(int status, const std::string& text) {
-  const Escape escape = prints_utf8() ? Escape::Terminal : Escape::Ascii;
-  std::fprintf(stderr, "zeldb: %s\n", printable(text, escape).c_str());
+  cli::complain(text);
   return status;
 }
 

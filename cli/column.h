@@ -85,6 +85,20 @@ constexpr Column health(Column column) {
   return column;
 }
 
+// The first column where rows are of several machines.
+constexpr const char* kMachineKey = "Machine";
+constexpr Column kMachineColumn = {.key = kMachineKey,
+                                   .heading = "MACHINE",
+                                   .help = "Where several machines are read: which one",
+                                   .type = Type::Text,
+                                   .digits = 0,
+                                   .is_extra = false,
+                                   .is_whole = true,
+                                   .is_summed = false,
+                                   .is_minor = false,
+                                   .size = 0,
+                                   .offset = 0};
+
 // An empty text is nothing.
 using Value = std::variant<std::monostate, uint64_t, int64_t, std::string>;
 using Row = std::vector<Value>;

@@ -63,12 +63,25 @@ std::string read_file(const std::string& path, size_t limit) {
   return read_all(open_regular(path).get(), path, limit);
 }
 
-void write_file(const std::string& path, std::string_view content) {
-  const File file(std::fopen(path.c_str(), "we"), std::fclose);
+namespace {
+
+File written(const std::string& path, std::string_view content) {
+  File file(std::fopen(path.c_str(), "we"), std::fclose);
   if (file == nullptr || std::fwrite(content.data(), 1, content.size(), file.get()) != content.size() ||
-      std::fflush(file.get()) != 0 || fsync(fileno(file.get())) != 0) {
+      std::fflush(file.get()) != 0) {
     fail(path);
   }
+  return file;
+}
+
+}  // namespace
+
+void write_file(const std::string& path, std::string_view content) {
+  if (fsync(fileno(written(path, content).get())) != 0) fail(path);
+}
+
+void write_temporary(const std::string& path, std::string_view content) {
+  written(path, content);
 }
 
 NewFile::NewFile(const std::string& path, IfExists if_exists) : path_(path) {

@@ -19,6 +19,8 @@ namespace zeldb::cli {
 // Of a regular file, as much as limit allows.
 std::string read_file(const std::string& path, size_t limit = SIZE_MAX);
 void write_file(const std::string& path, std::string_view content);
+// One that is gone when the process ends: nobody waits until it is on the disk.
+void write_temporary(const std::string& path, std::string_view content);
 
 // As a path: standard input, or standard output.
 constexpr const char* kStandard = "-";

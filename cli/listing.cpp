@@ -7,10 +7,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/fleet.h"
 #include "cli/output.h"
+#include "cli/packed_rows.h"
 #include "cli/settings.h"
 #include "cli/similar.h"
 #include "cli/snapshot.h"
@@ -33,11 +36,17 @@ struct Listing::State {
   bool masked = false;
   std::vector<std::string> output;
   std::string sort;
-  std::string snapshot;
+  std::vector<std::string> snapshots;
+  std::function<bool(const Judged& judged)> judge = [](const Judged&) { return true; };
   std::string note;
 };
 
 namespace {
+
+constexpr const char* kFromHelp =
+    "Read a file that zeldb export has written; several of them, or a folder: the rows of all these "
+    "machines, "
+    "with their names in the column Machine";
 
 std::vector<View>& registry() {
   static std::vector<View> all;
@@ -99,11 +108,15 @@ std::vector<size_t> chosen_columns(const Listing::State& state, const View& view
   return places;
 }
 
-Table table_of(const View& view, const std::vector<size_t>& places, const std::vector<Row>& rows) {
+// Takes the rows apart: those of many machines are there once only.
+Table table_of(const View& view, const std::vector<size_t>& places, std::vector<Row> rows) {
   Table table;
   for (const size_t place : places) table.columns.push_back(view.columns[place]);
-  for (const Row& row : rows) {
+  table.rows.reserve(rows.size());
+  for (Row& whole : rows) {
+    const Row row = std::move(whole);
     Row& shown = table.rows.emplace_back();
+    shown.reserve(places.size());
     for (const size_t place : places) shown.push_back(row[place]);
   }
   return table;
@@ -156,20 +169,21 @@ void print(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-void show(const Listing::State& state) {
-  const View& view = chosen_view(state);
-  if (state.as_tree && &view != &registry()[state.first])
-    throw WrongUse("--tree does not go with " + view.option);
-  const std::vector<size_t> places = chosen_columns(state, view);
-  if (!state.sort.empty()) column_at(view, "--sort", state.sort.substr(state.sort.starts_with('-') ? 1 : 0));
-  if (!state.snapshot.empty()) use_snapshot(state.snapshot);
-  Mask mask;
-  std::vector<Row> rows = read_rows(view, state.masked ? &mask : nullptr);
-  if (!state.sort.empty()) sort_rows(view, state.sort, rows);
-  Table table = table_of(view, places, rows);
+// Of several machines each has branches of its own.
+std::string branch_of(const Listing::State& state, const View& view, const Row& row) {
+  const std::string branch = state.branch(view, row);
+  const bool has_machine = view.columns.front().key == std::string_view(kMachineKey);
+  return has_machine && !branch.empty() ? std::get<std::string>(row.front()) + ": " + branch : branch;
+}
+
+void print(const Listing::State& state, const View& view, const std::vector<size_t>& places,
+           std::vector<Row> rows) {
+  std::vector<std::string> branches;
   if (state.as_tree) {
-    for (const Row& row : rows) table.branches.push_back(state.branch(view, row));
+    for (const Row& row : rows) branches.push_back(branch_of(state, view, row));
   }
+  Table table = table_of(view, places, std::move(rows));
+  table.branches = std::move(branches);
   if (state.as_json || state.as_raw) {
     print(state.as_json ? as_json(table) : as_raw(table, !state.no_headings));
     return;
@@ -181,6 +195,58 @@ void show(const Listing::State& state) {
       {.has_headings = !state.no_headings, .terminal = screen, .keeps_columns = !state.output.empty()});
   print(printed.text + (state.no_headings ? "" : total_of(table)));
   say_hidden(printed.hidden);
+}
+
+// The view of many machines: the same with their names in front.
+class ManyView {
+ public:
+  ManyView(const View& of_one, const std::vector<std::string>& files)
+      : columns_{kMachineColumn}, view_(of_one) {
+    columns_.insert(columns_.end(), of_one.columns.begin(), of_one.columns.end());
+    view_.columns = columns_;
+    view_.read = [this, &of_one, files] { return read(of_one, machines_of(files)); };
+  }
+  ManyView(const ManyView&) = delete;
+  ManyView& operator=(const ManyView&) = delete;
+  ~ManyView() = default;
+
+  const View& view() const { return view_; }
+  // Machines that could not be read.
+  size_t unread() const { return unread_; }
+
+ private:
+  std::vector<Row> read(const View& of_one, const std::vector<Machine>& machines) {
+    std::vector<Row> rows;
+    const auto take = [&rows](const Machine& machine, std::string_view answer) {
+      for (Row& row : unpacked(answer, Value(machine.name))) rows.push_back(std::move(row));
+    };
+    unread_ = ask_each(
+        machines, [&of_one] { return packed(of_one.read()); }, take);
+    return rows;
+  }
+
+  std::vector<Column> columns_;
+  View view_;
+  size_t unread_ = 0;
+};
+
+void show(const Listing::State& state) {
+  const View& of_one = chosen_view(state);
+  std::optional<ManyView> many;
+  if (are_many(state.snapshots)) many.emplace(of_one, state.snapshots);
+  const View& view = many ? many->view() : of_one;
+  if (state.as_tree && &of_one != &registry()[state.first])
+    throw WrongUse("--tree does not go with " + view.option);
+  const std::vector<size_t> places = chosen_columns(state, view);
+  if (!state.sort.empty()) column_at(view, "--sort", state.sort.substr(state.sort.starts_with('-') ? 1 : 0));
+  if (!many && !state.snapshots.empty()) use_snapshot(state.snapshots.front());
+  Mask mask;
+  std::vector<Row> rows = read_rows(view, state.masked ? &mask : nullptr);
+  const size_t unread = many ? many->unread() : 0;
+  const bool is_shown = state.judge({view, rows, unread, !state.as_json && !state.as_raw});
+  if (!state.sort.empty()) sort_rows(view, state.sort, rows);
+  if (is_shown) print(state, view, places, std::move(rows));
+  if (unread != 0) throw Failure("");
 }
 
 void add_options(CLI::App& app, Listing::State& state) {
@@ -200,8 +266,8 @@ void add_options(CLI::App& app, Listing::State& state) {
   CLI::Option* sort = app.add_option("--sort", state.sort, "Sort by this column; -COL: the other way round")
                           ->type_name("COL");
   CLI::Option* masked = app.add_flag("--mask", state.masked, kMaskHelp);
-  CLI::Option* from = app.add_option("--from", state.snapshot, "Read a file that zeldb export has written")
-                          ->type_name("FILE");
+  CLI::Option* from =
+      app.add_option("--from", state.snapshots, kFromHelp)->allow_extra_args(false)->type_name("FILE");
   for (CLI::Option* option : {json, raw, headings, wide, output, sort, masked, from}) option->group(kGroup);
 }
 
@@ -278,6 +344,11 @@ Listing& Listing::tree(const std::string& help,
                        std::function<std::string(const View& view, const Row& row)> branch) {
   state_->branch = std::move(branch);
   app_.add_flag("--tree", state_->as_tree, help);
+  return *this;
+}
+
+Listing& Listing::judge(std::function<bool(const Judged& judged)> look) {
+  state_->judge = std::move(look);
   return *this;
 }
 

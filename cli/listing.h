@@ -52,6 +52,13 @@ std::vector<Row> as_rows(std::span<const Column> columns, const std::vector<Reco
   return rows;
 }
 
+struct Judged {
+  const View& view;
+  const std::vector<Row>& rows;
+  size_t unread;  // machines that are missing
+  bool is_for_people;
+};
+
 class Listing {
  public:
   explicit Listing(CLI::App& app);
@@ -78,6 +85,8 @@ class Listing {
   Listing& tree(const std::string& help, std::function<std::string(const View& view, const Row& row)> branch);
   // Runs before the listing is shown, and has it shown by calling its argument.
   Listing& around(std::function<void(const std::function<void()>& show)> command);
+  // Looks at the rows before they are shown, and returns whether they are.
+  Listing& judge(std::function<bool(const Judged& judged)> look);
 
   struct State;
 

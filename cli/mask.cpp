@@ -25,6 +25,7 @@ constexpr struct {
   std::string_view column;
   std::string_view kind;
 } kIdentifying[] = {
+    {kMachineKey, "machine"},
     {"SerialNo", "serial"},
     {"PreviousSerialNo", "serial"},
     {"SupplierSN", "serial"},

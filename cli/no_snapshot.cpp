@@ -6,6 +6,14 @@
 
 namespace zeldb::cli {
 
+SnapshotFolder::SnapshotFolder() = default;
+
+void SnapshotFolder::prepare() const {}
+
+void SnapshotFolder::use(const std::string& file) const {
+  use_snapshot(file);
+}
+
 void use_snapshot(const std::string& file) {
   throw Failure(file + ": this build of zeldb reads no exports");
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/snapshot.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -24,32 +26,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kInventory = "inventory.sqlite";
-
-// A private folder that is gone when the process ends, also when a signal ends it.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-
-  std::string path(const std::string& file) const { return folder_ + "/" + file; }
-  const std::string& folder() const { return folder_; }
-
- private:
-  std::string folder_;
-  std::optional<Removal> removal_;
-};
-
-TemporaryFolder::TemporaryFolder() {
-  std::error_code error;
-  const fs::path parent = fs::temp_directory_path(error);
-  if (error) throw Failure("no folder for temporary files (TMPDIR): " + error.message());
-  folder_ = parent / "zeldb-XXXXXX";
-  const SignalsBlocked blocked;
-  if (mkdtemp(folder_.data()) == nullptr) throw Failure(folder_ + ": " + std::strerror(errno));
-  std::vector<std::string> paths = with_logs(path(kInventory));
-  for (const std::string file : kPlatformFiles) paths.insert(paths.end(), {path(file), path(file + ".new")});
-  paths.push_back(folder_);
-  removal_.emplace(std::move(paths));
-}
 
 bool snapshot_in_use = false;
 
@@ -98,16 +74,14 @@ void copy_table(const SqliteFile& inventory, const InventoryTable& table) {
                 table.name);
 }
 
-void unpack_files(const SqliteFile& inventory, const TemporaryFolder& to) {
+void unpack_files(const SqliteFile& inventory, const std::string& folder) {
   SqliteStatement files = inventory.prepare("SELECT Name, Content FROM export.ZeldbFiles");
   while (files.step()) {
     const std::string name = files.text(0);
     if (std::ranges::find(kPlatformFiles, name) == std::end(kPlatformFiles)) continue;
-    write_file(to.path(name), files.text(1));
+    write_temporary(folder + "/" + name, files.text(1));
   }
 }
-
-enum class NewerSchema { Take, Refuse };
 
 void require_known_schema(const SqliteFile& inventory, const std::string& file) {
   if (!has_table(inventory, "ZeldbSchema")) return;
@@ -116,35 +90,74 @@ void require_known_schema(const SqliteFile& inventory, const std::string& file) 
     throw Failure(file + ": written by a newer zeldb (schema version " + std::to_string(version) + ")");
 }
 
-void unpack(const std::string& file, const TemporaryFolder& to, NewerSchema newer) {
-  const std::string path = to.path(kInventory);
-  write_file(path, "");
-  const SqliteFile inventory = create_inventory(path, file);
+// The bytes of an inventory without rows. Making its tables takes longer than anything else.
+const std::string& empty_inventory(const std::string& path, const std::string& name) {
+  static const std::string bytes = [&] {
+    write_temporary(path, "");
+    create_inventory(path, name);
+    return read_file(path);
+  }();
+  return bytes;
+}
+
+}  // namespace
+
+SnapshotFolder::SnapshotFolder() {
+  std::error_code error;
+  const fs::path parent = fs::temp_directory_path(error);
+  if (error) throw Failure("no folder for temporary files (TMPDIR): " + error.message());
+  folder_ = parent / "zeldb-XXXXXX";
+  const SignalsBlocked blocked;
+  if (mkdtemp(folder_.data()) == nullptr) throw Failure(folder_ + ": " + std::strerror(errno));
+  paths_ = with_logs(folder_ + "/" + kInventory);
+  for (const std::string file : kPlatformFiles) {
+    const std::string path = folder_ + "/" + file;
+    paths_.insert(paths_.end(), {path, path + ".new"});
+  }
+  std::vector<std::string> all = paths_;
+  all.push_back(folder_);
+  removal_.emplace(std::move(all));
+}
+
+void SnapshotFolder::prepare() const {
+  empty_inventory(folder_ + "/" + kInventory, folder_);
+}
+
+std::string SnapshotFolder::unpack(const std::string& file, NewerSchema newer) const {
+  require_file(file);
+  for (const std::string& old : paths_) unlink(old.c_str());
+  std::string path = folder_ + "/" + kInventory;
+  const std::string& empty = empty_inventory(path, file);
+  write_temporary(path, empty);
+  const SqliteFile inventory(path, file);
+  inventory.run("PRAGMA synchronous=OFF");
   inventory.run("ATTACH 'file:" + percent_encoded(fs::absolute(file)) + "?mode=ro' AS export");
   require_export(inventory, file);
   if (newer == NewerSchema::Refuse) require_known_schema(inventory, file);
   inventory.run("BEGIN");
   for (const InventoryTable& table : tables_of(inventory)) copy_table(inventory, table);
-  unpack_files(inventory, to);
+  unpack_files(inventory, folder_);
   inventory.run("COMMIT");
+  // As the engine wants it, which would wait for the disk.
+  inventory.run("PRAGMA main.journal_mode=WAL");
+  return path;
 }
 
-}  // namespace
+void SnapshotFolder::use(const std::string& file) const {
+  const std::string path = unpack(file, NewerSchema::Take);
+  snapshot_in_use = true;
+  setenv("ZEL_DB_URL", ("sqlite://" + percent_encoded(path)).c_str(), 1);
+  setenv("ZEL_PLATFORM_DIR", folder_.c_str(), 1);
+}
 
 void use_snapshot(const std::string& file) {
-  require_file(file);
-  snapshot_in_use = true;
-  static const TemporaryFolder folder;
-  unpack(file, folder, NewerSchema::Take);
-  setenv("ZEL_DB_URL", ("sqlite://" + percent_encoded(folder.path(kInventory))).c_str(), 1);
-  setenv("ZEL_PLATFORM_DIR", folder.folder().c_str(), 1);
+  static const SnapshotFolder folder;
+  folder.use(file);
 }
 
 std::string unpacked_for_import(const std::string& file) {
-  require_file(file);
-  static const TemporaryFolder folder;
-  unpack(file, folder, NewerSchema::Refuse);
-  return folder.path(kInventory);
+  static const SnapshotFolder folder;
+  return folder.unpack(file, NewerSchema::Refuse);
 }
 
 bool reads_snapshot() {

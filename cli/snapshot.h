@@ -7,7 +7,11 @@
 #define CLI_SNAPSHOT_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
+
+#include "cli/at_signal.h"
 
 namespace zeldb::cli {
 
@@ -16,8 +20,30 @@ constexpr int64_t kSnapshotVersion = 1;
 // Files of the platform folder that the stand-ins read.
 constexpr const char* kPlatformFiles[] = {"bios.json", "platform.json", "aim_config.json"};
 
-// Makes what this process reads come from a file that zeldb export has written, instead of the controller.
-// To be called before anything is read.
+// Of an export: something of it would get lost.
+enum class NewerSchema { Take, Refuse };
+
+// A private folder that exports are unpacked to, one after the other; gone when it goes or when a signal ends
+// the process.
+class SnapshotFolder {
+ public:
+  SnapshotFolder();
+
+  // What unpacking needs whatever the file: where processes are forked, before they are.
+  void prepare() const;
+  // The path of the tables.
+  std::string unpack(const std::string& file, NewerSchema newer) const;
+  // Makes what this process reads come from a file that zeldb export has written, instead of the controller.
+  // To be called before anything is read.
+  void use(const std::string& file) const;
+
+ private:
+  std::string folder_;
+  std::vector<std::string> paths_;
+  std::optional<Removal> removal_;
+};
+
+// The same in a folder that goes with the process.
 void use_snapshot(const std::string& file);
 // Whether what is read comes from such a file, so that the present state of this machine must not be shown.
 bool reads_snapshot();

@@ -6,8 +6,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
+
+#include "cli/text.h"
 
 namespace zeldb::cli {
 
@@ -38,6 +41,11 @@ Terminal terminal() {
 
 bool prints_utf8() {
   return std::string(nl_langinfo(CODESET)) == "UTF-8";
+}
+
+void complain(const std::string& text) {
+  const Escape escape = prints_utf8() ? Escape::Terminal : Escape::Ascii;
+  std::fprintf(stderr, "zeldb: %s\n", printable(text, escape).c_str());
 }
 
 }  // namespace zeldb::cli

@@ -3,6 +3,7 @@
 #define CLI_TERMINAL_H
 
 #include <cstddef>
+#include <string>
 
 namespace zeldb::cli {
 
@@ -15,6 +16,10 @@ struct Terminal {
 Terminal terminal();
 // Whether the locale has more than ASCII.
 bool prints_utf8();
+
+// Says on standard error what is wrong: one line whatever the text holds, since arguments and files may have
+// any bytes.
+void complain(const std::string& text);
 
 }  // namespace zeldb::cli
 

@@ -33,8 +33,7 @@ constexpr Column kColumns[] = {
 
 struct Options {
   std::string policy;
-  bool is_for_people = true;
-  std::vector<R> findings{};
+  Severity worst = Severity::Ok;
 };
 
 std::vector<R> read_findings(const Options& options) {
@@ -43,28 +42,31 @@ std::vector<R> read_findings(const Options& options) {
   return checks::findings(checks::policy_of(read_file(options.policy), options.policy));
 }
 
-// What a list of machines shows of this one.
-std::string summary(const std::vector<R>& findings) {
-  const auto count = [&](Severity severity) {
-    return std::to_string(std::ranges::count(findings, severity, &R::level));
-  };
-  if (findings.empty()) return "OK: nothing is wrong";
-  const char* const state = findings.front().level == Severity::Critical ? "CRITICAL" : "WARNING";
-  return std::string(state) + ": " + count(Severity::Critical) + " critical, " + count(Severity::Warning) +
-         " warnings";
+// What a list of machines shows of this one, or of these.
+std::string summary(size_t critical, size_t warnings, size_t unread) {
+  if (critical + warnings + unread == 0) return "OK: nothing is wrong";
+  const std::string state = critical != 0 ? "CRITICAL" : unread != 0 ? "UNKNOWN" : "WARNING";
+  return state + ": " + std::to_string(critical) + " critical, " + std::to_string(warnings) + " warnings" +
+         (unread != 0 ? ", " + std::to_string(unread) + " not read" : "");
 }
 
-std::vector<R> report_findings(Options& options) {
-  options.findings = read_findings(options);
-  if (!options.is_for_people) return options.findings;
-  std::puts(summary(options.findings).c_str());
-  if (options.findings.empty()) throw Failure("", kDone);  // no headings
-  return options.findings;
+bool judge(const Judged& judged, Options& options) {
+  const auto count = [&](Severity severity) {
+    return static_cast<size_t>(std::ranges::count_if(judged.rows, [&](const Row& row) {
+      return value_of(judged.view, row, "Severity") == Value(checks::name_of(severity));
+    }));
+  };
+  const size_t critical = count(Severity::Critical);
+  const size_t warnings = count(Severity::Warning);
+  options.worst = critical != 0 ? Severity::Critical : warnings != 0 ? Severity::Warning : Severity::Ok;
+  if (!judged.is_for_people) return true;
+  std::puts(summary(critical, warnings, judged.unread).c_str());
+  return !judged.rows.empty();  // no headings
 }
 
 void run(const Options& options, const std::function<void()>& show) {
   show_answer("check", static_cast<int>(Severity::Unknown), show);
-  if (!options.findings.empty()) throw Failure("", static_cast<int>(options.findings.front().level));
+  if (options.worst != Severity::Ok) throw Failure("", static_cast<int>(options.worst));
 }
 
 }  // namespace
@@ -75,17 +77,15 @@ void setup_check(CLI::App& app) {
            "A JSON file that says what else to look at; without one, health alone. The exit status is 0 when "
            "nothing is wrong, 1 for warnings, 2 when something is critical, 3 when it cannot be told");
   Listing(app)
-      .view(kColumns, [options] { return report_findings(*options); })
+      .view(kColumns, [options] { return read_findings(*options); })
       .note(
           "A policy is an object with format_version 1 and any of: firmware_failed, firmware_waiting and "
           "ports_down (each \"warning\" or \"critical\"; a port that was up in the baseline); baseline (a "
           "file of zeldb baseline); life_percent and celsius ({\"warning\": N, \"critical\": N}) of drives; "
           "minimum_firmware and expected_parts (lists of objects with kind, place, part, version and "
           "severity).")
-      .around([options, &app](const std::function<void()>& show) {
-        options->is_for_people = app.count("--json") == 0 && app.count("--raw") == 0;
-        run(*options, show);
-      });
+      .judge([options](const Judged& judged) { return judge(judged, *options); })
+      .around([options](const std::function<void()>& show) { run(*options, show); });
 }
 
 }  // namespace zeldb::cli

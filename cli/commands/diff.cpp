@@ -38,17 +38,13 @@ struct Options {
   std::string file;
   bool hardware = false;
   bool differs = false;
-  bool is_for_people = true;
 };
 
-std::vector<Difference> compare(Options& options) {
+std::vector<Difference> compare(const Options& options) {
   std::vector<Difference> rows =
       differences(parts_of_baseline(read_file(options.file), options.file), read_parts());
   if (options.hardware)
     std::erase_if(rows, [](const Difference& row) { return std::strcmp(row.Change, "changed") == 0; });
-  options.differs = !rows.empty();
-  // No news, no headings.
-  if (!options.differs && options.is_for_people) throw Failure("", kSame);
   return rows;
 }
 
@@ -68,10 +64,11 @@ void setup_diff(CLI::App& app) {
            "Leave out what has merely changed: firmware and the like of parts that have stayed");
   Listing(app)
       .view(kColumns, [options] { return compare(*options); })
-      .around([options, &app](const std::function<void()>& show) {
-        options->is_for_people = app.count("--json") == 0 && app.count("--raw") == 0;
-        run(*options, show);
-      });
+      .judge([options](const Judged& judged) {
+        options->differs = !judged.rows.empty();
+        return options->differs || !judged.is_for_people;  // no news, no headings
+      })
+      .around([options](const std::function<void()>& show) { run(*options, show); });
 }
 
 }  // namespace zeldb::cli

@@ -36,7 +36,9 @@ Json type_of(const Column& column) {
 
 Json rows_of(const View& view) {
   Json properties = Json::object();
-  for (const Column& column : view.columns) {
+  std::vector<Column> columns{kMachineColumn};
+  columns.insert(columns.end(), view.columns.begin(), view.columns.end());
+  for (const Column& column : columns) {
     Json& property = properties[column.key] = type_of(column);
     property["description"] = column.help;
     const std::string_view identity = identified_by(column);

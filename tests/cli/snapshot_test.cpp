@@ -282,7 +282,7 @@ TEST_P(Snapshot, IsReadWhenItIsOne) {
   expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
   change(bad, "DROP TABLE ZeldbExport");
   expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
-  expect_failure(zeldb({"slots", "--from", folder_}), 1, "is no regular file");
+  expect_failure(zeldb({"slots", "--from", temporary_}), 1, "tmp: has no files");
   expect_failure(zeldb({"slots", "--from", folder_ / "none"}), 1, "none: No such file");
 
   // Of a version with fewer tables and columns, and with a file that would be written elsewhere.

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Many machines at once: exports of the sample controller, some of them changed.
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/cli/sample.h"
+
+namespace zeldb_test {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+class Fleet : public DatabaseTest {
+ protected:
+  // web-2 and web-10 alike but for a serial number, web-9 masked, and web-3 damaged.
+  void SetUp() override {
+    for (const fs::path& made : {fleet_, temporary_}) fs::create_directory(made);
+    load_sample();
+    add("web-2.zeldb");
+    add("web-9", {"--mask"});
+    database.run("UPDATE AimDisks SET SerialNo='another' WHERE Location='Bay 1'");
+    add("web-10.db");
+    std::ofstream(fleet_ / "web-3.zeldb") << content_of(fleet_ / "web-2.zeldb").substr(0, 9000);
+    std::ofstream(fleet_ / ".hidden") << "x";
+  }
+
+  void add(const char* name, std::vector<std::string> options = {}) const {
+    options.insert(options.begin(), {"export", fleet_ / name});
+    ASSERT_EQ(run_zeldb(options).exit_status, 0);
+  }
+  Outcome zeldb(const std::vector<std::string>& arguments) const {
+    return run_zeldb(arguments, {"TMPDIR=" + temporary_.string(), "ZEL_DB_URL=" + url_of_nothing(database)});
+  }
+
+  const fs::path folder_ = database.folder();
+  const fs::path fleet_ = folder_ / "fleet";
+  const fs::path temporary_ = folder_ / "tmp";
+};
+ZELDB_ON_EVERY_ENGINE(Fleet);
+
+TEST_P(Fleet, IsOneListing) {
+  const Outcome whole = zeldb({"disks", "--json", "--from", fleet_});
+  EXPECT_EQ(whole.exit_status, 1);
+  EXPECT_EQ(whole.err,
+            "zeldb: " + (fleet_ / "web-3.zeldb").string() + ": database disk image is malformed\n");
+  Json expected = Json::array();
+  for (const std::string file : {"web-2.zeldb", "web-9", "web-10.db"}) {
+    const Json one = Json::parse(zeldb({"disks", "--json", "--from", fleet_ / file}).out);
+    EXPECT_GT(one.at("rows").size(), 3U);
+    for (const Json& row : one.at("rows")) {
+      expected.push_back({{"Machine", file.substr(0, file.find('.'))}});
+      expected.back().update(row);
+    }
+  }
+  EXPECT_EQ(Json::parse(whole.out).at("rows"), expected);
+
+  const Outcome two =
+      zeldb({"disks", "--json", "--mask", "--from", fleet_ / "web-10.db", "--from", fleet_ / "web-2.zeldb"});
+  EXPECT_EQ(two.exit_status, 0) << two.err;
+  std::map<std::string, std::string> machines;  // by their drives
+  const Json masked = Json::parse(two.out);
+  for (const Json& row : masked.at("rows"))
+    machines[row.at("SerialNo").dump()] += row.at("Machine").get<std::string>() + " ";
+  EXPECT_EQ(machines["\"serial-0001\""], "machine-0001 machine-0002 ");
+  EXPECT_EQ(machines["\"serial-0009\""], "machine-0001 ");
+  const Outcome table = zeldb({"--from", fleet_, "memory", "--output", "Machine,MemSize", "--sort=-Machine"});
+  EXPECT_TRUE(table.out.starts_with("MACHINE     MIB\nweb-10  ")) << table.out;
+  EXPECT_NE(zeldb({"functions", "--tree", "--from", fleet_}).out.find("web-9: "), std::string::npos);
+  const Outcome checked = zeldb({"check", "--from", fleet_});
+  EXPECT_EQ(checked.exit_status, 3);
+  EXPECT_TRUE(checked.out.starts_with("UNKNOWN: 0 critical, ")) << checked.out;
+  EXPECT_NE(checked.out.find("warnings, 1 not read\nMACHINE"), std::string::npos);
+  EXPECT_TRUE(fs::is_empty(temporary_));
+}
+
+}  // namespace
+}  // namespace zeldb_test
