@@ -164,7 +164,7 @@ std::vector<PlaceDetails> PlaceReader::details_of(const WantedPlace& wanted) {
     PlaceDetails& details =
         all.emplace_back(PlaceDetails{&view, section.title, section.columns, is_slot ? section.nothing : ""});
     if (section.by == By::Slot) {
-      if (wanted.place.location == 1) details.found = dpu_log(wanted.place.number);
+      if (wanted.place.location == 1 && wanted.place.number > 0) details.found = dpu_log(wanted.place.number);
       continue;
     }
     const Listed& listed_rows = listed(section.view);
