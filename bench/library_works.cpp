@@ -12,14 +12,13 @@ namespace {
 
 using R = ListRow;
 
-constexpr zeldb::FieldTable kFields{
-    ZELDB_FIELD(R, SettingID),    ZELDB_FIELD(R, SettingName),  ZELDB_FIELD(R, PendingValue),
-    ZELDB_FIELD(R, CurrentValue), ZELDB_FIELD(R, PfaKey),       ZELDB_FIELD(R, GroupID),
-    ZELDB_FIELD(R, GroupName),    ZELDB_FIELD(R, Mriname),      ZELDB_FIELD(R, ShortDesc),
-    ZELDB_FIELD(R, FullDesc),     ZELDB_FIELD(R, Defvalue),     ZELDB_FIELD(R, RecordId),
-    ZELDB_FIELD(R, Type),         ZELDB_FIELD(R, Flags),        ZELDB_FIELD(R, Minim),
-    ZELDB_FIELD(R, Maxim),        ZELDB_FIELD(R, Step),         ZELDB_FIELD(R, Numchoices),
-    ZELDB_FIELD(R, Choices),      ZELDB_FIELD(R, Mininstances), ZELDB_FIELD(R, Maxinstances)};
+constexpr auto kFields = zeldb::field_table(
+    ZELDB_FIELD(R, SettingID), ZELDB_FIELD(R, SettingName), ZELDB_FIELD(R, PendingValue),
+    ZELDB_FIELD(R, CurrentValue), ZELDB_FIELD(R, PfaKey), ZELDB_FIELD(R, GroupID), ZELDB_FIELD(R, GroupName),
+    ZELDB_FIELD(R, Mriname), ZELDB_FIELD(R, ShortDesc), ZELDB_FIELD(R, FullDesc), ZELDB_FIELD(R, Defvalue),
+    ZELDB_FIELD(R, RecordId), ZELDB_FIELD(R, Type), ZELDB_FIELD(R, Flags), ZELDB_FIELD(R, Minim),
+    ZELDB_FIELD(R, Maxim), ZELDB_FIELD(R, Step), ZELDB_FIELD(R, Numchoices), ZELDB_FIELD(R, Choices),
+    ZELDB_FIELD(R, Mininstances), ZELDB_FIELD(R, Maxinstances));
 static_assert(kFields.columns.size() == 21);
 
 struct List {

@@ -14,14 +14,14 @@ namespace {
 
 using Module = _ZELDB_Memory;
 
-constexpr FieldTable kNumbers{ZELDB_FIELD(Module, SlotNo),     ZELDB_FIELD(Module, TotalWidth),
-                              ZELDB_FIELD(Module, DataWidth),  ZELDB_FIELD(Module, MemSize),
-                              ZELDB_FIELD(Module, FormFactor), ZELDB_FIELD(Module, MemType),
-                              ZELDB_FIELD(Module, TypeDetail), ZELDB_FIELD(Module, MaxSpeed),
-                              ZELDB_FIELD(Module, ClockSpeed), ZELDB_FIELD(Module, Attributes)};
-constexpr FieldTable kTexts{ZELDB_FIELD(Module, DevLocator),   ZELDB_FIELD(Module, BankLocator),
-                            ZELDB_FIELD(Module, Manufacturer), ZELDB_FIELD(Module, SerialNo),
-                            ZELDB_FIELD(Module, AssetTag),     ZELDB_FIELD(Module, PartNo)};
+constexpr auto kNumbers =
+    field_table(ZELDB_FIELD(Module, SlotNo), ZELDB_FIELD(Module, TotalWidth), ZELDB_FIELD(Module, DataWidth),
+                ZELDB_FIELD(Module, MemSize), ZELDB_FIELD(Module, FormFactor), ZELDB_FIELD(Module, MemType),
+                ZELDB_FIELD(Module, TypeDetail), ZELDB_FIELD(Module, MaxSpeed),
+                ZELDB_FIELD(Module, ClockSpeed), ZELDB_FIELD(Module, Attributes));
+constexpr auto kTexts = field_table(ZELDB_FIELD(Module, DevLocator), ZELDB_FIELD(Module, BankLocator),
+                                    ZELDB_FIELD(Module, Manufacturer), ZELDB_FIELD(Module, SerialNo),
+                                    ZELDB_FIELD(Module, AssetTag), ZELDB_FIELD(Module, PartNo));
 
 // The caller's text may fill its field to the last byte.
 void put_text(ContentValues& values, const Field& field, const Module* memory) {

@@ -17,12 +17,13 @@ namespace {
 
 using Module = _ZELDB_Memory;
 
-constexpr FieldTable kHealth{ZELDB_FIELD(Module, RemainingLife),    ZELDB_FIELD(Module, HealthStatus),
-                             ZELDB_FIELD(Module, AlarmTrips),       ZELDB_FIELD(Module, LDShutdownCount),
-                             ZELDB_FIELD(Module, AITDRAMStatus),    ZELDB_FIELD(Module, HealthStatusReason),
-                             ZELDB_FIELD(Module, LLShutdownStatus), ZELDB_FIELD(Module, InfoMask)};
-constexpr FieldTable kSecurity{ZELDB_FIELD(Module, SecurityState), ZELDB_FIELD(Module, InfoMask)};
-constexpr FieldTable kFips{ZELDB_FIELD(Module, FIPSMode), ZELDB_FIELD(Module, InfoMask)};
+constexpr auto kHealth =
+    field_table(ZELDB_FIELD(Module, RemainingLife), ZELDB_FIELD(Module, HealthStatus),
+                ZELDB_FIELD(Module, AlarmTrips), ZELDB_FIELD(Module, LDShutdownCount),
+                ZELDB_FIELD(Module, AITDRAMStatus), ZELDB_FIELD(Module, HealthStatusReason),
+                ZELDB_FIELD(Module, LLShutdownStatus), ZELDB_FIELD(Module, InfoMask));
+constexpr auto kSecurity = field_table(ZELDB_FIELD(Module, SecurityState), ZELDB_FIELD(Module, InfoMask));
+constexpr auto kFips = field_table(ZELDB_FIELD(Module, FIPSMode), ZELDB_FIELD(Module, InfoMask));
 
 std::span<const Field> fields_of(int kind) {
   switch (kind) {

@@ -54,16 +54,16 @@ constexpr Field code_field(Field field) {
 #define ZELDB_FIELD_AS(Record, Member, Column) \
   ::zeldb::field_of<decltype(Record::Member)>(Column, offsetof(Record, Member))
 
+// Without a constructor of its own: g++ 12 puts a constant of a class that has one into writable memory.
 template <size_t N>
 struct FieldTable {
-  template <typename... Fields>
-  explicit constexpr FieldTable(Fields... list) : fields{list...}, columns{list.column...} {}
-
   std::array<Field, N> fields;
   std::array<const char*, N> columns;
 };
 template <typename... Fields>
-FieldTable(Fields...) -> FieldTable<sizeof...(Fields)>;
+constexpr FieldTable<sizeof...(Fields)> field_table(Fields... list) {
+  return {{list...}, {list.column...}};
+}
 
 // Records may be packed: members are reached as bytes.
 inline const unsigned char* bytes_of(const Field& field, const void* record) {

@@ -30,18 +30,15 @@ constexpr Field as_signed(Field field) {
   return field;
 }
 
-constexpr FieldTable kRefreshed{ZELDB_FIELD(Image, ReleaseDate), ZELDB_FIELD(Image, VersionString)};
-constexpr FieldTable kInserted{ZELDB_FIELD(Image, FirmwareName),
-                               ZELDB_FIELD(Image, Manufacture),
-                               ZELDB_FIELD(Image, ReleaseDate),
-                               ZELDB_FIELD(Image, Description),
-                               as_signed(ZELDB_FIELD(Image, Classification)),
-                               ZELDB_FIELD(Image, VersionString),
-                               ZELDB_FIELD(Image, SoftwareID)};
-constexpr FieldTable kStored{ZELDB_FIELD(Image, FirmwareName),   ZELDB_FIELD(Image, VersionString),
-                             ZELDB_FIELD(Image, Description),    ZELDB_FIELD(Image, ReleaseDate),
-                             ZELDB_FIELD(Image, Classification), ZELDB_FIELD(Image, Manufacture),
-                             ZELDB_FIELD(Image, SoftwareID)};
+constexpr auto kRefreshed = field_table(ZELDB_FIELD(Image, ReleaseDate), ZELDB_FIELD(Image, VersionString));
+constexpr auto kInserted = field_table(ZELDB_FIELD(Image, FirmwareName), ZELDB_FIELD(Image, Manufacture),
+                                       ZELDB_FIELD(Image, ReleaseDate), ZELDB_FIELD(Image, Description),
+                                       as_signed(ZELDB_FIELD(Image, Classification)),
+                                       ZELDB_FIELD(Image, VersionString), ZELDB_FIELD(Image, SoftwareID));
+constexpr auto kStored = field_table(ZELDB_FIELD(Image, FirmwareName), ZELDB_FIELD(Image, VersionString),
+                                     ZELDB_FIELD(Image, Description), ZELDB_FIELD(Image, ReleaseDate),
+                                     ZELDB_FIELD(Image, Classification), ZELDB_FIELD(Image, Manufacture),
+                                     ZELDB_FIELD(Image, SoftwareID));
 
 struct Hardware {
   int id;

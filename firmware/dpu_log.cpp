@@ -14,7 +14,7 @@ namespace {
 using Event = _ZELDB_DpuLog;
 
 constexpr uint32_t kMostEvents = 256;
-constexpr FieldTable kTexts{ZELDB_FIELD(Event, GenID), ZELDB_FIELD(Event, Message)};
+constexpr auto kTexts = field_table(ZELDB_FIELD(Event, GenID), ZELDB_FIELD(Event, Message));
 
 // The extent of the log of a slot; all 0 if it is empty.
 struct Extent {

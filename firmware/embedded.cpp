@@ -14,10 +14,10 @@ namespace {
 
 using Device = _ZELDB_EmbeddedFirmware;
 
-constexpr FieldTable kFields{
+constexpr auto kFields = field_table(
     ZELDB_FIELD(Device, DeviceName), ZELDB_FIELD(Device, DeviceIndex), ZELDB_FIELD(Device, StructRev),
-    ZELDB_FIELD(Device, Version),    ZELDB_FIELD(Device, SoftwareID),  ZELDB_FIELD(Device, Class),
-    ZELDB_FIELD(Device, Category),   ZELDB_FIELD(Device, SubCategory), ZELDB_FIELD(Device, Checksum)};
+    ZELDB_FIELD(Device, Version), ZELDB_FIELD(Device, SoftwareID), ZELDB_FIELD(Device, Class),
+    ZELDB_FIELD(Device, Category), ZELDB_FIELD(Device, SubCategory), ZELDB_FIELD(Device, Checksum));
 
 constexpr char kQuote = '\'';
 

@@ -21,26 +21,16 @@ namespace {
 using Component = _ZELDB_PldmFirmware;
 using List = _ZELDB_PldmFirmware_List;
 
-constexpr FieldTable kFields{ZELDB_FIELD(Component, DeviceName),
-                             ZELDB_FIELD(Component, DeviceType),
-                             ZELDB_FIELD(Component, PCIKey),
-                             ZELDB_FIELD(Component, PCIFuncKey),
-                             ZELDB_FIELD(Component, Location),
-                             ZELDB_FIELD(Component, SlotNo),
-                             ZELDB_FIELD(Component, Manufacture),
-                             ZELDB_FIELD(Component, SoftwareID),
-                             ZELDB_FIELD(Component, VersionString),
-                             ZELDB_FIELD(Component, PendingVersionString),
-                             ZELDB_FIELD(Component, PkgVersionString),
-                             ZELDB_FIELD(Component, ReleaseDate),
-                             ZELDB_FIELD(Component, PendingReleaseDate),
-                             ZELDB_FIELD(Component, UpdateSupport),
-                             ZELDB_FIELD(Component, Updated),
-                             ZELDB_FIELD(Component, UpdateMethod),
-                             ZELDB_FIELD(Component, UpdateAuxInfo),
-                             ZELDB_FIELD(Component, UpdateErrCode),
-                             ZELDB_FIELD(Component, UpdateErrString),
-                             ZELDB_FIELD(Component, Status)};
+constexpr auto kFields = field_table(
+    ZELDB_FIELD(Component, DeviceName), ZELDB_FIELD(Component, DeviceType), ZELDB_FIELD(Component, PCIKey),
+    ZELDB_FIELD(Component, PCIFuncKey), ZELDB_FIELD(Component, Location), ZELDB_FIELD(Component, SlotNo),
+    ZELDB_FIELD(Component, Manufacture), ZELDB_FIELD(Component, SoftwareID),
+    ZELDB_FIELD(Component, VersionString), ZELDB_FIELD(Component, PendingVersionString),
+    ZELDB_FIELD(Component, PkgVersionString), ZELDB_FIELD(Component, ReleaseDate),
+    ZELDB_FIELD(Component, PendingReleaseDate), ZELDB_FIELD(Component, UpdateSupport),
+    ZELDB_FIELD(Component, Updated), ZELDB_FIELD(Component, UpdateMethod),
+    ZELDB_FIELD(Component, UpdateAuxInfo), ZELDB_FIELD(Component, UpdateErrCode),
+    ZELDB_FIELD(Component, UpdateErrString), ZELDB_FIELD(Component, Status));
 
 constexpr int kPendingActivation = 2;
 

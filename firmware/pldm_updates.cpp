@@ -19,21 +19,21 @@ using Component = _ZELDB_PldmFirmware;
 constexpr const char* kDiscovery = "zeldb_insert_or_update_pldm_firmware";
 constexpr int kPendingActivation = 2;
 
-constexpr FieldTable kOutcome{
-    ZELDB_FIELD(Component, VersionString),      ZELDB_FIELD(Component, PendingVersionString),
-    ZELDB_FIELD(Component, PkgVersionString),   ZELDB_FIELD(Component, ReleaseDate),
-    ZELDB_FIELD(Component, PendingReleaseDate), ZELDB_FIELD(Component, UpdateErrString),
-    ZELDB_FIELD(Component, UpdateSupport),      ZELDB_FIELD(Component, UpdateMethod),
-    ZELDB_FIELD(Component, UpdateAuxInfo),      ZELDB_FIELD(Component, Updated),
-    ZELDB_FIELD(Component, UpdateErrCode),      ZELDB_FIELD(Component, Status)};
+constexpr auto kOutcome =
+    field_table(ZELDB_FIELD(Component, VersionString), ZELDB_FIELD(Component, PendingVersionString),
+                ZELDB_FIELD(Component, PkgVersionString), ZELDB_FIELD(Component, ReleaseDate),
+                ZELDB_FIELD(Component, PendingReleaseDate), ZELDB_FIELD(Component, UpdateErrString),
+                ZELDB_FIELD(Component, UpdateSupport), ZELDB_FIELD(Component, UpdateMethod),
+                ZELDB_FIELD(Component, UpdateAuxInfo), ZELDB_FIELD(Component, Updated),
+                ZELDB_FIELD(Component, UpdateErrCode), ZELDB_FIELD(Component, Status));
 
 // The columns that are written when a component is discovered, before and after the ids of its device.
-constexpr FieldTable kIdentity{ZELDB_FIELD(Component, DeviceName), ZELDB_FIELD(Component, DeviceType),
-                               ZELDB_FIELD(Component, PCIKey), ZELDB_FIELD(Component, PCIFuncKey)};
-constexpr FieldTable kState{ZELDB_FIELD(Component, Location),      ZELDB_FIELD(Component, SlotNo),
-                            ZELDB_FIELD(Component, Manufacture),   ZELDB_FIELD(Component, SoftwareID),
-                            ZELDB_FIELD(Component, VersionString), ZELDB_FIELD(Component, ReleaseDate),
-                            ZELDB_FIELD(Component, UpdateSupport)};
+constexpr auto kIdentity = field_table(ZELDB_FIELD(Component, DeviceName), ZELDB_FIELD(Component, DeviceType),
+                                       ZELDB_FIELD(Component, PCIKey), ZELDB_FIELD(Component, PCIFuncKey));
+constexpr auto kState = field_table(
+    ZELDB_FIELD(Component, Location), ZELDB_FIELD(Component, SlotNo), ZELDB_FIELD(Component, Manufacture),
+    ZELDB_FIELD(Component, SoftwareID), ZELDB_FIELD(Component, VersionString),
+    ZELDB_FIELD(Component, ReleaseDate), ZELDB_FIELD(Component, UpdateSupport));
 
 using SoftwareId = Filter<sizeof(Component::SoftwareID)>;
 

@@ -19,12 +19,12 @@ using Vpd = _ZELDB_PCIVpdInfo;
 
 constexpr const char* kFunction = "zeldb_insert_or_update_vpd_info";
 
-constexpr FieldTable kCardName{ZELDB_FIELD_AS(Vpd, ProductName, "CardName")};
+constexpr auto kCardName = field_table(ZELDB_FIELD_AS(Vpd, ProductName, "CardName"));
 // The part number of a card is its FRU number.
-constexpr FieldTable kTexts{ZELDB_FIELD(Vpd, UUID),        ZELDB_FIELD(Vpd, ProductName),
-                            ZELDB_FIELD(Vpd, Manufacture), ZELDB_FIELD(Vpd, SerialNo),
-                            ZELDB_FIELD(Vpd, FRUNo),       ZELDB_FIELD_AS(Vpd, FRUNo, "PartNo"),
-                            ZELDB_FIELD(Vpd, Model)};
+constexpr auto kTexts =
+    field_table(ZELDB_FIELD(Vpd, UUID), ZELDB_FIELD(Vpd, ProductName), ZELDB_FIELD(Vpd, Manufacture),
+                ZELDB_FIELD(Vpd, SerialNo), ZELDB_FIELD(Vpd, FRUNo), ZELDB_FIELD_AS(Vpd, FRUNo, "PartNo"),
+                ZELDB_FIELD(Vpd, Model));
 constexpr std::span<const Field> kUuid = std::span(kTexts.fields).first(1);
 constexpr std::span<const Field> kAlways = std::span(kTexts.fields).subspan(1, 5);
 constexpr std::span<const Field> kModel = std::span(kTexts.fields).last(1);

@@ -16,34 +16,20 @@ namespace {
 using GenericInfo = _ZELDB_PCI_Generic_Info;
 
 // FunType is requested twice; the second value is ignored.
-constexpr FieldTable kRequested{ZELDB_FIELD(GenericInfo, _id),
-                                ZELDB_FIELD(GenericInfo, BridgeId),
-                                ZELDB_FIELD(GenericInfo, SegNo),
-                                ZELDB_FIELD(GenericInfo, BusNo),
-                                ZELDB_FIELD(GenericInfo, DeviceNo),
-                                ZELDB_FIELD(GenericInfo, FunctionNo),
-                                ZELDB_FIELD(GenericInfo, VendorId),
-                                ZELDB_FIELD(GenericInfo, DeviceId),
-                                ZELDB_FIELD(GenericInfo, RevId),
-                                ZELDB_FIELD(GenericInfo, ClsCode),
-                                ZELDB_FIELD(GenericInfo, SubVendorId),
-                                ZELDB_FIELD(GenericInfo, SubDeviceId),
-                                ZELDB_FIELD(GenericInfo, SlotNo),
-                                ZELDB_FIELD(GenericInfo, Location),
-                                ZELDB_FIELD(GenericInfo, SlotDesignation),
-                                ZELDB_FIELD(GenericInfo, SlotType),
-                                ZELDB_FIELD(GenericInfo, SlotDataBusWidth),
-                                ZELDB_FIELD(GenericInfo, Hotplug),
-                                ZELDB_FIELD(GenericInfo, PCIType),
-                                ZELDB_FIELD(GenericInfo, BladeSlotPort),
-                                ZELDB_FIELD(GenericInfo, NodeIndex),
-                                ZELDB_FIELD(GenericInfo, FunType),
-                                ZELDB_FIELD_OR(GenericInfo, LanesInUse, 4),
-                                ZELDB_FIELD_OR(GenericInfo, MaxLanes, 16),
-                                ZELDB_FIELD_OR(GenericInfo, MaxPCIeType, 4),
-                                ZELDB_FIELD_OR(GenericInfo, PCIeType, 3),
-                                ZELDB_FIELD(GenericInfo, DevKey),
-                                ZELDB_FIELD(GenericInfo, FunType)};
+constexpr auto kRequested = field_table(
+    ZELDB_FIELD(GenericInfo, _id), ZELDB_FIELD(GenericInfo, BridgeId), ZELDB_FIELD(GenericInfo, SegNo),
+    ZELDB_FIELD(GenericInfo, BusNo), ZELDB_FIELD(GenericInfo, DeviceNo), ZELDB_FIELD(GenericInfo, FunctionNo),
+    ZELDB_FIELD(GenericInfo, VendorId), ZELDB_FIELD(GenericInfo, DeviceId), ZELDB_FIELD(GenericInfo, RevId),
+    ZELDB_FIELD(GenericInfo, ClsCode), ZELDB_FIELD(GenericInfo, SubVendorId),
+    ZELDB_FIELD(GenericInfo, SubDeviceId), ZELDB_FIELD(GenericInfo, SlotNo),
+    ZELDB_FIELD(GenericInfo, Location), ZELDB_FIELD(GenericInfo, SlotDesignation),
+    ZELDB_FIELD(GenericInfo, SlotType), ZELDB_FIELD(GenericInfo, SlotDataBusWidth),
+    ZELDB_FIELD(GenericInfo, Hotplug), ZELDB_FIELD(GenericInfo, PCIType),
+    ZELDB_FIELD(GenericInfo, BladeSlotPort), ZELDB_FIELD(GenericInfo, NodeIndex),
+    ZELDB_FIELD(GenericInfo, FunType), ZELDB_FIELD_OR(GenericInfo, LanesInUse, 4),
+    ZELDB_FIELD_OR(GenericInfo, MaxLanes, 16), ZELDB_FIELD_OR(GenericInfo, MaxPCIeType, 4),
+    ZELDB_FIELD_OR(GenericInfo, PCIeType, 3), ZELDB_FIELD(GenericInfo, DevKey),
+    ZELDB_FIELD(GenericInfo, FunType));
 constexpr size_t kListed = 26;
 constexpr size_t kRead = 27;
 constexpr std::span<const Field> kFields(kRequested.fields);

@@ -14,30 +14,23 @@ using Function = _ZELDB_PCI_GPU;
 using Device = _ZELDB_GPU_Device_Info;
 using Chip = _ZELDB_GPU_Chip;
 
-constexpr FieldTable kFunctionFields{ZELDB_FIELD(Function, FunType),    ZELDB_FIELD(Function, FunKey),
-                                     ZELDB_FIELD(Function, DevKey),     ZELDB_FIELD(Function, VendorId),
-                                     ZELDB_FIELD(Function, DeviceId),   ZELDB_FIELD(Function, SubVendorId),
-                                     ZELDB_FIELD(Function, SubDeviceId)};
+constexpr auto kFunctionFields =
+    field_table(ZELDB_FIELD(Function, FunType), ZELDB_FIELD(Function, FunKey), ZELDB_FIELD(Function, DevKey),
+                ZELDB_FIELD(Function, VendorId), ZELDB_FIELD(Function, DeviceId),
+                ZELDB_FIELD(Function, SubVendorId), ZELDB_FIELD(Function, SubDeviceId));
 
-constexpr FieldTable kDeviceFields{ZELDB_CODE_FIELD(Device, VideoMemoryType, 0),
-                                   ZELDB_FIELD(Device, VideoMemorySize),
-                                   ZELDB_FIELD(Device, TotalGPUChipNumber)};
+constexpr auto kDeviceFields =
+    field_table(ZELDB_CODE_FIELD(Device, VideoMemoryType, 0), ZELDB_FIELD(Device, VideoMemorySize),
+                ZELDB_FIELD(Device, TotalGPUChipNumber));
 
-constexpr FieldTable kChipFields{ZELDB_FIELD(Chip, GPUChipName),
-                                 ZELDB_FIELD(Chip, GPUChipManufacturer),
-                                 ZELDB_FIELD(Chip, GPUChipModel),
-                                 ZELDB_FIELD(Chip, GPUChipPartNumber),
-                                 ZELDB_FIELD(Chip, GPUChipSKU),
-                                 ZELDB_FIELD(Chip, GPUChipSerialNumber),
-                                 ZELDB_FIELD(Chip, GPUChipFamily),
-                                 ZELDB_FIELD(Chip, GPUChipUniqueID),
-                                 ZELDB_CODE_FIELD(Chip, GPUChipFormFactor, 0),
-                                 ZELDB_FIELD(Chip, GPUChipIndex),
-                                 ZELDB_FIELD(Chip, GPUChipNumberOfEnabledCores),
-                                 ZELDB_FIELD(Chip, ExternalBusClockSpeed),
-                                 ZELDB_FIELD(Chip, GPUChipMaxClockSpeed),
-                                 ZELDB_FIELD(Chip, GPUChipAddressWidth),
-                                 ZELDB_FIELD(Chip, GPUChipDataWidth)};
+constexpr auto kChipFields = field_table(
+    ZELDB_FIELD(Chip, GPUChipName), ZELDB_FIELD(Chip, GPUChipManufacturer), ZELDB_FIELD(Chip, GPUChipModel),
+    ZELDB_FIELD(Chip, GPUChipPartNumber), ZELDB_FIELD(Chip, GPUChipSKU),
+    ZELDB_FIELD(Chip, GPUChipSerialNumber), ZELDB_FIELD(Chip, GPUChipFamily),
+    ZELDB_FIELD(Chip, GPUChipUniqueID), ZELDB_CODE_FIELD(Chip, GPUChipFormFactor, 0),
+    ZELDB_FIELD(Chip, GPUChipIndex), ZELDB_FIELD(Chip, GPUChipNumberOfEnabledCores),
+    ZELDB_FIELD(Chip, ExternalBusClockSpeed), ZELDB_FIELD(Chip, GPUChipMaxClockSpeed),
+    ZELDB_FIELD(Chip, GPUChipAddressWidth), ZELDB_FIELD(Chip, GPUChipDataWidth));
 
 constexpr CodeText kMemoryTypes[] = {
     {1, "Reserved"},

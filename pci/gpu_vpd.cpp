@@ -19,10 +19,9 @@ namespace {
 
 using Vpd = _ZELDB_PCIVpdInfo;
 
-constexpr FieldTable kTexts{ZELDB_FIELD(Vpd, UUID),        ZELDB_FIELD(Vpd, ProductName),
-                            ZELDB_FIELD(Vpd, Manufacture), ZELDB_FIELD(Vpd, SerialNo),
-                            ZELDB_FIELD(Vpd, PartNo),      ZELDB_FIELD(Vpd, Model),
-                            ZELDB_FIELD(Vpd, FRUNo)};
+constexpr auto kTexts = field_table(
+    ZELDB_FIELD(Vpd, UUID), ZELDB_FIELD(Vpd, ProductName), ZELDB_FIELD(Vpd, Manufacture),
+    ZELDB_FIELD(Vpd, SerialNo), ZELDB_FIELD(Vpd, PartNo), ZELDB_FIELD(Vpd, Model), ZELDB_FIELD(Vpd, FRUNo));
 // The item of the property store that completes each text, in the same order.
 constexpr const char* kItems[] = {"uuid", "model", "mfgr", "sn", "pn", "model", "fru"};
 static_assert(std::size(kItems) == kTexts.fields.size());

@@ -16,9 +16,9 @@ namespace {
 
 using LinkState = _ZELDB_PhysicalPort_LinkState;
 
-constexpr FieldTable kFields{ZELDB_FIELD(LinkState, Idx), ZELDB_FIELD(LinkState, LinkStatus),
-                             ZELDB_FIELD(LinkState, LinkSpeed), ZELDB_FIELD(LinkState, TxUtil),
-                             ZELDB_FIELD(LinkState, RxUtil)};
+constexpr auto kFields = field_table(ZELDB_FIELD(LinkState, Idx), ZELDB_FIELD(LinkState, LinkStatus),
+                                     ZELDB_FIELD(LinkState, LinkSpeed), ZELDB_FIELD(LinkState, TxUtil),
+                                     ZELDB_FIELD(LinkState, RxUtil));
 constexpr auto kWritten = std::span(kFields.fields).subspan(1);
 constexpr int kOnlyPort = -1;
 

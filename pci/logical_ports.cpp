@@ -14,23 +14,14 @@ namespace {
 
 using Port = _ZELDB_LogicalPort;
 
-constexpr FieldTable kFields{ZELDB_FIELD(Port, MaxDataSize),
-                             ZELDB_FIELD(Port, PermanentAddress),
-                             ZELDB_FIELD(Port, NetworkAddresses),
-                             ZELDB_FIELD(Port, PhyIdx),
-                             ZELDB_FIELD(Port, Idx),
-                             ZELDB_CODE_FIELD(Port, LinkTechnology, 0),
-                             ZELDB_CODE_FIELD(Port, vNICMode, 4),
-                             ZELDB_FIELD(Port, MaxSpeed),
-                             ZELDB_FIELD(Port, ProtocolType),
-                             ZELDB_FIELD(Port, Ethernet),
-                             ZELDB_FIELD(Port, FCoEFC),
-                             ZELDB_FIELD(Port, iSCSI),
-                             ZELDB_FIELD(Port, FCoEPermanentAddress),
-                             ZELDB_FIELD(Port, FCoENetworkAddressess),
-                             ZELDB_CODE_FIELD(Port, ConnectionType, 0),
-                             ZELDB_CODE_FIELD(Port, Role, 0),
-                             ZELDB_FIELD(Port, TargetRelativePortNumber)};
+constexpr auto kFields =
+    field_table(ZELDB_FIELD(Port, MaxDataSize), ZELDB_FIELD(Port, PermanentAddress),
+                ZELDB_FIELD(Port, NetworkAddresses), ZELDB_FIELD(Port, PhyIdx), ZELDB_FIELD(Port, Idx),
+                ZELDB_CODE_FIELD(Port, LinkTechnology, 0), ZELDB_CODE_FIELD(Port, vNICMode, 4),
+                ZELDB_FIELD(Port, MaxSpeed), ZELDB_FIELD(Port, ProtocolType), ZELDB_FIELD(Port, Ethernet),
+                ZELDB_FIELD(Port, FCoEFC), ZELDB_FIELD(Port, iSCSI), ZELDB_FIELD(Port, FCoEPermanentAddress),
+                ZELDB_FIELD(Port, FCoENetworkAddressess), ZELDB_CODE_FIELD(Port, ConnectionType, 0),
+                ZELDB_CODE_FIELD(Port, Role, 0), ZELDB_FIELD(Port, TargetRelativePortNumber));
 constexpr int kPermanentAddress = 1;
 constexpr size_t kShortestAddress = 12;
 

@@ -13,12 +13,10 @@ namespace {
 
 using Packaging = _ZELDB_PCI_Misc_Info;
 
-constexpr FieldTable kFields{ZELDB_FIELD(Packaging, FoDUid),
-                             ZELDB_FIELD(Packaging, MaxDataWidth),
-                             ZELDB_CODE_FIELD(Packaging, ConnectorLayout, 0),
-                             ZELDB_CODE_FIELD(Packaging, PackageType, 0),
-                             ZELDB_FIELD(Packaging, OtherPackageType),
-                             ZELDB_FIELD(Packaging, AIMSpecVersion)};
+constexpr auto kFields =
+    field_table(ZELDB_FIELD(Packaging, FoDUid), ZELDB_FIELD(Packaging, MaxDataWidth),
+                ZELDB_CODE_FIELD(Packaging, ConnectorLayout, 0), ZELDB_CODE_FIELD(Packaging, PackageType, 0),
+                ZELDB_FIELD(Packaging, OtherPackageType), ZELDB_FIELD(Packaging, AIMSpecVersion));
 
 // Package types as CIM_PhysicalPackage numbers them.
 constexpr CodeText kPackageTypes[] = {

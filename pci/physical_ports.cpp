@@ -18,10 +18,11 @@ namespace {
 
 using Port = _ZELDB_PhysicalPort;
 
-constexpr FieldTable kPort{ZELDB_CODE_FIELD(Port, ConnectorLayout, 0), ZELDB_FIELD(Port, Idx),
-                           ZELDB_FIELD(Port, NumberofLogicalPorts), ZELDB_FIELD(Port, PermanentAddress)};
-constexpr FieldTable kStatistics{ZELDB_FIELD(Port, LinkStatus), ZELDB_FIELD(Port, LinkSpeed),
-                                 ZELDB_FIELD(Port, TxUtil), ZELDB_FIELD(Port, RxUtil)};
+constexpr auto kPort =
+    field_table(ZELDB_CODE_FIELD(Port, ConnectorLayout, 0), ZELDB_FIELD(Port, Idx),
+                ZELDB_FIELD(Port, NumberofLogicalPorts), ZELDB_FIELD(Port, PermanentAddress));
+constexpr auto kStatistics = field_table(ZELDB_FIELD(Port, LinkStatus), ZELDB_FIELD(Port, LinkSpeed),
+                                         ZELDB_FIELD(Port, TxUtil), ZELDB_FIELD(Port, RxUtil));
 
 constexpr CodeText kReserved[] = {{1, "Reserved"}};
 constexpr CodeText kModules[] = {{0x8005, "SFP+"},   {0x8006, "QSFP+"},   {0x8007, "SFP28"},

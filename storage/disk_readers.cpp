@@ -22,47 +22,26 @@ namespace {
 
 using Disk = aim_disk_info_t;
 
-constexpr FieldTable kDiskFields{ZELDB_FIELD(Disk, PCIFuncKey),
-                                 ZELDB_FIELD(Disk, SlotNo),
-                                 ZELDB_FIELD(Disk, CtrlType),
-                                 ZELDB_FIELD_OR(Disk, BayNo, 0xFF),
-                                 ZELDB_FIELD(Disk, LocationId),
-                                 ZELDB_FIELD(Disk, Location),
-                                 ZELDB_FIELD_AS(Disk, DriveType, "DriveTypeId"),
-                                 ZELDB_FIELD_AS(Disk, MediaType, "MediaTypeId"),
-                                 ZELDB_FIELD(Disk, FruNo),
-                                 ZELDB_FIELD(Disk, PartNo),
-                                 ZELDB_FIELD(Disk, SerialNo),
-                                 ZELDB_FIELD(Disk, Model),
-                                 ZELDB_FIELD(Disk, UUID),
-                                 ZELDB_FIELD(Disk, Manufacture),
-                                 ZELDB_FIELD(Disk, FwVersion),
-                                 ZELDB_FIELD(Disk, Capacity),
-                                 ZELDB_FIELD(Disk, SFlags),
-                                 ZELDB_FIELD(Disk, Warning),
-                                 ZELDB_FIELD(Disk, Temperature),
-                                 ZELDB_FIELD(Disk, RemainLife),
-                                 ZELDB_FIELD(Disk, InfoMask)};
+constexpr auto kDiskFields =
+    field_table(ZELDB_FIELD(Disk, PCIFuncKey), ZELDB_FIELD(Disk, SlotNo), ZELDB_FIELD(Disk, CtrlType),
+                ZELDB_FIELD_OR(Disk, BayNo, 0xFF), ZELDB_FIELD(Disk, LocationId), ZELDB_FIELD(Disk, Location),
+                ZELDB_FIELD_AS(Disk, DriveType, "DriveTypeId"),
+                ZELDB_FIELD_AS(Disk, MediaType, "MediaTypeId"), ZELDB_FIELD(Disk, FruNo),
+                ZELDB_FIELD(Disk, PartNo), ZELDB_FIELD(Disk, SerialNo), ZELDB_FIELD(Disk, Model),
+                ZELDB_FIELD(Disk, UUID), ZELDB_FIELD(Disk, Manufacture), ZELDB_FIELD(Disk, FwVersion),
+                ZELDB_FIELD(Disk, Capacity), ZELDB_FIELD(Disk, SFlags), ZELDB_FIELD(Disk, Warning),
+                ZELDB_FIELD(Disk, Temperature), ZELDB_FIELD(Disk, RemainLife), ZELDB_FIELD(Disk, InfoMask));
 // Codes that their columns hold as text.
 constexpr int kDriveTypeColumn = 6;
 constexpr int kMediaTypeColumn = 7;
 
-constexpr FieldTable kNvmeFields{ZELDB_FIELD_AS(Disk, LocationId, "Location"),
-                                 field_of<uint16_t>("SlotNo", offsetof(Disk, BayNo), 0xFF),
-                                 ZELDB_FIELD_AS(Disk, SlotNo, "CtrlSlot"),
-                                 ZELDB_FIELD(Disk, Capacity),
-                                 ZELDB_FIELD(Disk, FruNo),
-                                 ZELDB_FIELD(Disk, PartNo),
-                                 ZELDB_FIELD_AS(Disk, SerialNo, "SupplierSN"),
-                                 ZELDB_FIELD(Disk, Model),
-                                 ZELDB_FIELD(Disk, UUID),
-                                 ZELDB_FIELD(Disk, Manufacture),
-                                 ZELDB_FIELD_AS(Disk, FwVersion, "FwVer"),
-                                 ZELDB_FIELD(Disk, SFlags),
-                                 ZELDB_FIELD(Disk, Warning),
-                                 ZELDB_FIELD(Disk, Temperature),
-                                 ZELDB_FIELD(Disk, RemainLife),
-                                 ZELDB_FIELD(Disk, InfoMask)};
+constexpr auto kNvmeFields = field_table(
+    ZELDB_FIELD_AS(Disk, LocationId, "Location"), field_of<uint16_t>("SlotNo", offsetof(Disk, BayNo), 0xFF),
+    ZELDB_FIELD_AS(Disk, SlotNo, "CtrlSlot"), ZELDB_FIELD(Disk, Capacity), ZELDB_FIELD(Disk, FruNo),
+    ZELDB_FIELD(Disk, PartNo), ZELDB_FIELD_AS(Disk, SerialNo, "SupplierSN"), ZELDB_FIELD(Disk, Model),
+    ZELDB_FIELD(Disk, UUID), ZELDB_FIELD(Disk, Manufacture), ZELDB_FIELD_AS(Disk, FwVersion, "FwVer"),
+    ZELDB_FIELD(Disk, SFlags), ZELDB_FIELD(Disk, Warning), ZELDB_FIELD(Disk, Temperature),
+    ZELDB_FIELD(Disk, RemainLife), ZELDB_FIELD(Disk, InfoMask));
 constexpr int kCapacityColumn = 3;  // in bytes
 
 constexpr int kSolidState = 1;

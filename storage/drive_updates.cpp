@@ -21,13 +21,13 @@ using Disk = aim_disk_info_t;
 constexpr uint16_t kPresent = 1;
 constexpr int kToleratedDegrees = 2;
 
-constexpr FieldTable kPlace{ZELDB_FIELD(Disk, PCIFuncKey), ZELDB_FIELD(Disk, SlotNo),
-                            ZELDB_FIELD(Disk, CtrlType), ZELDB_FIELD(Disk, BayNo),
-                            ZELDB_FIELD(Disk, LocationId)};
-constexpr FieldTable kTexts{
-    ZELDB_FIELD(Disk, Location),    ZELDB_FIELD(Disk, FruNo),     ZELDB_FIELD(Disk, PartNo),
-    ZELDB_FIELD(Disk, SerialNo),    ZELDB_FIELD(Disk, Model),     ZELDB_FIELD(Disk, UUID),
-    ZELDB_FIELD(Disk, Manufacture), ZELDB_FIELD(Disk, FwVersion), ZELDB_FIELD(Disk, Capacity)};
+constexpr auto kPlace =
+    field_table(ZELDB_FIELD(Disk, PCIFuncKey), ZELDB_FIELD(Disk, SlotNo), ZELDB_FIELD(Disk, CtrlType),
+                ZELDB_FIELD(Disk, BayNo), ZELDB_FIELD(Disk, LocationId));
+constexpr auto kTexts =
+    field_table(ZELDB_FIELD(Disk, Location), ZELDB_FIELD(Disk, FruNo), ZELDB_FIELD(Disk, PartNo),
+                ZELDB_FIELD(Disk, SerialNo), ZELDB_FIELD(Disk, Model), ZELDB_FIELD(Disk, UUID),
+                ZELDB_FIELD(Disk, Manufacture), ZELDB_FIELD(Disk, FwVersion), ZELDB_FIELD(Disk, Capacity));
 
 Filter<128> in_place(const char* kind_column, uint32_t kind, const char* number_column, uint32_t number) {
   return Filter<128>("%s=%d AND %s=%d", kind_column, static_cast<int>(kind), number_column,

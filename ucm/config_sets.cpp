@@ -25,21 +25,17 @@ constexpr uint16_t kVendorWithoutSets = 0x1000;
 constexpr uint32_t kFlagged = 2;
 
 // Flags come first, since a row without them is left out.
-constexpr FieldTable kFields{ZELDB_FIELD(Setting, Flags),         ZELDB_FIELD(Setting, GroupName),
-                             ZELDB_FIELD(Setting, SettingID),     ZELDB_FIELD(Setting, PfaKey),
-                             ZELDB_FIELD(Setting, CurrentValue),  ZELDB_FIELD(Setting, PendingValue),
-                             ZELDB_FIELD(Setting, SuppressIf),    ZELDB_FIELD(Setting, GrayIf),
-                             ZELDB_FIELD(Setting, GroupID),       ZELDB_FIELD(Setting, GroupSuppressIf),
-                             ZELDB_FIELD(Setting, GroupGrayIf),   ZELDB_FIELD(Setting, Mriname),
-                             ZELDB_FIELD(Setting, ShortDesc),     ZELDB_FIELD(Setting, FullDesc),
-                             ZELDB_FIELD(Setting, Type),          ZELDB_FIELD(Setting, SettingName),
-                             ZELDB_FIELD(Setting, Mininstances),  ZELDB_FIELD(Setting, Maxinstances),
-                             ZELDB_FIELD(Setting, Defvalue),      ZELDB_FIELD(Setting, Mfg_default),
-                             ZELDB_FIELD(Setting, Defaultaction), ZELDB_FIELD(Setting, RecordId),
-                             ZELDB_FIELD(Setting, Minim),         ZELDB_FIELD(Setting, Maxim),
-                             ZELDB_FIELD(Setting, Step),          ZELDB_FIELD(Setting, Mins),
-                             ZELDB_FIELD(Setting, Maxs),          ZELDB_FIELD(Setting, Pattern),
-                             ZELDB_FIELD(Setting, Numchoices),    ZELDB_FIELD(Setting, Choices)};
+constexpr auto kFields = field_table(
+    ZELDB_FIELD(Setting, Flags), ZELDB_FIELD(Setting, GroupName), ZELDB_FIELD(Setting, SettingID),
+    ZELDB_FIELD(Setting, PfaKey), ZELDB_FIELD(Setting, CurrentValue), ZELDB_FIELD(Setting, PendingValue),
+    ZELDB_FIELD(Setting, SuppressIf), ZELDB_FIELD(Setting, GrayIf), ZELDB_FIELD(Setting, GroupID),
+    ZELDB_FIELD(Setting, GroupSuppressIf), ZELDB_FIELD(Setting, GroupGrayIf), ZELDB_FIELD(Setting, Mriname),
+    ZELDB_FIELD(Setting, ShortDesc), ZELDB_FIELD(Setting, FullDesc), ZELDB_FIELD(Setting, Type),
+    ZELDB_FIELD(Setting, SettingName), ZELDB_FIELD(Setting, Mininstances), ZELDB_FIELD(Setting, Maxinstances),
+    ZELDB_FIELD(Setting, Defvalue), ZELDB_FIELD(Setting, Mfg_default), ZELDB_FIELD(Setting, Defaultaction),
+    ZELDB_FIELD(Setting, RecordId), ZELDB_FIELD(Setting, Minim), ZELDB_FIELD(Setting, Maxim),
+    ZELDB_FIELD(Setting, Step), ZELDB_FIELD(Setting, Mins), ZELDB_FIELD(Setting, Maxs),
+    ZELDB_FIELD(Setting, Pattern), ZELDB_FIELD(Setting, Numchoices), ZELDB_FIELD(Setting, Choices));
 
 // Returns ZELDB_OK and the handle, or the status with which the reader ends.
 int begin_reading(_zel_db_handle_t*& handle) {

@@ -29,25 +29,19 @@ struct Function {
   char ConnectorType[8];
 };
 
-constexpr FieldTable kPosition{
-    ZELDB_FIELD(Function, NodeIndex), ZELDB_FIELD(Function, SlotNo),   ZELDB_FIELD(Function, SegNo),
-    ZELDB_FIELD(Function, BusNo),     ZELDB_FIELD(Function, DeviceNo), ZELDB_FIELD(Function, FunctionNo),
-    ZELDB_FIELD(Function, Location),  ZELDB_FIELD(Function, DevKey),   ZELDB_FIELD(Function, FunKey)};
+constexpr auto kPosition = field_table(
+    ZELDB_FIELD(Function, NodeIndex), ZELDB_FIELD(Function, SlotNo), ZELDB_FIELD(Function, SegNo),
+    ZELDB_FIELD(Function, BusNo), ZELDB_FIELD(Function, DeviceNo), ZELDB_FIELD(Function, FunctionNo),
+    ZELDB_FIELD(Function, Location), ZELDB_FIELD(Function, DevKey), ZELDB_FIELD(Function, FunKey));
 
-constexpr FieldTable kCard{ZELDB_FIELD(Function, CardName), ZELDB_FIELD(Function, ConnectorType)};
+constexpr auto kCard = field_table(ZELDB_FIELD(Function, CardName), ZELDB_FIELD(Function, ConnectorType));
 
-constexpr FieldTable kWritten{ZELDB_FIELD(Function, SegNo),
-                              ZELDB_FIELD(Function, BusNo),
-                              ZELDB_FIELD(Function, DeviceNo),
-                              ZELDB_FIELD(Function, FunctionNo),
-                              ZELDB_FIELD_AS(Function, NodeIndex, "NodeNo"),
-                              ZELDB_FIELD(Function, SlotNo),
-                              ZELDB_FIELD(Function, CardName),
-                              ZELDB_FIELD(Function, ConnectorType),
-                              ZELDB_FIELD(Function, AIMSupported),
-                              ZELDB_FIELD_AS(Function, DevKey, "PCIKey"),
-                              ZELDB_FIELD_AS(Function, FunKey, "PCIFuncKey"),
-                              ZELDB_FIELD(Function, Location)};
+constexpr auto kWritten = field_table(
+    ZELDB_FIELD(Function, SegNo), ZELDB_FIELD(Function, BusNo), ZELDB_FIELD(Function, DeviceNo),
+    ZELDB_FIELD(Function, FunctionNo), ZELDB_FIELD_AS(Function, NodeIndex, "NodeNo"),
+    ZELDB_FIELD(Function, SlotNo), ZELDB_FIELD(Function, CardName), ZELDB_FIELD(Function, ConnectorType),
+    ZELDB_FIELD(Function, AIMSupported), ZELDB_FIELD_AS(Function, DevKey, "PCIKey"),
+    ZELDB_FIELD_AS(Function, FunKey, "PCIFuncKey"), ZELDB_FIELD(Function, Location));
 
 enum class By { Function, Adapter };
 

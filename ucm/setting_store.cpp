@@ -18,52 +18,30 @@ using Setting = PCISetting_info;
 using namespace zeldb;
 
 // In the order of the table's columns.
-constexpr FieldTable kColumns{ZELDB_FIELD(Setting, SettingID),     ZELDB_FIELD(Setting, SettingName),
-                              ZELDB_FIELD(Setting, PendingValue),  ZELDB_FIELD(Setting, CurrentValue),
-                              ZELDB_FIELD(Setting, PfaKey),        ZELDB_FIELD(Setting, SuppressIf),
-                              ZELDB_FIELD(Setting, GrayIf),        ZELDB_FIELD(Setting, GroupID),
-                              ZELDB_FIELD(Setting, GroupName),     ZELDB_FIELD(Setting, GroupSuppressIf),
-                              ZELDB_FIELD(Setting, GroupGrayIf),   ZELDB_FIELD(Setting, Mriname),
-                              ZELDB_FIELD(Setting, ShortDesc),     ZELDB_FIELD(Setting, FullDesc),
-                              ZELDB_FIELD(Setting, Defvalue),      ZELDB_FIELD(Setting, Mfg_default),
-                              ZELDB_FIELD(Setting, Defaultaction), ZELDB_FIELD(Setting, RecordId),
-                              ZELDB_FIELD(Setting, Type),          ZELDB_FIELD(Setting, Flags),
-                              ZELDB_FIELD(Setting, Minim),         ZELDB_FIELD(Setting, Maxim),
-                              ZELDB_FIELD(Setting, Step),          ZELDB_FIELD(Setting, Mins),
-                              ZELDB_FIELD(Setting, Maxs),          ZELDB_FIELD(Setting, Pattern),
-                              ZELDB_FIELD(Setting, Numchoices),    ZELDB_FIELD(Setting, Choices),
-                              ZELDB_FIELD(Setting, Mininstances),  ZELDB_FIELD(Setting, Maxinstances)};
+constexpr auto kColumns = field_table(
+    ZELDB_FIELD(Setting, SettingID), ZELDB_FIELD(Setting, SettingName), ZELDB_FIELD(Setting, PendingValue),
+    ZELDB_FIELD(Setting, CurrentValue), ZELDB_FIELD(Setting, PfaKey), ZELDB_FIELD(Setting, SuppressIf),
+    ZELDB_FIELD(Setting, GrayIf), ZELDB_FIELD(Setting, GroupID), ZELDB_FIELD(Setting, GroupName),
+    ZELDB_FIELD(Setting, GroupSuppressIf), ZELDB_FIELD(Setting, GroupGrayIf), ZELDB_FIELD(Setting, Mriname),
+    ZELDB_FIELD(Setting, ShortDesc), ZELDB_FIELD(Setting, FullDesc), ZELDB_FIELD(Setting, Defvalue),
+    ZELDB_FIELD(Setting, Mfg_default), ZELDB_FIELD(Setting, Defaultaction), ZELDB_FIELD(Setting, RecordId),
+    ZELDB_FIELD(Setting, Type), ZELDB_FIELD(Setting, Flags), ZELDB_FIELD(Setting, Minim),
+    ZELDB_FIELD(Setting, Maxim), ZELDB_FIELD(Setting, Step), ZELDB_FIELD(Setting, Mins),
+    ZELDB_FIELD(Setting, Maxs), ZELDB_FIELD(Setting, Pattern), ZELDB_FIELD(Setting, Numchoices),
+    ZELDB_FIELD(Setting, Choices), ZELDB_FIELD(Setting, Mininstances), ZELDB_FIELD(Setting, Maxinstances));
 
 // The columns that are compared to detect a change, those that change most often first.
-constexpr FieldTable kCompared{ZELDB_FIELD(Setting, PendingValue),
-                               ZELDB_FIELD(Setting, SettingName),
-                               ZELDB_FIELD(Setting, CurrentValue),
-                               ZELDB_FIELD(Setting, PfaKey),
-                               ZELDB_FIELD(Setting, SuppressIf),
-                               ZELDB_FIELD(Setting, GrayIf),
-                               ZELDB_FIELD(Setting, GroupID),
-                               ZELDB_FIELD(Setting, GroupName),
-                               ZELDB_FIELD(Setting, GroupSuppressIf),
-                               ZELDB_FIELD(Setting, GroupGrayIf),
-                               ZELDB_FIELD(Setting, Mriname),
-                               ZELDB_FIELD(Setting, ShortDesc),
-                               ZELDB_FIELD(Setting, FullDesc),
-                               ZELDB_FIELD(Setting, Defvalue),
-                               ZELDB_FIELD(Setting, Mfg_default),
-                               ZELDB_FIELD(Setting, Defaultaction),
-                               ZELDB_FIELD(Setting, RecordId),
-                               ZELDB_FIELD(Setting, Type),
-                               ZELDB_FIELD(Setting, Flags),
-                               ZELDB_FIELD(Setting, Minim),
-                               ZELDB_FIELD(Setting, Maxim),
-                               ZELDB_FIELD(Setting, Step),
-                               ZELDB_FIELD(Setting, Mins),
-                               ZELDB_FIELD(Setting, Maxs),
-                               ZELDB_FIELD(Setting, Pattern),
-                               ZELDB_FIELD(Setting, Numchoices),
-                               ZELDB_FIELD(Setting, Choices),
-                               ZELDB_FIELD(Setting, Mininstances),
-                               ZELDB_FIELD(Setting, Maxinstances)};
+constexpr auto kCompared = field_table(
+    ZELDB_FIELD(Setting, PendingValue), ZELDB_FIELD(Setting, SettingName), ZELDB_FIELD(Setting, CurrentValue),
+    ZELDB_FIELD(Setting, PfaKey), ZELDB_FIELD(Setting, SuppressIf), ZELDB_FIELD(Setting, GrayIf),
+    ZELDB_FIELD(Setting, GroupID), ZELDB_FIELD(Setting, GroupName), ZELDB_FIELD(Setting, GroupSuppressIf),
+    ZELDB_FIELD(Setting, GroupGrayIf), ZELDB_FIELD(Setting, Mriname), ZELDB_FIELD(Setting, ShortDesc),
+    ZELDB_FIELD(Setting, FullDesc), ZELDB_FIELD(Setting, Defvalue), ZELDB_FIELD(Setting, Mfg_default),
+    ZELDB_FIELD(Setting, Defaultaction), ZELDB_FIELD(Setting, RecordId), ZELDB_FIELD(Setting, Type),
+    ZELDB_FIELD(Setting, Flags), ZELDB_FIELD(Setting, Minim), ZELDB_FIELD(Setting, Maxim),
+    ZELDB_FIELD(Setting, Step), ZELDB_FIELD(Setting, Mins), ZELDB_FIELD(Setting, Maxs),
+    ZELDB_FIELD(Setting, Pattern), ZELDB_FIELD(Setting, Numchoices), ZELDB_FIELD(Setting, Choices),
+    ZELDB_FIELD(Setting, Mininstances), ZELDB_FIELD(Setting, Maxinstances));
 
 // Leaves room for the terms around the values.
 constexpr size_t kFilterReserve = sizeof(Setting) + 1024;
