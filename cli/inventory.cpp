@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/inventory.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <map>
 
 #include "cli/arguments.h"
@@ -9,12 +11,47 @@
 
 namespace zeldb::cli {
 
-std::vector<aim_disk_info_t> read_drives() {
+namespace {
+
+using Drive = aim_disk_info_t;
+
+uint8_t told_health(const Drive& drive) {
+  enum : uint8_t { kUnknown = 0, kOk = 2, kDegraded = 3 };
+  if (drive.InfoMask == 0) return kUnknown;
+  return drive.Warning != 0 ? kDegraded : kOk;
+}
+
+}  // namespace
+
+void settle_health([[maybe_unused]] std::vector<Drive>& drives) {
+#ifdef ZELDB_CLI_ADMIN  // else nothing here scans
+  if (drives.empty()) return;
+  const auto scanned = list_of<aim_disk_list_t>("drives", [](auto* list) {
+    zeldb_get_disk_list_with_filter(list,
+                                    "_id IN (SELECT RowId FROM ScannedRows WHERE TableName='AimDisks')");
+    return ZELDB_OK;  // an inventory of another version has no scans
+  });
+  const auto is_scanned = [&scanned](const Drive& drive) {
+    return std::ranges::any_of(scanned, [&drive](const Drive& other) {
+      return std::strcmp(drive.SerialNo, other.SerialNo) == 0 && std::strcmp(drive.Model, other.Model) == 0 &&
+             std::strcmp(drive.UUID, other.UUID) == 0 && drive.LocationId == other.LocationId &&
+             drive.BayNo == other.BayNo;
+    });
+  };
+  for (Drive& drive : drives) {
+    if (is_scanned(drive)) drive.HealthStatus = told_health(drive);
+  }
+#endif
+}
+
+std::vector<Drive> read_drives() {
   require_inventory("drives");
-  return list_of<aim_disk_list_t>("drives", [](auto* list) {
+  auto drives = list_of<aim_disk_list_t>("drives", [](auto* list) {
     zeldb_get_merged_disk_list(list);
     return ZELDB_OK;
   });
+  settle_health(drives);
+  return drives;
 }
 
 std::vector<uint32_t> function_keys(std::string condition) {

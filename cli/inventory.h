@@ -18,6 +18,9 @@ namespace zeldb::cli {
 
 std::vector<_ZELDB_Processor> read_processors();
 std::vector<_ZELDB_Memory> read_memory();
+// A drive without a sensor reads as sound. Of those that a scan has found, health is what they tell: unknown,
+// where that is nothing.
+void settle_health(std::vector<aim_disk_info_t>& drives);
 // All drives.
 std::vector<aim_disk_info_t> read_drives();
 

@@ -163,6 +163,14 @@ std::optional<unsigned> slot_of_port(pci_dev* port) {
   return number == 0 || number == 0x1FFF ? std::nullopt : std::optional(number);
 }
 
+// Without root the kernel gives the first 64 bytes alone; libpci makes ones of the others.
+bool hides_capabilities(pci_dev* device) {
+  constexpr unsigned kUnreadable = 0xFF;
+  const unsigned first = pci_read_byte(device, PCI_CAPABILITY_LIST);
+  return (pci_read_word(device, PCI_STATUS) & PCI_STATUS_CAP_LIST) != 0 && first >= 0x40 &&
+         pci_read_byte(device, static_cast<int>(first)) == kUnreadable;
+}
+
 class Places {
  public:
   Places(const Machine& machine, const PciQuestion& question, const Devices& devices)
@@ -182,9 +190,9 @@ class Places {
   }
 
   Placement of(const Address& address) const {
-    if (question_.before) {
-      const auto found = question_.before->find(address);
-      if (found != question_.before->end()) return found->second;
+    if (question_.hides_slots) {
+      const auto found = question_.last.find(address);
+      if (found != question_.last.end()) return found->second;
     }
     // What sits in a slot may be a bridge with functions behind it. The table of slots is trusted most.
     std::vector<Address> path;
@@ -197,10 +205,18 @@ class Places {
       if (const auto number = number_in_sys(at)) return numbered(*number);
     }
     for (size_t above = 1; above < path.size(); ++above) {
-      if (const auto number = slot_of_port(devices_.at(path[above]))) return numbered(*number);
+      pci_dev* const port = devices_.at(path[above]);
+      if (const auto number = slot_of_port(port)) return numbered(*number);
+      if (!hides_capabilities(port)) continue;
+      hidden_ = hidden_.value_or(path[above]);
+      const auto before = question_.last.find(address);
+      if (before != question_.last.end()) return before->second;
     }
     return {};
   }
+
+  // A port of which it was not to be seen whether it has a slot.
+  const std::optional<Address>& hidden() const { return hidden_; }
 
  private:
   static constexpr size_t kDeepest = 32;
@@ -249,6 +265,7 @@ class Places {
   const Devices& devices_;
   std::map<std::pair<unsigned, unsigned>, Address> bridges_;
   std::map<std::string, unsigned> slots_;
+  mutable std::optional<Address> hidden_;
 };
 
 // As the readers tell functions apart; what else there is has no number.
@@ -323,13 +340,15 @@ std::string name_of(pci_access* access, const pci_dev& device) {
   return name != nullptr ? name : "";
 }
 
-// The kernel counts what a device reports; without a count, nothing is known of its health.
+// The kernel counts what a device reports; without a count, nothing is known of its health. Counts begin anew
+// with the device.
 Value health_of(const Machine& machine, const Address& address) {
   constexpr uint64_t kError = 6;
   const std::string counts = machine.bytes(folder_of(address) + "aer_dev_fatal").value_or("");
   const std::string total = "TOTAL_ERR_FATAL ";
   const size_t at = counts.find(total);
-  if (at == std::string::npos || counts.find_first_of("123456789", at) != at + total.size()) return Kept();
+  if (at == std::string::npos) return Kept();
+  if (counts.find_first_of("123456789", at) != at + total.size()) return Withdrawn{kError};
   return kError;
 }
 
@@ -407,9 +426,23 @@ bool may_be_read(const Machine& machine, const PciQuestion& question, Findings& 
   return true;
 }
 
-std::optional<unsigned> key_of(const Address& address, const Placement& placement) {
-  if (address.segment > 0xFFFF || address.bus > 0xFF) return std::nullopt;
+// What fits the column of the domain.
+constexpr unsigned kLastSegment = 0xFFFF;
+
+// A key has no room for the domain: functions come in the order of domains, and the first one has it.
+unsigned key_of(const Address& address, const Placement& placement) {
   return placement.location << 24U | address.bus << 16U | address.device << 8U | address.function;
+}
+
+// One line, however many they are.
+void tell_left_out(const std::string& why, const std::vector<Address>& left_out, Findings& findings) {
+  constexpr size_t kNamed = 3;
+  if (left_out.empty()) return;
+  std::string line = "PCI functions left out, which " + why + ":";
+  for (size_t nth = 0; nth < std::min(left_out.size(), kNamed); ++nth)
+    line += (nth == 0 ? " " : ", ") + text_of(left_out[nth]);
+  if (left_out.size() > kNamed) line += " and " + std::to_string(left_out.size() - kNamed) + " more";
+  findings.troubles.push_back(std::move(line));
 }
 
 }  // namespace
@@ -445,21 +478,30 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
   }
   const Places places(machine, question, devices);
   std::set<unsigned> keys;
+  std::vector<Address> twins;
+  std::vector<Address> far;
   for (const auto& [address, device] : devices) {
     const Placement placement = places.of(address);
-    const auto key = key_of(address, placement);
-    if (!key || !keys.insert(*key).second) {
-      findings.troubles.push_back(
-          "function " + text_of(address) +
-          ": left out: the key of a function does not tell it from one of another domain");
+    if (address.segment > kLastSegment) {
+      far.push_back(address);
       continue;
     }
-    const Function& function = functions.emplace(address, Function{*key, placement}).first->second;
+    const unsigned key = key_of(address, placement);
+    if (!keys.insert(key).second) {
+      twins.push_back(address);
+      continue;
+    }
+    const Function& function = functions.emplace(address, Function{key, placement}).first->second;
     findings.rows.push_back(function_row(machine, is_dump, device, function, places.bridge_above(address)));
     if (base_class(*device) != kBridge)
       findings.rows.push_back(adapter_row(machine, access.access, is_dump, device, function));
     if (!is_dump) add_vpd(machine, address, function, findings);
   }
+  tell_left_out("have the key of one in a lower domain", twins, findings);
+  tell_left_out("are in domains beyond ffff", far, findings);
+  if (places.hidden() && !question.hides_slots)
+    findings.troubles.push_back("slots: the capabilities of port " + text_of(*places.hidden()) +
+                                " cannot be read");
   if (!is_dump) tell_unread_vpd(machine, functions, findings);
   if (is_complete) findings.complete.insert(kPci);
   return functions;

@@ -59,10 +59,10 @@ struct Vpd {
 std::optional<Vpd> decode_vpd(std::string_view bytes);
 
 struct PciQuestion {
-  std::string dump;         // a file of what lspci -x prints; empty: the machine
-  std::vector<Slot> slots;  // of the SMBIOS table
-  // Where functions were before, for a table that there is but cannot be read.
-  std::optional<std::map<Address, Placement>> before;
+  std::string dump;                   // a file of what lspci -x prints; empty: the machine
+  std::vector<Slot> slots;            // of the SMBIOS table
+  bool hides_slots = false;           // there is such a table, but it cannot be read
+  std::map<Address, Placement> last;  // where functions were at the last scan, for what hides its slots
 };
 
 // Also gives the functions, by which other sources find theirs.

@@ -20,8 +20,13 @@ namespace zeldb::scan {
 // Not told by the source this time: the default of the column in a new row, and in one that is there what it
 // holds.
 struct Kept {};
+// The source has told this number before, perhaps, and does not now: where it stands it becomes 0; all else
+// stays, as with Kept.
+struct Withdrawn {
+  uint64_t number;
+};
 // monostate: NULL.
-using Value = std::variant<std::monostate, Kept, uint64_t, std::string>;
+using Value = std::variant<std::monostate, Kept, Withdrawn, uint64_t, std::string>;
 
 struct Cell {
   const char* column;

@@ -11,13 +11,12 @@ namespace zeldb::scan {
 
 namespace {
 
-Smbios find_smbios(const Machine& machine, PciQuestion& pci, const std::map<Address, Placement>& before,
-                   Findings& findings) {
+Smbios find_smbios(const Machine& machine, PciQuestion& pci, Findings& findings) {
   const SmbiosTable table = read_smbios(machine);
   Smbios smbios;
   if (table.trouble) {
     findings.troubles.push_back("processors, memory and slots: sys/firmware/dmi: " + *table.trouble);
-    pci.before = before;
+    pci.hides_slots = true;
     return smbios;
   }
   if (table.bytes)
@@ -33,8 +32,8 @@ Smbios find_smbios(const Machine& machine, PciQuestion& pci, const std::map<Addr
 Findings find(const Question& question, const std::map<Address, Placement>& before) {
   const Machine machine(question.root);
   Findings findings;
-  PciQuestion pci{.dump = question.pci_dump, .slots = {}, .before = {}};
-  Smbios smbios = find_smbios(machine, pci, before, findings);
+  PciQuestion pci{.dump = question.pci_dump, .slots = {}, .hides_slots = false, .last = before};
+  Smbios smbios = find_smbios(machine, pci, findings);
   pci.slots = std::move(smbios.slots);
   std::move(smbios.rows.begin(), smbios.rows.end(), std::back_inserter(findings.rows));
 

@@ -39,12 +39,14 @@ Stored stored_at(const zeldb::Row& row, int column) {
 
 bool holds(const Stored& stored, const Value& value) {
   if (std::holds_alternative<Kept>(value)) return true;
+  if (const auto* const gone = std::get_if<Withdrawn>(&value)) return stored.number != gone->number;
   if (std::holds_alternative<std::monostate>(value)) return stored.is_null;
   if (const auto* const number = std::get_if<uint64_t>(&value)) return stored.number == *number;
   return !stored.is_null && stored.text == std::get<std::string>(value);
 }
 
 std::string shown(const Value& value) {
+  if (std::holds_alternative<Withdrawn>(value)) return "0";
   if (const auto* const number = std::get_if<uint64_t>(&value)) return std::to_string(*number);
   if (const auto* const text = std::get_if<std::string>(&value)) return *text;
   return "-";
@@ -62,6 +64,8 @@ void put(ContentValues& values, const Cell& cell) {
     values.put_uint64(cell.column, *number);
   else if (const auto* const text = std::get_if<std::string>(&cell.value))
     values.put_text(cell.column, text->c_str());
+  else if (std::holds_alternative<Withdrawn>(cell.value))
+    values.put_uint64(cell.column, 0);
   else
     values.put_null(cell.column);
 }
@@ -257,7 +261,8 @@ void Store::apply(const Change& change) {
     return;
   }
   for (const Cell& cell : cells) {
-    if (!std::holds_alternative<Kept>(cell.value)) put(values, cell);
+    if (!std::holds_alternative<Kept>(cell.value) && !std::holds_alternative<Withdrawn>(cell.value))
+      put(values, cell);
   }
   int64_t id = 0;
   check(values.insert(change.table.c_str(), &id), what);

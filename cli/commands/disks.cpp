@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "cli/arguments.h"
 #include "cli/command.h"
@@ -22,7 +24,8 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Model, "MODEL", "Model"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     whole(ZELDB_COLUMN(R, FwVersion, "FIRMWARE", "Version of its firmware")),
-    health(ZELDB_COLUMN(R, HealthStatus, "HEALTH", "Health; 2 without a sensor, too")),
+    health(ZELDB_COLUMN(R, HealthStatus, "HEALTH",
+                        "Health; 2 without a sensor, too; of drives that a scan has found, what they tell")),
     minor(ZELDB_COLUMN(R, Temperature, "CELSIUS", "Temperature in degrees Celsius")),
     minor(ZELDB_COLUMN(R, RemainLife, "LIFE %", "Remaining life in percent")),
     extra(hex(ZELDB_COLUMN(R, PCIFuncKey, "FUNCTION", "Key of its function, or of its controller's"))),
@@ -108,7 +111,8 @@ std::vector<R> read_behind(uint32_t slot) {
   return drives;
 }
 
-std::vector<R> read_disks(const Options& options) {
+// Nothing where all are asked for.
+std::optional<std::vector<R>> read_chosen(const Options& options) {
   const char* const where = options.where.empty() ? nullptr : options.where.c_str();
   require_inventory("drives");
   if (options.place) return read_place(*options.place);
@@ -128,7 +132,14 @@ std::vector<R> read_disks(const Options& options) {
     if (drives.empty()) read_function(*options.function);  // has to be there
     return drives;
   }
-  return read_drives();
+  return std::nullopt;
+}
+
+std::vector<R> read_disks(const Options& options) {
+  auto chosen = read_chosen(options);
+  if (!chosen) return read_drives();
+  settle_health(*chosen);
+  return std::move(*chosen);
 }
 
 }  // namespace

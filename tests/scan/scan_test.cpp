@@ -103,7 +103,7 @@ class Scan : public DatabaseTest {
     std::string text;
     for (const char* table :
          {"ScannedRows", "PCIs", "PCIAdapter", "PCINetwork", "PCILogicalPort", "PCIPhysicalPort",
-          "PCIPhysicalPortStat", "VPDs", "Processor", "Memory", "AimDisks"})
+          "PCIPhysicalPortStat", "VPDs", "Processor", "Memory", "AimDisks", "Firmwares"})
       text += std::string(table) + ": " +
               database.text(std::string("SELECT * FROM ") + table + " ORDER BY _id") + "\n";
     return text;
@@ -155,6 +155,8 @@ TEST_P(Scan, TouchesItsOwnRowsAlone) {
   EXPECT_EQ(database.text("SELECT VendorId FROM PCIs WHERE FunKey=16842752"), "7");
   EXPECT_EQ(database.text("SELECT count(*) FROM Processor WHERE Socket='CPU0'"), "1");
   EXPECT_EQ(database.text("SELECT count(*) FROM AimDisks WHERE SerialNo='S1NVME'"), "1");
+  EXPECT_EQ(database.text("SELECT FirmwareName, Classification, VersionString, ReleaseDate FROM Firmwares"),
+            "System BIOS,11,V1,2024-05-06;Embedded controller,10,5.3,NULL");
   // A merge takes an adapter over; another service notes its health.
   database.run("UPDATE PCIAdapter SET AIMSupported=3, CardName='Mine' WHERE BusNo=2");
   database.run("UPDATE AimDisks SET Temperature=41, InfoMask=3 WHERE SerialNo='WD-S1234'");
@@ -168,6 +170,35 @@ TEST_P(Scan, TouchesItsOwnRowsAlone) {
   EXPECT_EQ(database.text("SELECT Temperature, InfoMask FROM AimDisks WHERE SerialNo='WD-S1234'"), "41,3");
   EXPECT_EQ(database.text("SELECT PartNo FROM Memory WHERE SlotNo=90"), "P-90");
   EXPECT_EQ(database.text("SELECT count(*) FROM AimDisks WHERE SerialNo='S1NVME'"), "1");
+}
+
+TEST_P(Scan, TakesFaultsBackAndKeepsSlotsThatAreHidden) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  unpack("server", root());
+  scan();
+  const std::string health = "SELECT HealthStatus FROM PCIAdapter WHERE BusNo<3 ORDER BY BusNo, DeviceNo";
+  EXPECT_EQ(database.text(health), "0;6;0;0");
+  // Another service has noted the health of a function that has counted nothing.
+  database.run("UPDATE PCIAdapter SET HealthStatus=5 WHERE BusNo=2");
+  const fs::path devices = root() / "sys/bus/pci/devices";
+  for (const char* function : {"0000:01:00.0", "0000:02:00.0"})
+    std::ofstream(devices / function / "aer_dev_fatal") << "TOTAL_ERR_FATAL 0\n";
+  EXPECT_EQ(
+      scan({"--dry-run", "--json"}).out,
+      "{\"format_version\":1,\"rows\":[\n"
+      "{\"Change\":\"changed\",\"Table\":\"PCIAdapter\",\"Key\":\"0000:01:00.0\",\"Detail\":\"HealthStatus "
+      "6 -> 0\"}\n]}\n");
+  scan();
+  EXPECT_EQ(database.text(health), "0;0;0;5");
+  const std::string keys = "SELECT FunKey, SlotNo FROM PCIs ORDER BY _id";
+  const std::string before = database.text(keys);
+  for (const auto& device : fs::directory_iterator(devices)) fs::resize_file(device.path() / "config", 64);
+  const Outcome hidden = scan();
+  EXPECT_EQ(hidden.exit_status, 1);
+  EXPECT_NE(hidden.err.find("slots: the capabilities of port 0000:00:02.0 cannot be read\n"),
+            std::string::npos)
+      << hidden.err;
+  EXPECT_EQ(database.text(keys), before);
 }
 
 TEST_P(Scan, KeepsWhatCannotBeRead) {
