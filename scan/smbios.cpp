@@ -261,23 +261,85 @@ Slot slot_of(const Structure& structure) {
   return slot;
 }
 
+// "MM/DD/YYYY" as other dates of the tables are; anything else as it stands.
+std::string date_of(const std::string& text) {
+  const auto is_date = [&text] {
+    constexpr std::string_view kForm = "00/00/0000";
+    return text.size() == kForm.size() &&
+           std::equal(text.begin(), text.end(), kForm.begin(), [](char character, char form) {
+             return form == '0' ? character >= '0' && character <= '9' : character == form;
+           });
+  };
+  return is_date() ? text.substr(6) + "-" + text.substr(0, 2) + "-" + text.substr(3, 2) : text;
+}
+
+Row firmware_row(const char* key, const char* kind, const char* name) {
+  Row row{tables::kImages, kSmbios, key, {"Classification", "FirmwareName"}, {}};
+  row.cells = {{"Classification", std::string(kind)}, {"FirmwareName", std::string(name)}};
+  return row;
+}
+
+// The image of the system, and that of its embedded controller where there is one.
+void add_bios(const Structure& structure, std::vector<Row>& rows) {
+  constexpr uint64_t kNone = 0xFF;
+  Row bios = firmware_row("bios", "11", "System BIOS");
+  const auto date = structure.text(0x08);
+  bios.cells.push_back({"Manufacture", value_of(structure.text(0x04))});
+  bios.cells.push_back({"VersionString", value_of(structure.text(0x05))});
+  bios.cells.push_back({"ReleaseDate", date ? text_value(date_of(*date)) : Value()});
+  rows.push_back(std::move(bios));
+  const auto major = structure.number(0x16, 1);
+  const auto minor = structure.number(0x17, 1);
+  if (!major || !minor || *major == kNone || *minor == kNone) return;
+  Row controller = firmware_row("ec", "10", "Embedded controller");
+  controller.cells.push_back({"VersionString", std::to_string(*major) + "." + std::to_string(*minor)});
+  rows.push_back(std::move(controller));
+}
+
+// By its handle, what an array of memory is there for.
+using Uses = std::map<unsigned, uint64_t>;
+
+// Slots of video memory, flash chips and the like are in structures of the same kind.
+bool is_system_memory(const Structure& module, const Uses& uses) {
+  constexpr uint64_t kSystem = 3;
+  const auto array = module.number(0x04, 2);
+  const auto use = array ? uses.find(static_cast<unsigned>(*array)) : uses.end();
+  return use == uses.end() || use->second == kSystem;
+}
+
 }  // namespace
 
 Smbios decode_smbios(std::string_view table) {
-  enum : unsigned { kProcessorType = 4, kCacheType = 7, kSlotType = 9, kModuleType = 17 };
+  enum : unsigned {
+    kBios = 0,
+    kProcessorType = 4,
+    kCacheType = 7,
+    kSlotType = 9,
+    kArray = 16,
+    kModuleType = 17
+  };
   const std::vector<Structure> structures = structures_of(table);
   std::map<unsigned, Structure> caches;
+  Uses uses;
   for (const Structure& one : structures) {
     if (one.type() == kCacheType) caches.emplace(one.handle(), one);
+    const auto use = one.type() == kArray ? one.number(0x05, 1) : std::nullopt;
+    if (use) uses.emplace(one.handle(), *use);
   }
+  bool has_bios = false;
   Smbios found;
   size_t processors = 0;
   size_t modules = 0;
   for (const Structure& one : structures) {
     if (one.type() == kProcessorType) found.rows.push_back(processor_row(one, ++processors, caches));
     if (one.type() == kSlotType) found.slots.push_back(slot_of(one));
+    if (one.type() == kBios && !has_bios) {
+      add_bios(one, found.rows);
+      has_bios = true;
+    }
     if (one.type() != kModuleType) continue;
-    if (auto row = module_row(one, ++modules)) found.rows.push_back(std::move(*row));
+    auto row = module_row(one, ++modules);
+    if (row && is_system_memory(one, uses)) found.rows.push_back(std::move(*row));
   }
   return found;
 }

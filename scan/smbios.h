@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The SMBIOS table: processors with their caches, memory modules and slots. Structures may have the length of
-// any version; what one does not reach is not told.
+// The SMBIOS table: firmware, processors with their caches, memory modules and slots. Structures may have the
+// length of any version; what one does not reach is not told.
 #ifndef SCAN_SMBIOS_H
 #define SCAN_SMBIOS_H
 

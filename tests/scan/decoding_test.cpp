@@ -63,6 +63,11 @@ TEST(ScanSmbios, EndsWhereItIsDamaged) {
       {structure(4, 5) + whole, 2},  // shorter than any version has it
       {structure(9, 4) + whole, 1},
       {whole + "\xFF\xFF", 1},
+      {structure(0, 0x12) + whole, 2},                 // no room for an embedded controller
+      {structure(0, 0x18) + structure(0, 0x18), 2},    // the second one is not asked
+      {structure(16, 0x0F) + structure(17, 0x15), 1},  // of an array that is not there
+      {"\x10\x06\x11\x11\x03\x05\0\0"s + whole, 0},    // flash
+      {"\x10\x06\x11\x11\x03\x03\0\0"s + whole, 1},
   };
   for (const auto& one : cases) {
     EXPECT_EQ(decode_smbios(one.table).rows.size(), one.rows) << testing::PrintToString(one.table);
