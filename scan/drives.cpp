@@ -6,10 +6,15 @@
 #include <iterator>
 
 #include "db/tables.h"
+#include "scan/drive_answers.h"
 
 namespace zeldb::scan {
 
 namespace {
+
+// Revolutions per minute.
+constexpr uint64_t kSlowest = 0x401;
+constexpr uint64_t kFastest = 0xFFFE;
 
 // As AimDisks.DriveTypeId has them.
 constexpr const char* kSata = "1";
@@ -23,7 +28,20 @@ struct Drive {
   std::optional<uint64_t> bytes;
   std::optional<uint64_t> medium;  // 1: solid state; else revolutions per minute
   std::optional<Address> function;
+  std::optional<NvmeHealth> health{};
 };
+
+// What the drive itself tells of its state; what is not asked stays.
+void add_health(const Drive& drive, Row& row) {
+  constexpr uint64_t kTold = 31;  // as drives that tell all of it have
+  constexpr uint64_t kToleratedDegrees = 2;
+  const auto& health = drive.health;
+  row.cells.push_back({"Warning", health ? Value(uint64_t{health->warning}) : Value(Kept())});
+  row.cells.push_back(
+      {"Temperature", health ? Value(Near{health->celsius, kToleratedDegrees}) : Value(Kept())});
+  row.cells.push_back({"RemainLife", health ? Value(uint64_t{health->life_left}) : Value(Kept())});
+  row.cells.push_back({"InfoMask", health ? Value(kTold) : Value(Kept())});
+}
 
 Row row_of(const Drive& drive, const Functions* functions, bool has_all_blocks) {
   Row row{tables::kDisks, kDrives, drive.key, {"SerialNo", "Model"}, {}};
@@ -58,6 +76,7 @@ Row row_of(const Drive& drive, const Functions* functions, bool has_all_blocks) 
                                    : Value()},
       {"Presence", uint64_t{1}},
   };
+  add_health(drive, row);
   return row;
 }
 
@@ -79,7 +98,10 @@ std::optional<uint64_t> size_of_controller(const Machine& machine, const std::st
   return total;
 }
 
-void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives) {
+// The first trouble alone is told: who may not ask one drive may not ask others.
+void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives,
+              Findings& findings) {
+  bool is_told = false;
   const std::string folder = "sys/class/nvme/";
   for (const std::string& name : machine.names(folder)) {
     const std::string own = folder + name + "/";
@@ -97,6 +119,10 @@ void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, st
     const auto address = machine.text(own + "address");
     if (address) drive.function = address_of(*address);
     drive.key = drive.serial.value_or(address.value_or(name));
+    const NvmeAnswer answer = machine.is_running_system() ? ask_nvme(name) : NvmeAnswer();
+    drive.health = answer.health;
+    if (answer.trouble && !is_told) findings.troubles.push_back("health of drives: " + *answer.trouble);
+    is_told = is_told || answer.trouble;
     drives.push_back(std::move(drive));
   }
 }
@@ -113,8 +139,6 @@ std::optional<std::string> page_of(const Machine& machine, const std::string& pa
 
 std::optional<uint64_t> medium_of(const Machine& machine, const std::string& block) {
   constexpr uint64_t kSolidState = 1;
-  constexpr uint64_t kSlowest = 0x401;
-  constexpr uint64_t kFastest = 0xFFFE;
   if (machine.number("sys/block/" + block + "/queue/rotational") == uint64_t{0}) return kSolidState;
   const auto page = page_of(machine, "sys/block/" + block + "/device/vpd_pgb1");
   if (!page || page->size() < 2) return std::nullopt;
@@ -127,6 +151,23 @@ const char* type_of(const std::string& path, const std::optional<std::string>& v
   if (path.find("/ata") != std::string::npos) return kSata;
   if (path.find("/end_device-") == std::string::npos) return nullptr;
   return vendor == "ATA" ? kSata : kSas;
+}
+
+// A model that SCSI cut, and what sys does not tell.
+void complete(Drive& drive, const UdevAnswer& answer) {
+  if (answer.model) {
+    const Value model = text_value(*answer.model);
+    const auto* const text = std::get_if<std::string>(&model);
+    if (text != nullptr && text->size() > drive.model.value_or("").size()) drive.model = *text;
+  }
+  if (!drive.serial) drive.serial = answer.serial;
+  if (!drive.firmware) drive.firmware = answer.firmware;
+  if (!drive.unique_id) drive.unique_id = answer.unique_id;
+  uint64_t rate = 0;
+  if (drive.medium || !answer.rotation_rate) return;
+  const std::string& text = *answer.rotation_rate;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), rate);
+  if (read.ec == std::errc() && rate >= kSlowest && rate <= kFastest) drive.medium = rate;
 }
 
 void add_scsi(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives) {
@@ -150,6 +191,7 @@ void add_scsi(const Machine& machine, const std::vector<std::string>& blocks, st
                 .bytes = size_of(machine, block),
                 .medium = medium_of(machine, block),
                 .function = function_on_path(*path)};
+    if (machine.is_running_system()) complete(drive, ask_udev(block));
     drive.key = drive.serial.value_or(drive.unique_id.value_or(path->substr(path->rfind('/') + 1)));
     drives.push_back(std::move(drive));
   }
@@ -177,7 +219,7 @@ void read_drives(const Machine& machine, const Functions* functions, Findings& f
   }
   const bool has_all_blocks = !blocks_trouble;
   std::vector<Drive> drives;
-  add_nvme(machine, blocks, drives);
+  add_nvme(machine, blocks, drives, findings);
   add_scsi(machine, blocks, drives);
   std::set<std::string> keys;
   for (Drive& drive : drives) {

@@ -25,8 +25,13 @@ struct Kept {};
 struct Withdrawn {
   uint64_t number;
 };
+// Of what is never still: a number as near as that to the one that stands is no change.
+struct Near {
+  uint64_t number;
+  uint64_t tolerance;
+};
 // monostate: NULL.
-using Value = std::variant<std::monostate, Kept, Withdrawn, uint64_t, std::string>;
+using Value = std::variant<std::monostate, Kept, Withdrawn, Near, uint64_t, std::string>;
 
 struct Cell {
   const char* column;

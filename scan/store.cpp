@@ -40,6 +40,9 @@ Stored stored_at(const zeldb::Row& row, int column) {
 bool holds(const Stored& stored, const Value& value) {
   if (std::holds_alternative<Kept>(value)) return true;
   if (const auto* const gone = std::get_if<Withdrawn>(&value)) return stored.number != gone->number;
+  if (const auto* const near = std::get_if<Near>(&value))
+    return stored.number &&
+           std::max(*stored.number, near->number) - std::min(*stored.number, near->number) <= near->tolerance;
   if (std::holds_alternative<std::monostate>(value)) return stored.is_null;
   if (const auto* const number = std::get_if<uint64_t>(&value)) return stored.number == *number;
   return !stored.is_null && stored.text == std::get<std::string>(value);
@@ -47,6 +50,7 @@ bool holds(const Stored& stored, const Value& value) {
 
 std::string shown(const Value& value) {
   if (std::holds_alternative<Withdrawn>(value)) return "0";
+  if (const auto* const near = std::get_if<Near>(&value)) return std::to_string(near->number);
   if (const auto* const number = std::get_if<uint64_t>(&value)) return std::to_string(*number);
   if (const auto* const text = std::get_if<std::string>(&value)) return *text;
   return "-";
@@ -66,6 +70,8 @@ void put(ContentValues& values, const Cell& cell) {
     values.put_text(cell.column, text->c_str());
   else if (std::holds_alternative<Withdrawn>(cell.value))
     values.put_uint64(cell.column, 0);
+  else if (const auto* const near = std::get_if<Near>(&cell.value))
+    values.put_uint64(cell.column, near->number);
   else
     values.put_null(cell.column);
 }

@@ -12,6 +12,7 @@
 #include "cli/command.h"
 #include "cli/library.h"
 #include "cli/output.h"
+#include "scan/drive_answers.h"
 #include "scan/store.h"
 
 namespace zeldb::cli {
@@ -98,8 +99,18 @@ void setup_scan(CLI::App& app) {
       "read is told on standard error, keeps what an earlier scan has found of it, and makes the exit status "
       "1. "
       "Rows that others have written are never touched.";
-  if (!scan::can_read_functions())
-    footer += "\n\nThis build has no libpci: PCI functions and their network ports are left out.";
+  const struct {
+    bool is_here;
+    const char* library;
+    const char* without;
+  } libraries[] = {
+      {scan::can_read_functions(), "libpci", "PCI functions and their network ports are left out"},
+      {scan::can_ask_udev(), "libudev", "of drives, what only udev knows is left out"},
+      {scan::can_ask_nvme(), "libnvme", "the health of NVMe drives is left out"},
+  };
+  for (const auto& [is_here, library, without] : libraries) {
+    if (!is_here) footer += std::string("\n\nThis build has no ") + library + ": " + without + ".";
+  }
   set_action(
       app, [options] { run(*options); }, footer);
 }

@@ -18,7 +18,7 @@ EXTERNALSRC_BUILD = "${WORKDIR}/build"
 # Without the stand-ins, ZELDB_PLATFORM_LIBRARIES names the controller's own libraries (docs/platform.md), and DEPENDS the
 # recipes that they come from.
 PACKAGECONFIG ??= "standin"
-PACKAGECONFIG[standin] = "-DZELDB_PLATFORM=standin,-DZELDB_PLATFORM=external -DZELDB_PLATFORM_LIBRARIES='${ZELDB_PLATFORM_LIBRARIES}',mariadb pciutils sqlite3"
+PACKAGECONFIG[standin] = "-DZELDB_PLATFORM=standin,-DZELDB_PLATFORM=external -DZELDB_PLATFORM_LIBRARIES='${ZELDB_PLATFORM_LIBRARIES}',libnvme mariadb pciutils sqlite3 udev"
 ZELDB_PLATFORM_LIBRARIES ??= ""
 
 # The manual would need the built programs to run on the build machine.

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "scan/drive_answers.h"
 #include "scan/drives.h"
 #include "scan/pci_functions.h"
 #include "scan/rows.h"
@@ -100,6 +101,21 @@ TEST(ScanDrives, WriteCapacitiesInDecimalUnits) {
   EXPECT_EQ(zeldb::scan::capacity_text(960'197'124'096), "960GB");
   EXPECT_EQ(zeldb::scan::capacity_text(1'000'204'886'016), "1000GB");
   EXPECT_EQ(zeldb::scan::capacity_text(3'840'755'982'336), "3.84TB");
+}
+
+TEST(ScanDrives, TellTheirHealthWhole) {
+  std::string page(512, '\0');
+  page.replace(0, 6, "\x04\x39\x01\x64\x0A\x03");  // 313 kelvin; 3 percent are used
+  const auto health = zeldb::scan::decode_nvme_health(page);
+  ASSERT_TRUE(health);
+  EXPECT_EQ(health->warning, 4U);
+  EXPECT_EQ(health->celsius, 40U);
+  EXPECT_EQ(health->life_left, 97U);
+  page[5] = '\xFF';
+  EXPECT_EQ(zeldb::scan::decode_nvme_health(page)->life_left, 0U);
+  EXPECT_FALSE(zeldb::scan::decode_nvme_health(page.substr(1)));
+  EXPECT_FALSE(zeldb::scan::decode_nvme_health(std::string(512, '\0')));
+  EXPECT_EQ(zeldb::scan::without_escapes("\\x41 \\x4g\\x2"), "A \\x4g\\x2");
 }
 
 TEST(ScanPci, AddressesAreReadWhole) {
