@@ -2,7 +2,7 @@
 # What `cmake --install` puts where, but for what man/ makes. What is installed finds its parts from where it stands,
 # so that the whole may be moved.
 include(CMakePackageConfigHelpers)
-set(ZELDB_SYSTEMD_UNIT_DIR lib/systemd/system CACHE STRING "Where the unit of the parser is installed")
+set(ZELDB_SYSTEMD_UNIT_DIR lib/systemd/system CACHE STRING "Where units are installed")
 
 set(libraries zeldb)
 set(modules zeldb)
@@ -47,6 +47,11 @@ install(DIRECTORY contrib/prometheus DESTINATION ${CMAKE_INSTALL_DOCDIR}/contrib
 install(CODE "
   set(bindir \"${CMAKE_INSTALL_BINDIR}\")
   cmake_path(ABSOLUTE_PATH bindir BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
-  configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/contrib/systemd/ucm-parser.service.in\"
-                 \"${made}/ucm-parser.service\" @ONLY)")
+  foreach(unit ucm-parser zeldb-scan)
+    configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/contrib/systemd/\${unit}.service.in\"
+                   \"${made}/\${unit}.service\" @ONLY)
+  endforeach()")
 install(FILES ${made}/ucm-parser.service DESTINATION ${ZELDB_SYSTEMD_UNIT_DIR})
+if(TARGET zeldb_scan)
+  install(FILES ${made}/zeldb-scan.service contrib/systemd/zeldb-scan.timer DESTINATION ${ZELDB_SYSTEMD_UNIT_DIR})
+endif()

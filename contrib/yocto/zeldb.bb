@@ -30,7 +30,7 @@ EXTRA_OECMAKE = "\
     -DZELDB_SYSTEMD_UNIT_DIR=${systemd_system_unitdir} \
 "
 
-SYSTEMD_SERVICE:${PN} = "ucm-parser.service"
+SYSTEMD_SERVICE:${PN} = "ucm-parser.service zeldb-scan.timer"
 SYSTEMD_AUTO_ENABLE = "disable"
 
 # Whose the inventory is; members of the group may read it.
