@@ -269,8 +269,12 @@ class Places {
 };
 
 // As the readers tell functions apart; what else there is has no number.
+enum : unsigned { kEthernetType = 2, kFibreChannelType = 3, kGpuType = 4, kAcceleratorType = 16 };
+bool holds_gpu(const Value& type) {
+  const auto* const number = std::get_if<uint64_t>(&type);
+  return number != nullptr && *number == kGpuType;
+}
 Value function_type(const pci_dev& device, const Placement& placement) {
-  enum : unsigned { kEthernetType = 2, kFibreChannelType = 3, kGpuType = 4, kAcceleratorType = 16 };
   const bool is_card = placement.location != 0;
   switch (device.device_class) {
     case 0x0200:
@@ -375,6 +379,32 @@ Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_de
   };
   if (const auto* const type = std::get_if<uint64_t>(&place.type); type != nullptr && place.location != 0)
     row.cells[row.cells.size() - 2].value = std::to_string(*type);
+  return row;
+}
+
+Row packaging_row(const Machine& machine, bool is_dump, pci_dev* device, const Function& function) {
+  const char* const package = function.placement.location == 0 ? "32768" : "9";  // on the board, a card
+  Row row{tables::kPackaging, kPci, text_of(address_of_device(*device)), {"PCIFuncKey"}, {}};
+  row.cells = {
+      {"PCIFuncKey", uint64_t{function.key}},
+      {"MaxDataWidth", value_of(link_of(machine, is_dump, device).most_lanes)},
+      {"PackageType", std::string(package)},
+  };
+  return row;
+}
+
+// What some drivers tell of the memory of their cards.
+Row gpu_row(const Machine& machine, bool is_dump, const Address& address, const Function& function) {
+  constexpr uint64_t kGibibyte = 1U << 30U;
+  const auto bytes = is_dump ? std::nullopt : machine.number(folder_of(address) + "mem_info_vram_total");
+  const uint64_t size = bytes.value_or(0) / kGibibyte + (bytes.value_or(0) % kGibibyte) * 2 / kGibibyte;
+  Row row{tables::kGpus, kPci, text_of(address), {"PCIFuncKey"}, {}};
+  row.cells = {
+      {"PCIFuncKey", uint64_t{function.key}},
+      {"VideoMemorySize", is_dump     ? Value(Kept())
+                          : size != 0 ? Value(std::to_string(size) + " GB")
+                                      : Value()},
+  };
   return row;
 }
 
@@ -493,8 +523,12 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
     }
     const Function& function = functions.emplace(address, Function{key, placement}).first->second;
     findings.rows.push_back(function_row(machine, is_dump, device, function, places.bridge_above(address)));
-    if (base_class(*device) != kBridge)
+    if (base_class(*device) != kBridge) {
       findings.rows.push_back(adapter_row(machine, access.access, is_dump, device, function));
+      findings.rows.push_back(packaging_row(machine, is_dump, device, function));
+    }
+    if (holds_gpu(function_type(*device, placement)))
+      findings.rows.push_back(gpu_row(machine, is_dump, address, function));
     if (!is_dump) add_vpd(machine, address, function, findings);
   }
   tell_left_out("have the key of one in a lower domain", twins, findings);

@@ -5,14 +5,17 @@
 // golden/NAME.txt is a transcript; ZELDB_UPDATE_GOLDEN=1 writes it anew.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tests/cli/sample.h"
+#include "tests/support/run_program.h"
 
 namespace zeldb_test {
 namespace {
@@ -60,6 +63,7 @@ const std::vector<std::string> kCommands = {
     "functions --output "
     "FunKey,SlotDesignation,SlotType,BridgeId,NodeIndex,FunType,LanesInUse,MaxLanes,PCIeType,"
     "MaxPCIeType",
+    "functions --packaging",
     "slots --wide",
     "processors --wide",
     "processors --output "
@@ -103,7 +107,7 @@ class Scan : public DatabaseTest {
     std::string text;
     for (const char* table :
          {"ScannedRows", "PCIs", "PCIAdapter", "PCINetwork", "PCILogicalPort", "PCIPhysicalPort",
-          "PCIPhysicalPortStat", "VPDs", "Processor", "Memory", "AimDisks", "Firmwares"})
+          "PCIPhysicalPortStat", "VPDs", "Processor", "Memory", "AimDisks", "Firmwares", "PCIMisc", "PCIGPU"})
       text += std::string(table) + ": " +
               database.text(std::string("SELECT * FROM ") + table + " ORDER BY _id") + "\n";
     return text;
@@ -157,6 +161,7 @@ TEST_P(Scan, TouchesItsOwnRowsAlone) {
   EXPECT_EQ(database.text("SELECT count(*) FROM AimDisks WHERE SerialNo='S1NVME'"), "1");
   EXPECT_EQ(database.text("SELECT FirmwareName, Classification, VersionString, ReleaseDate FROM Firmwares"),
             "System BIOS,11,V1,2024-05-06;Embedded controller,10,5.3,NULL");
+  EXPECT_EQ(database.text("SELECT VideoMemorySize FROM PCIGPU"), "16 GB");
   // A merge takes an adapter over; another service notes its health.
   database.run("UPDATE PCIAdapter SET AIMSupported=3, CardName='Mine' WHERE BusNo=2");
   database.run("UPDATE AimDisks SET Temperature=41, InfoMask=3 WHERE SerialNo='WD-S1234'");
@@ -259,6 +264,35 @@ TEST_P(Scan, IsWholeOrNothing) {
   EXPECT_NE(database.text("SELECT count(*) FROM Processor"), "0");
 }
 
+TEST_P(Scan, MayBeKilledAtAnyMoment) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  unpack("server", root());
+  const std::string trace = database.folder() + "/trace";
+  const std::string count = "SELECT count(*) FROM ScannedRows";
+  std::set<std::string> left;
+  int kills = 0;
+  // At the end of a call of the table access, and of one further on each time.
+  for (int nth = 1; nth < 1000; nth += 9) {
+    const std::string kill = "--inject=write:signal=SIGKILL:when=" + std::to_string(nth);
+    const Outcome outcome = run_program({.argv = {"strace", "-qq", "-o", "/dev/null", "-P", trace, kill,
+                                                  ZELDB_COMMAND, "scan", "--root", root().string()},
+                                         .env = {"ZEL_DB_TRACE=" + trace, "VREL_LOG=/dev/null"}});
+    if (outcome.signal != SIGKILL) {
+      if (outcome.err.find("zeldb: ") == std::string::npos)
+        GTEST_SKIP() << "no strace that may trace: " << outcome.err;
+      break;
+    }
+    ++kills;
+    left.insert(database.text(count));
+  }
+  EXPECT_GT(kills, 5);
+  EXPECT_EQ(scan().out, "");
+  EXPECT_NE(database.text("SELECT count(*) FROM Processor"), "0");
+  left.erase("0");
+  left.erase(database.text(count));  // killed behind its last write
+  EXPECT_TRUE(left.empty()) << testing::PrintToString(left);
+}
+
 TEST_P(Scan, TakesADumpAndTheSourcesThatAreAskedFor) {
   if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
   unpack("server", root());
@@ -272,7 +306,8 @@ TEST_P(Scan, TakesADumpAndTheSourcesThatAreAskedFor) {
   EXPECT_EQ(outcome.out,
             "{\"format_version\":1,\"rows\":[\n"
             "{\"Change\":\"added\",\"Table\":\"PCIs\",\"Key\":\"0003:05:00.1\",\"Detail\":null},\n"
-            "{\"Change\":\"added\",\"Table\":\"PCIAdapter\",\"Key\":\"0003:05:00.1\",\"Detail\":null}\n]}\n");
+            "{\"Change\":\"added\",\"Table\":\"PCIAdapter\",\"Key\":\"0003:05:00.1\",\"Detail\":null},\n"
+            "{\"Change\":\"added\",\"Table\":\"PCIMisc\",\"Key\":\"0003:05:00.1\",\"Detail\":null}\n]}\n");
   EXPECT_EQ(database.text("SELECT SegNo, FunKey, DeviceId, SubDeviceId, SlotNo, LanesInUse FROM PCIs"),
             "3,327681,28673,153,NULL,NULL");
   std::ofstream(dump_file) << "no dump\n00: zz\n";
