@@ -19,7 +19,7 @@ void show_answer(const std::string& command, int trouble, const std::function<vo
   } catch (const std::exception& error) {
     throw Failure(command + ": " + error.what(), trouble);
   }
-  // The reason is told at the end of the program, as for every command.
+  // The program reports the reason at its end, as for every command.
   const bool is_lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
   if (is_lost && errno != EPIPE) throw Failure("", trouble);
 }

@@ -7,8 +7,8 @@
 
 namespace zeldb::cli {
 
-// For a command whose exit status is an answer. Whatever goes wrong, the loss of what it prints as well, ends
-// with the status for that, which is none of the answers. A Failure with status 0 is passed on.
+// For a command whose exit status is an answer. Any failure, also the loss of its output, gives a status that
+// is none of the answers. A Failure with status 0 is passed on.
 void show_answer(const std::string& command, int trouble, const std::function<void()>& show);
 
 }  // namespace zeldb::cli

@@ -34,7 +34,7 @@ bool is_option(const std::string& word) {
   return word.starts_with("-") && word != "-";
 }
 
-// For the first option that the command does not know.
+// A suggestion for the first option that the command does not know.
 std::string suggestion(const CLI::App& command) {
   std::vector<std::string> known;
   for (const CLI::Option* option : command.get_options()) {
@@ -45,7 +45,7 @@ std::string suggestion(const CLI::App& command) {
   return wrong != extra.end() ? did_you_mean(wrong->substr(0, wrong->find('=')), known) : "";
 }
 
-// One line, unlike the library's own report, and with the command that it is about.
+// Reports a usage error in one line that names the command; the report of the parser's library has several.
 int complain_of_usage(const CLI::App& app, const std::string& error) {
   const auto chosen = app.get_subcommands();
   if (!chosen.empty()) {
@@ -62,7 +62,7 @@ int complain_of_usage(const CLI::App& app, const std::string& error) {
   return complain(kUsage, why + " (try zeldb --help)");
 }
 
-// Without what is said elsewhere: which options exclude each other.
+// Leaves out which options exclude each other, which is said elsewhere.
 class Help : public CLI::Formatter {
  public:
   std::string make_option_opts(const CLI::Option* option) const override {
@@ -79,7 +79,7 @@ constexpr struct {
 } kEarly[] = {{"--from", true}, {"--output", true}, {"--sort", true},  {"--json", false},
               {"--raw", false}, {"--wide", false},  {"--mask", false}, {"--no-headings", false}};
 
-// In the order that the parser wants: from the last to the first.
+// The words in the order that the parser wants: from the last to the first.
 std::vector<std::string> in_order(int argc, char** argv) {
   std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
   auto command = words.begin();
@@ -119,7 +119,7 @@ int parse_and_run(int argc, char** argv) {
   }
 }
 
-// A reader that went away has had enough; any other loss of output is a failure.
+// A reader that has closed the pipe is no failure; any other loss of output is one.
 int flush_output() {
   errno = 0;
   const bool flushed = std::fflush(stdout) == 0;
@@ -134,7 +134,7 @@ int flush_output() {
 }  // namespace
 
 int run(int argc, char** argv) {
-  // A write that fails for these reasons is told like any other.
+  // A failed write is reported; it does not end the process by a signal.
   for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
   std::setlocale(LC_CTYPE, "");  // which characters a table may have; nothing is translated
   int status = kFailed;

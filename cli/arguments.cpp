@@ -16,7 +16,7 @@ namespace {
 template <typename Value>
 bool parse(std::string_view text, Value& number, int base = 10) {
   const char* const end = text.data() + text.size();
-  if (text.starts_with('-')) return false;  // what is counted here has no sign
+  if (text.starts_with('-')) return false;  // none of these numbers has a sign
   const auto [stop, error] = std::from_chars(text.data(), end, number, base);
   return error == std::errc() && stop == end;
 }
@@ -39,7 +39,7 @@ bool parse_hex_pair(std::string_view text, HexPair& pair) {
          parse(text.substr(colon + 1), pair.second, 16) && pair.first >= 0 && pair.second >= 0;
 }
 
-// wanted: a text that cannot be parsed is reported as not being this.
+// wanted names the expected value in the report of a text that cannot be parsed.
 template <typename Value, typename Parse>
 CLI::Option* add_parsed(CLI::App& app, const std::string& name, std::optional<Value>& value, Parse parse_text,
                         const char* wanted, const std::string& help) {

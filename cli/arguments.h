@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What commands take on the command line. Targets have to live until the command has run. Names that begin
-// with "--" are options, others stand for themselves.
+// Options and arguments of commands. Targets have to live until the command has run. Names that begin with
+// "--" are options, others are arguments.
 #ifndef CLI_ARGUMENTS_H
 #define CLI_ARGUMENTS_H
 
@@ -27,7 +27,7 @@ struct Place {
   int number;
 };
 
-// type: what the help text calls the value; nothing where the name says it.
+// type is the name of the value in the help text; empty if the name says it.
 CLI::Option* add_flag(CLI::App& app, const std::string& name, bool& value, const std::string& help);
 CLI::Option* add_text(CLI::App& app, const std::string& name, std::string& value, const std::string& type,
                       const std::string& help);
@@ -47,9 +47,9 @@ CLI::Option* add_hex_pair(CLI::App& app, const std::string& name, std::optional<
                           const std::string& type, const std::string& help);
 
 void require(CLI::Option* option);
-// The first one makes no sense without the second one.
+// The first option needs the second one.
 void need(CLI::Option* option, CLI::Option* other);
-// What the command does, and what stands below its help text.
+// The function that the command runs, and a text below its help.
 void set_action(CLI::App& app, std::function<void()> action, const std::string& footer = {});
 
 // At most one of them may be given.
@@ -57,7 +57,7 @@ void exclude_each_other(const std::vector<CLI::Option*>& options);
 
 std::string key_text(uint32_t key);
 std::string place_text(const Place& place);
-// Nothing for a text that is no place.
+// Nothing if the text is no place.
 std::optional<Place> place_of(const std::string& text);
 
 }  // namespace zeldb::cli

@@ -26,7 +26,7 @@ AtSignal* AtSignal::last_ = nullptr;
 
 void AtSignal::watch() {
   const SignalsBlocked blocked;
-  // What the caller of the process ignores, as nohup does, stays ignored.
+  // A signal that the caller ignores, as nohup does, stays ignored.
   for (const int signal : kEnding) {
     if (std::signal(signal, end) == SIG_IGN) std::signal(signal, SIG_IGN);
   }
@@ -34,7 +34,7 @@ void AtSignal::watch() {
   last_ = this;
 }
 
-// In whatever order they go.
+// They may be destroyed in any order.
 void AtSignal::unwatch() {
   const SignalsBlocked blocked;
   AtSignal** place = &last_;

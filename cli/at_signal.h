@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What has to be undone when a signal ends the process: files to be removed, the echo of a terminal.
+// Undoes changes when a signal ends the process: removes files, turns the echo of a terminal on again.
 #ifndef CLI_AT_SIGNAL_H
 #define CLI_AT_SIGNAL_H
 
@@ -10,7 +10,7 @@
 
 namespace zeldb::cli {
 
-// Signals that end the process do so as soon as this goes.
+// Delays signals that end the process until its destructor.
 class SignalsBlocked {
  public:
   SignalsBlocked();
@@ -30,11 +30,11 @@ class AtSignal {
 
  protected:
   AtSignal() = default;
-  // A class is watched over from the end of its constructor to the beginning of its destructor: a signal may
-  // come at any time.
+  // Called at the end of the constructor and at the beginning of the destructor, because a signal may come at
+  // any time.
   void watch();
   void unwatch();
-  // Runs in a signal handler: calls nothing but what may be called there.
+  // Runs in a signal handler and calls only async-signal-safe functions.
   virtual void undo() const noexcept = 0;
 
  private:
@@ -43,8 +43,8 @@ class AtSignal {
   AtSignal* previous_ = nullptr;
 };
 
-// Removes files and folders, in this order, when it goes or when a signal ends the process. Those that are
-// not there do not matter.
+// Removes files and folders, in this order, in its destructor or when a signal ends the process. Missing ones
+// are ignored.
 class Removal final : AtSignal {
  public:
   explicit Removal(std::vector<std::string> paths) : paths_(std::move(paths)) { watch(); }

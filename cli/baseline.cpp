@@ -37,7 +37,7 @@ Json json_of(const Part& part) {
   return json;
 }
 
-// What a part needs not, and what a later version of this format adds, may be missing.
+// Keys that a part need not have may be missing, as may keys that a later version adds.
 Part part_of(const Json& json) {
   Part part;
   for (const auto& [key, text] : kTexts) {

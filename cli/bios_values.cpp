@@ -39,7 +39,7 @@ void ask(const unsigned char* id, int selector, unsigned char (&value)[N]) {
 
 bool complete_values(std::vector<PCISetting_info>& settings) {
   if (std::ranges::none_of(settings, lacks_one)) return true;
-  // Secrets may be among the answers: they do not get into the traces.
+  // The answers may hold secrets, which must not get into the traces.
   for (const char* trace : {"ZEL_PLATFORM_TRACE", "CMR_CALL_LOG"}) unsetenv(trace);
   const bool is_there = cmr_api_initialize() == 0;
   if (is_there) {

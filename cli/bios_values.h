@@ -8,8 +8,8 @@
 
 namespace zeldb::cli {
 
-// Asks the BIOS-configuration service for the values that the inventory lacks: a lite run of the parser
-// empties them. False, and a warning, when the service cannot be asked and a setting has no value at all.
+// Gets the values that the inventory lacks from the BIOS-configuration service: a lite run of the parser
+// empties them. False, and a warning, if the service does not answer and a setting has no value.
 bool complete_values(std::vector<PCISetting_info>& settings);
 
 }  // namespace zeldb::cli

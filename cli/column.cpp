@@ -12,14 +12,14 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "numbers are widened as their low bytes");
 
-// As sensors and adapters report it.
+// The codes that sensors and adapters report.
 constexpr struct {
   uint64_t health;
   const char* text;
 } kHealth[] = {{0, "Unknown"},  {1, "Other"},   {2, "OK"},   {3, "Degraded"},
                {4, "Stressed"}, {5, "Failing"}, {6, "Error"}};
 
-// These, and the words of the library for persistent memory.
+// The words above, and those of the library for persistent memory.
 constexpr struct {
   const char* text;
   Tone tone;

@@ -74,7 +74,7 @@ constexpr Column minor(Column column) {
   column.is_minor = true;
   return column;
 }
-// A text column holds such digits already, or nothing.
+// A text column already holds the digits, or is empty.
 constexpr Column hex(Column column, uint8_t digits = 0) {
   if (column.type != Type::Text) column.type = Type::Hex;
   if (digits != 0) column.digits = digits;
@@ -99,7 +99,7 @@ constexpr Column kMachineColumn = {.key = kMachineKey,
                                    .size = 0,
                                    .offset = 0};
 
-// An empty text is nothing.
+// An empty text is monostate.
 using Value = std::variant<std::monostate, uint64_t, int64_t, std::string>;
 using Row = std::vector<Value>;
 
@@ -112,7 +112,7 @@ constexpr bool is_text(Type type) {
 // "text", "number", "key of 8 digits", ... for help texts.
 std::string type_name(const Column& column);
 
-// Health in words, as far as they are known: the number otherwise.
+// Health in words; the number if it has none.
 std::string health_text(uint64_t health);
 enum class Tone : uint8_t { None, Good, Warning, Bad };
 Tone tone_of(const std::string& health);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a command is. Each has a file of its own in commands/, which defines one setup function, and a line in
-// commands.def; the rest of the program knows no command by name.
+// Each command has a file in commands/, which defines one setup function, and a line in commands.def. The
+// rest of the program knows no command by name.
 #ifndef CLI_COMMAND_H
 #define CLI_COMMAND_H
 
@@ -36,7 +36,7 @@ struct Command {
   // Adds the command's options and its callback. The callback writes data to standard output, nothing else,
   // and throws Failure or WrongUse.
   void (*setup)(CLI::App& app);
-  const char* group;  // under which the help text lists it
+  const char* group;  // the heading in the help text
 };
 
 // In the order of the help text.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Devices whose firmware is told and updated by PLDM.
+// Devices whose firmware PLDM reports and updates.
 #ifndef CLI_COMPONENTS_H
 #define CLI_COMPONENTS_H
 

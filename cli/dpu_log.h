@@ -8,7 +8,7 @@
 
 namespace zeldb::cli {
 
-// Of the DPU in a slot; none where there is no DPU, or nothing at all.
+// The events of the DPU in a slot; none if there is no DPU.
 std::vector<_ZELDB_DpuLog> read_dpu_log(int slot);
 
 }  // namespace zeldb::cli

@@ -28,7 +28,7 @@ namespace {
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
-// Neither waits for whoever should write to a pipe nor reads from a device.
+// Refuses pipes and devices: opening a pipe would wait for a writer.
 File open_regular(const std::string& path) {
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (fd < 0) fail(path);

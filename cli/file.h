@@ -16,13 +16,13 @@
 
 namespace zeldb::cli {
 
-// Of a regular file, as much as limit allows.
+// The first limit bytes of a regular file.
 std::string read_file(const std::string& path, size_t limit = SIZE_MAX);
 void write_file(const std::string& path, std::string_view content);
-// One that is gone when the process ends: nobody waits until it is on the disk.
+// Writes a temporary file, without waiting for the disk.
 void write_temporary(const std::string& path, std::string_view content);
 
-// As a path: standard input, or standard output.
+// The path that means standard input or standard output.
 constexpr const char* kStandard = "-";
 // The same as read_file, also of standard input, which may be a pipe.
 std::string read_input(const std::string& path, size_t limit);
@@ -35,7 +35,7 @@ class NewFile {
  public:
   NewFile(const std::string& path, IfExists if_exists);
 
-  // What to write to; empty at first.
+  // The file to write to; empty at first.
   const std::string& temporary_path() const { return temporary_; }
   // Gives the file its name.
   void commit();
@@ -46,7 +46,8 @@ class NewFile {
   std::optional<Removal> removal_;
 };
 
-// Writes what make returns to a file, which is refused before anything is made, or to standard output.
+// Writes the result of make to a file or to standard output. A file that cannot be written is refused before
+// make is called.
 void write_output(const std::string& path, IfExists if_exists, const std::function<std::string()>& make);
 
 // The file of a SQLite database, and those that SQLite keeps beside it for a while.

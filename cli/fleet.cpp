@@ -72,10 +72,10 @@ std::string reply_of(const Machine& machine, const SnapshotFolder& folder,
     if (size < 0) _exit(1);
     sent += static_cast<size_t>(size);
   }
-  _exit(0);  // nothing of the process that this one is a copy of is undone
+  _exit(0);  // without the destructors of the parent, whose copy this process is
 }
 
-// A line on a terminal that tells how far it is, from the first second on.
+// Shows the progress in a line on a terminal, after the first second.
 class Progress {
  public:
   explicit Progress(size_t whole) : whole_(whole), is_shown_(isatty(STDERR_FILENO) != 0) {}
@@ -103,7 +103,7 @@ class Progress {
   std::chrono::steady_clock::time_point next_ = std::chrono::steady_clock::now() + std::chrono::seconds(1);
 };
 
-// The processes that are asked. None outlives this one, or its folder would.
+// The processes that read the machines. They end with this one; otherwise their folder would stay.
 class Crew final : AtSignal {
  public:
   explicit Crew(size_t size) : folders_(size), members_(size) {
@@ -137,7 +137,7 @@ class Crew final : AtSignal {
     return true;
   }
 
-  // Waits for a while for what they say. Calls done(machine, reply) for those that have said all.
+  // Waits a while for their output. Calls done(machine, reply) for each that has ended.
   template <typename Done>
   void listen(Done done) {
     std::vector<pollfd> pipes;
@@ -214,7 +214,7 @@ size_t ask_each(const std::vector<Machine>& machines, const std::function<std::s
   const size_t processors = std::clamp<size_t>(std::thread::hardware_concurrency(), 1, kMost);
   Crew crew(std::min(processors, machines.size()));
   Progress progress(machines.size());
-  std::map<size_t, std::string> replies;  // that came before their turn
+  std::map<size_t, std::string> replies;  // those that came before their turn
   size_t failed = 0;
   size_t started = 0;
   for (size_t turn = 0; turn < machines.size();) {

@@ -21,9 +21,9 @@ bool are_many(const std::vector<std::string>& files);
 // A folder stands for all files in it but hidden ones, in the order of their names.
 std::vector<Machine> machines_of(const std::vector<std::string>& files);
 
-// Asks each machine in a process of its own, since the library opens one inventory per process: several at a
-// time, but takes the answers in the order of the machines. Of a machine that cannot be read there is a line
-// on standard error instead; how many they are is returned. Shows its progress on a terminal.
+// Reads each machine in a process of its own, because the library opens one inventory per process. Several
+// run at a time; the answers come in the order of the machines. A machine that cannot be read gives a line on
+// standard error; their number is returned. Shows the progress on a terminal.
 size_t ask_each(const std::vector<Machine>& machines, const std::function<std::string()>& ask,
                 const std::function<void(const Machine& machine, std::string_view answer)>& take);
 

@@ -113,8 +113,8 @@ Products gpu_products() {
   return products;
 }
 
-// GPUs come first: the property store, which alone has their data, is given up after a number of failures,
-// and a few cards or components without any are enough for these.
+// GPUs are asked for first: only the property store has their data, and the library gives it up after a
+// number of failures, which a few cards or components without data cause.
 const Products& products_of_gpus() {
   static const Products products = gpu_products();
   return products;

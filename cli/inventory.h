@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What more than one command reads.
+// Reads that several commands share.
 #ifndef CLI_INVENTORY_H
 #define CLI_INVENTORY_H
 
@@ -29,14 +29,14 @@ std::vector<uint32_t> function_keys(std::string condition = "1=1");
 std::vector<uint32_t> functions_of_adapter(uint32_t adapter);
 std::vector<uint32_t> functions_in_slot(const Place& slot);
 
-// One that was asked for: throws when it is not there. A listing leaves out a function that is gone by the
-// time that it is read.
+// A function that the user asked for: throws if it is not there. A listing uses find_function, because a
+// function may be removed before it is read.
 _ZELDB_PCI_Generic_Info read_function(uint32_t key);
 std::optional<_ZELDB_PCI_Generic_Info> find_function(uint32_t key);
 // Throws unless a function or an adapter is in the slot.
 void require_slot(const Place& slot);
 
-// Asks for those that later calls may no longer get. find_product does it by itself, the first time.
+// Reads the products that later calls may no longer get. find_product calls it the first time.
 void prepare_products();
 // Nothing where there is none.
 std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function);

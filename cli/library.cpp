@@ -14,7 +14,7 @@ namespace zeldb::cli {
 
 namespace {
 
-// What is wrong with the databases themselves, or empty.
+// The fault of the databases in one line; empty if there is none.
 std::string what_is_wrong() {
 #ifdef ZELDB_CLI_ADMIN
   char line[1024] = "";
@@ -70,7 +70,7 @@ void fail_not_found(const std::string& what) {
 }
 
 void require_inventory(const std::string& what) {
-  // Looks at the handle before it looks at its argument, and asks the database nothing.
+  // The function checks the handle before its argument and does not query the database.
   if (zeldb_get_processor_list(nullptr) == ZELDB_NO_HANDLE) check(ZELDB_NO_HANDLE, what);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How the library's functions are called: statuses become failures, lists become vectors.
+// Calls of the library's functions: statuses become failures, lists become vectors.
 #ifndef CLI_LIBRARY_H
 #define CLI_LIBRARY_H
 
@@ -18,16 +18,16 @@ namespace zeldb::cli {
 // Throws the Failure "what: why" unless the status is 0.
 void check(int status, const std::string& what);
 
-// Whether a status says that there is no such thing, or not any more.
+// Whether a status means that the object does not exist, or no longer.
 bool is_absence(int status);
-// False when it is not there; throws what check throws for any other status but 0.
+// False if the object is not there; otherwise as check.
 bool check_found(int status, const std::string& what);
-// One that was asked for by name.
+// For an object that the user named.
 [[noreturn]] void fail_not_found(const std::string& what);
 
-// Throws if the inventory database cannot be reached: for functions that do not say so.
+// Throws if the inventory database cannot be reached, for functions that do not report it.
 void require_inventory(const std::string& what);
-// The same of the property store.
+// The same for the property store.
 void require_properties(const std::string& what);
 
 // A list that a function of the library fills. Statuses that mean "nothing there" are given in nothing.

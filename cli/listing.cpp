@@ -25,7 +25,7 @@ struct Listing::State {
     size_t view;
     CLI::Option* option;
   };
-  std::vector<Choice> choices;  // of another view than the first
+  std::vector<Choice> choices;  // options that choose a view other than the first
   size_t first = 0;
   bool as_json = false;
   bool as_raw = false;
@@ -94,7 +94,7 @@ size_t column_at(const View& view, const std::string& option, const std::string&
   throw WrongUse(option + ": " + key + ": no such column" + did_you_mean(key, known));
 }
 
-// The places of the columns to be shown.
+// The indices of the columns to be shown.
 std::vector<size_t> chosen_columns(const Listing::State& state, const View& view) {
   std::vector<size_t> places;
   const bool is_all = state.output.size() == 1 && state.output.front() == "all";
@@ -108,7 +108,7 @@ std::vector<size_t> chosen_columns(const Listing::State& state, const View& view
   return places;
 }
 
-// Takes the rows apart: those of many machines are there once only.
+// Splits the rows in place: those of many machines need much memory.
 Table table_of(const View& view, const std::vector<size_t>& places, std::vector<Row> rows) {
   Table table;
   for (const size_t place : places) table.columns.push_back(view.columns[place]);
@@ -130,7 +130,7 @@ bool is_before(const Value& one, const Value& other) {
   return one < other;
 }
 
-// By a column, also by one that is not shown; "-" before its name turns the order around.
+// Sorts by a column, which need not be shown; "-" before its name reverses the order.
 void sort_rows(const View& view, const std::string& key, std::vector<Row>& rows) {
   const bool is_reverse = key.starts_with('-');
   const size_t place = column_at(view, "--sort", key.substr(is_reverse ? 1 : 0));
@@ -156,7 +156,7 @@ std::string total_of(const Table& table) {
              : std::to_string(table.rows.size()) + " in total" + sums + "\n";
 }
 
-// What has been left out is for the eye alone, like the reason for it.
+// Only a table for people leaves out columns, and only its reader needs this note.
 void say_hidden(const std::vector<std::string>& hidden) {
   if (hidden.empty()) return;
   std::string names;
@@ -169,7 +169,7 @@ void print(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-// Of several machines each has branches of its own.
+// Each machine has branches of its own.
 std::string branch_of(const Listing::State& state, const View& view, const Row& row) {
   const std::string branch = state.branch(view, row);
   const bool has_machine = view.columns.front().key == std::string_view(kMachineKey);
@@ -256,15 +256,15 @@ void add_options(CLI::App& app, Listing::State& state) {
   CLI::Option* raw = app.add_flag(
       "--raw", state.as_raw, "Fields separated by tabs, numbers as they are, \\x1b for control characters");
   CLI::Option* headings = app.add_flag("--no-headings", state.no_headings, "No line of headings");
-  CLI::Option* wide =
-      app.add_flag("--wide", state.is_wide, "Whole texts and all columns, however wide the lines");
+  CLI::Option* wide = app.add_flag("--wide", state.is_wide,
+                                   "All columns and whole texts, not cut to the width of the terminal");
   exclude_each_other({json, raw});
-  CLI::Option* output = app.add_option("--output", state.output, "The columns to show; all for every one")
+  CLI::Option* output = app.add_option("--output", state.output, "The columns to show, or all")
                             ->delimiter(',')
                             ->allow_extra_args(false)
                             ->type_name("COL,...");
-  CLI::Option* sort = app.add_option("--sort", state.sort, "Sort by this column; -COL: the other way round")
-                          ->type_name("COL");
+  CLI::Option* sort =
+      app.add_option("--sort", state.sort, "Sort by this column; -COL: in reverse order")->type_name("COL");
   CLI::Option* masked = app.add_flag("--mask", state.masked, kMaskHelp);
   CLI::Option* from =
       app.add_option("--from", state.snapshots, kFromHelp)->allow_extra_args(false)->type_name("FILE");
@@ -275,7 +275,7 @@ void add_options(CLI::App& app, Listing::State& state) {
 
 namespace {
 
-// Of a setting's row, by its type; other rows have no values of settings.
+// Whether the row of a setting may have any text, by the setting's type; other rows have no such values.
 Holds held_by(const View& view, const Row& row) {
   for (size_t place = 0; place < row.size(); ++place) {
     const auto* const type = std::get_if<uint64_t>(&row[place]);

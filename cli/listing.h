@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A command that shows rows. Its setup function adds what it takes to the command line and its views: a view
-// is a table of columns and a function that reads the records; the first one is shown unless an option
-// chooses another. All the rest (--json, --output, help, ...) is the same for every listing.
+// A command that shows rows. Its setup function adds its arguments and its views: a view is a table of
+// columns and a function that reads the records; the first one is shown unless an option chooses another. The
+// rest (--json, --output, help, ...) is the same for every listing.
 #ifndef CLI_LISTING_H
 #define CLI_LISTING_H
 
@@ -26,7 +26,7 @@ namespace zeldb::cli {
 
 struct View {
   std::string command;
-  std::string option;  // that chooses it, such as "--logical"; empty for the first one
+  std::string option;  // chooses it, such as "--logical"; empty for the first one
   std::span<const Column> columns;
   std::function<std::vector<Row>()> read;
 };
@@ -34,9 +34,9 @@ struct View {
 // The views of all commands, in their order. The name of a view is the command's, or "ports --logical".
 const std::vector<View>& views();
 std::string name_of(const View& view);
-// What the schema calls it: "ports --logical" is no name for a reference, "ports-logical" is.
+// The name in the schema, where a reference has no blanks: "ports-logical".
 std::string schema_name_of(const View& view);
-// Of a column of the view, by its key.
+// The value in the column with this key.
 const Value& value_of(const View& view, const Row& row, std::string_view key);
 // The rows of a view, masked when there is a mask.
 std::vector<Row> read_rows(const View& view, Mask* mask);
@@ -76,16 +76,16 @@ class Listing {
     return *this;
   }
 
-  // Options that the last view has no use for.
+  // Options that cannot be combined with the last view.
   Listing& without(const std::vector<CLI::Option*>& options);
-  // What stands below the columns in the help text.
+  // Adds a text below the columns in the help text.
   Listing& note(const std::string& text);
-  // An option by which a table shows the rows as a tree; branch tells of a row of the first view what it
-  // hangs on, or nothing.
+  // Adds an option that shows the rows as a tree. branch returns the parent of a row of the first view; empty
+  // for none.
   Listing& tree(const std::string& help, std::function<std::string(const View& view, const Row& row)> branch);
-  // Runs before the listing is shown, and has it shown by calling its argument.
+  // Runs command around the listing: it shows the listing by calling its argument.
   Listing& around(std::function<void(const std::function<void()>& show)> command);
-  // Looks at the rows before they are shown, and returns whether they are.
+  // Sees the rows before they are shown, and returns whether they are to be.
   Listing& judge(std::function<bool(const Judged& judged)> look);
 
   struct State;

@@ -162,7 +162,7 @@ RE2::Options any_case() {
   return options;
 }
 
-// Such as "not set" in the place of an address.
+// Whether the value is a placeholder, such as "not set" for an address.
 bool says_nothing(std::string_view kind, const std::string& value) {
   const bool has_digit = std::ranges::any_of(value, [](char c) { return c >= '0' && c <= '9'; });
   return value.empty() || value == "N/A" || (kind == "address" && !has_digit);

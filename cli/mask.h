@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What tells one machine from another of its kind, and how it is hidden.
+// Values that identify a machine, and their replacement by --mask.
 #ifndef CLI_MASK_H
 #define CLI_MASK_H
 
@@ -13,13 +13,12 @@
 
 namespace zeldb::cli {
 
-// What a column of this name identifies: "serial", "uuid", "asset", "address"; "text" where such may stand
-// inside a text; "value" the same, or a text that people have written; "other" for a column that nobody has
-// thought about. Empty where nothing is hidden. Listings and tables of the databases name their columns
-// alike.
+// The kind of value in a column of this name: "serial", "uuid", "asset" or "address"; "text" if one may stand
+// inside a text; "value" for the same or a text that people have written; "other" for an unknown name. Empty
+// if nothing is hidden. Listings and tables of the databases share the names of columns.
 std::string_view identified_by(std::string_view column);
 
-// Of a listing's column: of numbers, keys and ids nothing is hidden.
+// The same for a listing's column; numbers, keys and ids are not hidden.
 inline std::string_view identified_by(const Column& column) {
   const bool is_free = column.type == Type::Text && column.digits == 0;
   return is_free ? identified_by(column.key) : std::string_view();
@@ -33,9 +32,8 @@ std::span<const Unmasked> unmasked_columns();
 
 // What --mask does, for help texts.
 constexpr const char* kMaskHelp =
-    "Replace serial numbers, UUIDs, asset tags, addresses, values of text settings, and whatever is not "
-    "listed by "
-    "zeldb columns --unmasked; equal ones by the same word";
+    "Replace serial numbers, UUIDs, asset tags, addresses, values of text settings, and all texts "
+    "that zeldb columns --unmasked does not list; equal values get the same word";
 
 // Whether the values of a setting are chosen from a list or numbers, or any text.
 enum class Holds { Choice, FreeText };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// For a controller's own table-access library, which opens its own databases alone.
+// For a controller's own table-access library, which cannot open exports.
 #include "cli/command.h"
 #include "cli/snapshot.h"
 

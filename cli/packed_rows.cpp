@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A row is the number of its values; a value is the number of its alternative, and a number, or the length of
-// a text and the text.
+// The format: a row is the number of its values, and the values. A value is the index of its alternative, and
+// then a number, or the length of a text and the text.
 #include "cli/packed_rows.h"
 
 #include <cstring>

@@ -10,9 +10,9 @@
 
 namespace zeldb::cli {
 
-// Rows as one process hands them to another.
+// Rows in the form in which one process passes them to another.
 std::string packed(const std::vector<Row>& rows);
-// With one more value in front of each. Throws std::runtime_error for a text that is no such rows.
+// Adds first in front of each row. Throws std::runtime_error for a text of another form.
 std::vector<Row> unpacked(std::string_view text, const Value& first);
 
 }  // namespace zeldb::cli

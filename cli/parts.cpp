@@ -24,7 +24,7 @@ namespace {
 using Parts = std::vector<Part>;
 using Drives = std::vector<aim_disk_info_t>;
 
-// What several kinds of parts are made of.
+// Values that several kinds of parts have.
 struct Inventory {
   std::vector<SlotRow> slots;
   Drives drives;
@@ -102,7 +102,7 @@ void add_ports(uint32_t adapter, Part& part) {
   }
 }
 
-// Of all components in a slot.
+// The versions of all components in a slot.
 std::map<std::string, std::set<std::string>> firmware_by_place() {
   std::map<std::string, std::set<std::string>> versions;
   for (const _ZELDB_PldmFirmware& component : read_components()) {
@@ -119,14 +119,14 @@ void add_product(uint32_t function, Part& part) {
   part.serial_number = known(product->SerialNo);
 }
 
-// A drive in a slot is a part of its own: what a slot knows of it is not the adapter's.
+// A drive in a slot is a part of its own: the slot's serial number and model are not the adapter's.
 bool is_of_drive(const Inventory& inventory, uint32_t function, const char* firmware) {
   return std::ranges::any_of(inventory.drives, [=](const aim_disk_info_t& drive) {
     return drive.PCIFuncKey == function && std::strcmp(drive.FwVersion, firmware) == 0;
   });
 }
 
-// Those with a PCI function: a card that was pulled stays among the adapters until its settings are gone.
+// Adapters with a PCI function: the list keeps a card that was removed until its settings are removed.
 Parts adapters(const Inventory& inventory) {
   const auto firmware = firmware_by_place();
   Parts parts;
@@ -177,7 +177,7 @@ Parts gpus(const Inventory&) {
   return parts;
 }
 
-// A text such as "960GB" or "3.84TB" in GB; 0 where it is none.
+// The size in GB that a text such as "960GB" or "3.84TB" gives; 0 for other texts.
 uint64_t gigabytes(const char* capacity) {
   char* unit = nullptr;
   const double number = std::strtod(capacity, &unit);
@@ -210,7 +210,7 @@ Parts drives(const Inventory& inventory) {
   return parts;
 }
 
-// The library knows them all together.
+// The library counts the bays of all backplanes together.
 Parts backplanes(const Inventory&) {
   uint8_t bays = 0;
   uint8_t installed = 0;
@@ -244,7 +244,7 @@ size_t rank(const std::string& kind) {
   return static_cast<size_t>(found - std::begin(kKinds));
 }
 
-// Of several parts in what the inventory takes for one place, all but the first are numbered.
+// If the inventory has several parts in one place, all but the first get a number.
 void separate(Parts& parts) {
   std::ranges::sort(parts, [](const Part& one, const Part& other) {
     if (comes_before(one, other) || comes_before(other, one)) return comes_before(one, other);

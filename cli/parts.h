@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The parts that a machine consists of, as far as the inventory can tell one from another: what a baseline
-// holds and what is compared with it.
+// The parts of a machine that the inventory can distinguish: a baseline holds them, and they are compared
+// with it.
 #ifndef CLI_PARTS_H
 #define CLI_PARTS_H
 
@@ -28,28 +28,28 @@ struct Part {
   std::string part_number{};
   std::string serial_number{};
   std::string address{};                    // of its first port
-  std::string firmware{};                   // that runs, not what waits
+  std::string firmware{};                   // the running version
   std::string ports_up{};                   // addresses of its ports with a link
-  std::map<std::string, uint64_t> sizes{};  // by what is counted
+  std::map<std::string, uint64_t> sizes{};  // by unit
 };
 
-// What firmware writes where there is nothing to tell, such as "N/A".
+// Whether a text means that there is no value, such as "N/A".
 bool is_placeholder(const char* text);
 
-// The list of all drives leaves out what it cannot read, and has drives of some kinds that were pulled: these
-// are the ones that are there.
+// The drives that are present. The list of all drives omits drives that it cannot read, and keeps some that
+// were removed.
 std::vector<aim_disk_info_t> read_present_drives();
 
-// All of them, by kind and place. Throws Failure when a part of the inventory cannot be read: what is missing
-// for that reason must not look as if it had been removed.
+// All parts, by kind and place. Throws Failure if a part of the inventory cannot be read: a part that is
+// missing for that reason must not look removed.
 std::vector<Part> read_parts();
 
-// Whether the one is listed before the other.
+// Whether one is listed before other.
 bool comes_before(const Part& one, const Part& other);
 
 std::string as_baseline(const std::vector<Part>& parts);
-// Throws Failure with the exit status 1 for a text that is no baseline, damaged, or of a newer version; file
-// is what it is called.
+// Throws Failure with the exit status 1 for a text that is no baseline, damaged, or of a newer version. file
+// is its name in messages.
 std::vector<Part> parts_of_baseline(const std::string& text, const std::string& file);
 
 }  // namespace zeldb::cli

@@ -15,10 +15,10 @@ namespace {
 
 constexpr const char* kAdapter = "adapter";
 
-// What tells one part from another while a serial number is missing.
+// Values that distinguish parts if a serial number is missing.
 constexpr std::string Part::*kIdentity[] = {&Part::address, &Part::model, &Part::part_number};
 
-// What is told of a change. Addresses are not: they identify.
+// Values that a change is reported of. Addresses are left out, because they identify the machine.
 constexpr struct {
   const char* name;
   std::string Part::*text;
@@ -44,8 +44,8 @@ bool is_same_make(const Part& before, const Part& now) {
   return true;
 }
 
-// The place without the number that tells several parts in it apart: who gets which number depends on what
-// else is there.
+// The place without the number that distinguishes several parts in it, because the number depends on the
+// other parts.
 std::string shared_place(const Part& part, const std::vector<Part>& parts) {
   const size_t mark = part.place.rfind(" #");
   if (mark == std::string::npos) return part.place;
@@ -89,7 +89,7 @@ Difference difference(const char* change, const Part& part) {
   return row;
 }
 
-// The parts that a serial number tells apart within their list.
+// The parts whose serial number is unique within their list.
 using Known = std::map<std::pair<std::string, std::string>, const Part*>;
 Known known_parts(const std::vector<Part>& parts) {
   Known known;
@@ -101,13 +101,13 @@ Known known_parts(const std::vector<Part>& parts) {
   return known;
 }
 
-// Walks through both lists at once and puts together what stays to be told.
+// Walks through both lists at once and collects the changes.
 class Comparison {
  public:
   Comparison(const std::vector<Part>& before, const std::vector<Part>& now)
       : before_(before), now_(now), known_before_(known_parts(before)), known_now_(known_parts(now)) {}
 
-  // What was in a place, and what is; null for nothing.
+  // The part that was in a place and the one that is there now; null for none.
   void place(const Part* before, const Part* now) {
     if (before != nullptr && elsewhere(*before, known_before_, known_now_) != nullptr) before = nullptr;
     if (const Part* const origin = now != nullptr ? elsewhere(*now, known_now_, known_before_) : nullptr) {

@@ -8,7 +8,7 @@
 
 namespace zeldb::cli {
 
-// What became of one part. Texts that are too long are cut.
+// A change of one part. Texts that are too long are cut.
 struct Difference {
   char Change[9];
   char Kind[17];
@@ -20,7 +20,7 @@ struct Difference {
   char Name[129];
 };
 
-// Both sorted by comes_before. In the order of the parts:
+// Both lists are sorted by comes_before. The changes come in the order of the parts:
 //   added, removed
 //   moved     a part with the same serial number that sits elsewhere
 //   replaced  another serial number; where one of the two is not known, another address, model or part number

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Which rows of which listing belong to a place is in one table.
+// One table says which rows of which listing belong to a place.
 #include "cli/place_details.h"
 
 #include <algorithm>
@@ -18,8 +18,8 @@ namespace zeldb::cli {
 
 namespace {
 
-// How a listing says which place a row belongs to. Drive: by its place, or by the function that it is behind.
-// Slot: the listing is of one slot.
+// How a row names its place. Drive: by the place, or by the function above the drive. Slot: the listing is of
+// one slot.
 enum class By : uint8_t { Place, Function, Drive, Slot };
 
 struct Section {
@@ -87,7 +87,7 @@ bool stays(const PCISetting_info& setting) {
   return text_of(setting.CurrentValue) == text_of(setting.PendingValue);
 }
 
-// With the values that only the BIOS knows.
+// Adds the values that only the BIOS knows.
 std::vector<PCISetting_info> settings_of(const std::set<std::string>& functions, bool& are_values_known) {
   std::vector<PCISetting_info> settings;
   for (const std::string& key : functions) {
@@ -157,7 +157,7 @@ Listed PlaceReader::dpu_log(int slot) {
 }
 
 std::vector<PlaceDetails> PlaceReader::details_of(const WantedPlace& wanted) {
-  const bool is_slot = wanted.place.location <= 1;  // others are bays
+  const bool is_slot = wanted.place.location <= 1;  // the others are bays
   std::vector<PlaceDetails> all;
   for (const Section& section : kSections) {
     const View& view = view_called(section.view);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// All that the listings tell of one slot or bay.
+// All rows of the listings for one slot or bay.
 #ifndef CLI_PLACE_DETAILS_H
 #define CLI_PLACE_DETAILS_H
 
@@ -27,21 +27,21 @@ struct Listed {
 struct PlaceDetails {
   const View* view;
   std::string title;
-  std::string columns;  // keys of those that are shown; empty for what the listing shows, or "all"
-  std::string nothing;  // what is said where there are no rows; empty: the part is not shown
+  std::string columns;  // keys of the columns; empty for those of the listing, or "all"
+  std::string nothing;  // shown if there are no rows; empty: the part is left out
   Listed found{};
 
   bool is_shown() const { return !found.rows.empty() || !found.trouble.empty() || !nothing.empty(); }
 };
 
-// What is shown of it.
+// The details of one place.
 Table table_of(const PlaceDetails& details);
 
-// Functions are named by their keys' digits, adapters too.
+// Functions and adapters are named by the digits of their keys.
 struct WantedPlace {
   Place place;
   std::set<std::string> functions;
-  std::string adapter{};  // the only one that is meant, of several in a slot; empty: all of them
+  std::string adapter{};  // only this one of several in a slot; empty: all of them
 };
 
 // Reads each listing once, however many places are asked for.
@@ -49,7 +49,7 @@ class PlaceReader {
  public:
   explicit PlaceReader(Mask* mask) : mask_(mask) {}
 
-  // To be called before settings are asked for.
+  // Has to be called before details_of reads settings.
   void read_settings_of(const std::set<std::string>& functions);
   // "settings" and "pending" are those of these functions, "dpu-log" has no rows.
   const Listed& listed(std::string_view name);
@@ -67,7 +67,7 @@ class PlaceReader {
 };
 
 const View& view_called(std::string_view name);
-// A cell as a text to be compared; empty for what is not known.
+// A cell as a text to be compared; empty if it is not known.
 std::string text_at(const View& view, const Row& row, std::string_view key);
 
 }  // namespace zeldb::cli

@@ -14,7 +14,7 @@ namespace zeldb::cli {
 
 namespace {
 
-// A terminal does not show what is typed as long as this is there.
+// Turns off the echo of a terminal for its lifetime.
 class Unseen final : AtSignal {
  public:
   Unseen() {

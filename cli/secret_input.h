@@ -6,8 +6,8 @@
 
 namespace zeldb::cli {
 
-// The next line of standard input, without its end; a terminal is asked, and does not show what is typed.
-// what is what the value is for. Throws Failure at the end of the input.
+// The next line of standard input, without its end. A terminal gets a prompt and shows no echo; what names
+// the value in the prompt. Throws Failure at the end of the input.
 std::string read_value(const std::string& what);
 
 }  // namespace zeldb::cli

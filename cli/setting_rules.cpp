@@ -12,7 +12,7 @@ namespace {
 
 using R = PCISetting_info;
 
-constexpr char kSeparator = ';';  // of choices, and of values that are several of them
+constexpr char kSeparator = ';';  // between choices, and between the parts of a value with several
 
 // Only the BIOS knows whether these hold.
 constexpr struct {
@@ -55,7 +55,7 @@ void judge_number(const R& setting, const std::string& value, Verdict& verdict) 
   }
 }
 
-// In a time that grows with the text alone, whatever the pattern: that comes from elsewhere.
+// The time depends on the text alone, not on the pattern, which is foreign input.
 void judge_pattern(const std::string& pattern, const std::string& value, Verdict& verdict) {
   RE2::Options bytes(RE2::Latin1);
   bytes.set_log_errors(false);
@@ -73,7 +73,7 @@ void judge_text(const R& setting, const std::string& value, Verdict& verdict) {
     return;
   }
   if (pattern.empty()) return;
-  // One that fills its column was cut.
+  // A pattern that fills its column was cut.
   if (pattern.size() + 1 == sizeof(setting.Pattern))
     verdict.doubts.push_back("cannot be checked against its pattern " + pattern + ", which was cut");
   else

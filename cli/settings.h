@@ -12,13 +12,13 @@
 
 namespace zeldb::cli {
 
-// All others are choices.
+// All other types are choices.
 constexpr uint32_t kNumberType = 3;
 constexpr uint32_t kTextType = 4;
 constexpr uint32_t kPlainType = 5;
 
-// The settings of one function with an id that begins with prefix. What comes from read_settings may be
-// shown: its secrets are hidden.
+// The settings of one function whose id begins with prefix. The result of read_settings may be shown: its
+// secrets are hidden.
 uint16_t count_settings(uint32_t function, std::string prefix);
 std::vector<PCISetting_info> read_settings(uint32_t function, std::string prefix = {},
                                            bool only_flagged = false);
@@ -29,7 +29,7 @@ inline std::string text_of(const unsigned char* text) {
   return reinterpret_cast<const char*>(text);
 }
 
-// What a setting itself says of a value.
+// The result of checking a value against the rules of its setting.
 struct Verdict {
   std::string objection;  // empty: none
   std::vector<std::string> doubts;

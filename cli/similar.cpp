@@ -14,7 +14,7 @@ std::string lower(std::string word) {
   return word;
 }
 
-// How many characters have to be put in, taken out, replaced or swapped with their neighbours.
+// The number of characters that have to be inserted, removed, replaced or swapped with a neighbour.
 size_t distance(const std::string& from, const std::string& to) {
   std::vector<size_t> before_last;
   std::vector<size_t> last(to.size() + 1);

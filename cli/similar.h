@@ -7,7 +7,7 @@
 
 namespace zeldb::cli {
 
-// ", did you mean WORD?" with the known word that is most like the one given, or nothing where none is.
+// ", did you mean WORD?" with the known word that is most similar; empty if none is similar.
 std::string did_you_mean(const std::string& given, const std::vector<std::string>& known);
 
 }  // namespace zeldb::cli

@@ -7,7 +7,7 @@
 
 namespace zeldb::cli {
 
-// One slot, put together from all that the library knows of it.
+// One slot, joined from several lists of the library.
 struct SlotRow {
   uint8_t Location;
   uint16_t SlotNo;
@@ -23,7 +23,7 @@ struct SlotRow {
   uint32_t PortsUp;
 };
 
-// By location and number; what is not known is 0 or empty.
+// The slots by location and number; unknown values are 0 or empty.
 std::vector<SlotRow> read_slots();
 
 }  // namespace zeldb::cli

@@ -33,7 +33,7 @@ Failure no_export(const std::string& file) {
   return Failure(file + ": is no export of zeldb");
 }
 
-// SQLite would say less of what is wrong, and wait for a pipe.
+// Checked here because SQLite would give a vaguer reason, and wait for a pipe.
 void require_file(const std::string& file) {
   using std::string_view_literals::operator""sv;
   constexpr std::string_view kStart = "SQLite format 3\0"sv;
@@ -90,7 +90,7 @@ void require_known_schema(const SqliteFile& inventory, const std::string& file) 
     throw Failure(file + ": written by a newer zeldb (schema version " + std::to_string(version) + ")");
 }
 
-// The bytes of an inventory without rows. Making its tables takes longer than anything else.
+// The bytes of an inventory without rows, kept because making its tables takes longest.
 const std::string& empty_inventory(const std::string& path, const std::string& name) {
   static const std::string bytes = [&] {
     write_temporary(path, "");
@@ -138,7 +138,7 @@ std::string SnapshotFolder::unpack(const std::string& file, NewerSchema newer) c
   for (const InventoryTable& table : tables_of(inventory)) copy_table(inventory, table);
   unpack_files(inventory, folder_);
   inventory.run("COMMIT");
-  // As the engine wants it, which would wait for the disk.
+  // The engine would set this mode itself, but wait for the disk.
   inventory.run("PRAGMA main.journal_mode=WAL");
   return path;
 }

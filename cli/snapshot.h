@@ -20,11 +20,11 @@ constexpr int64_t kSnapshotVersion = 1;
 // Files of the platform folder that the stand-ins read.
 constexpr const char* kPlatformFiles[] = {"bios.json", "platform.json", "aim_config.json"};
 
-// Of an export: something of it would get lost.
+// Whether an export of a newer schema is taken, although something would be lost.
 enum class NewerSchema { Take, Refuse };
 
-// A private folder that exports are unpacked to, one after the other; gone when it goes or when a signal ends
-// the process.
+// A private folder that exports are unpacked to, one after the other. It is removed by its destructor or when
+// a signal ends the process.
 class SnapshotFolder {
  public:
   SnapshotFolder();
@@ -43,16 +43,16 @@ class SnapshotFolder {
   std::optional<Removal> removal_;
 };
 
-// The same in a folder that goes with the process.
+// The same in a folder that is removed when the process ends.
 void use_snapshot(const std::string& file);
 // Whether what is read comes from such a file, so that the present state of this machine must not be shown.
 bool reads_snapshot();
 
-// Where the tables of such a file are, in this program's schema. A file of a newer schema, of which something
-// would get lost, is refused.
+// The path of the tables of such a file, in this program's schema. A file of a newer schema is refused,
+// because something of it would be lost.
 std::string unpacked_for_import(const std::string& file);
 
-// Writes what this process reads to an empty file; name is what failures call it.
+// Writes the inventory that this process reads to an empty file; name is its name in failures.
 void write_snapshot(const std::string& path, const std::string& name, bool masked);
 
 }  // namespace zeldb::cli

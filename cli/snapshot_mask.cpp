@@ -13,10 +13,10 @@ namespace zeldb::cli {
 
 namespace {
 
-// A shorter one, or one without a digit, may as well be a word.
+// A shorter value, or one without a digit, may be an ordinary word.
 constexpr size_t kShortest = 6;
 
-// What a property is, by the last part of its name; the column that holds the like.
+// The last part of a property's name, and the column that holds the same kind of value.
 constexpr struct {
   const char* name;
   const char* column;
@@ -33,9 +33,9 @@ constexpr struct {
                    {"pn", "PartNo"},
                    {"fru", "FruNo"},
                    {"fw_version", "FwVer"}};
-// Of which nothing is known: no column has this name.
+// Stands for an unknown kind: no column has this name.
 constexpr const char* kAnyText = "";
-constexpr size_t kShortestText = 4;  // what is shorter may as well be a number
+constexpr size_t kShortestText = 4;  // a shorter one may be a number
 
 // Members in files that have other names than the columns they are like.
 constexpr struct {
@@ -76,7 +76,7 @@ std::string text_of(const std::string& bytes) {
 
 using Json = nlohmann::ordered_json;
 
-// Not where an identifying value may stand inside a text.
+// False for columns that may have an identifying value inside a text.
 bool identifies(const std::string& column) {
   const std::string_view kind = identified_by(column);
   return !kind.empty() && kind != "text" && kind != "value" && kind != "other";
@@ -110,7 +110,7 @@ std::string SnapshotMask::column(const std::string& column, const std::string& v
   return mask_(column, is_replaced ? value : without_known(value), holds);
 }
 
-// What stands behind the text of a property is nobody's, and its end alone is kept.
+// Bytes after the text of a property have no meaning: only the NUL at its end is kept.
 std::string SnapshotMask::property(const std::string& name, const std::string& bytes) {
   const std::string text = text_of(bytes);
   if (text.empty()) return bytes;

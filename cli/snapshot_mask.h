@@ -13,8 +13,8 @@
 
 namespace zeldb::cli {
 
-// Hides in an export what Mask hides, and identifying values that it has seen wherever else they stand: in
-// settings, messages and properties. To be shown all identifying values first.
+// Hides in an export the values that Mask hides, and hides them also in settings, messages and properties. It
+// has to see all identifying values first.
 class SnapshotMask {
  public:
   void learn(const std::string& column, const std::string& value);

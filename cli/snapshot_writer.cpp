@@ -41,7 +41,7 @@ struct Release {
 };
 using Result = std::unique_ptr<zel_db_result_t, Release>;
 
-// One of the databases, as it is at one moment.
+// A consistent view of one of the databases.
 class Source {
  public:
   explicit Source(const char* database) : handle_(zel_db_open("localhost", "root", "", database, 0)) {
@@ -96,7 +96,7 @@ std::optional<std::string> bytes_at(zel_db_result_t* row, int column) {
   });
 }
 
-// Copies one table, or for a mask looks at what it has to hide.
+// Copies one table, or collects its identifying values for a mask.
 class TableCopy {
  public:
   TableCopy(const InventoryTable& table, SnapshotMask* mask) : table_(table), mask_(mask) {}
@@ -150,7 +150,7 @@ class TableCopy {
     return bytes_at(row, place_of("propValue"));
   }
 
-  // What a row says of its own values.
+  // Properties of a row that decide how its values are masked.
   struct RowFacts {
     Holds holds = Holds::Choice;
     std::map<std::string, std::string> hidden;  // what stands for secrets, by column
@@ -172,14 +172,14 @@ class TableCopy {
     return facts;
   }
 
-  // What cannot be read is NULL to all readers, and becomes it.
+  // Readers take a value that cannot be read for NULL, so it becomes NULL.
   void bind(SqliteStatement& insert, zel_db_result_t* row, size_t place, const RowFacts& facts,
             std::string& kept) const {
     const InventoryTable::Column& column = table_.columns[place];
     const int from = static_cast<int>(place);
     const int to = from + 1;
     if (column.type == "INTEGER") {
-      // Of numbers from 2^63 on, too, all 64 bits: that is how SQLite keeps them.
+      // SQLite keeps all 64 bits of numbers from 2^63 on, as negative numbers.
       int64_t number = 0;
       if (zel_db_result_column_int64(row, from, &number) == 0)
         insert.bind(to, number);
@@ -223,7 +223,7 @@ std::filesystem::path platform_folder() {
 
 using Json = nlohmann::ordered_json;
 
-// The values of an attribute, of the collection that the name belongs to.
+// The values of one attribute; name is that of its collection.
 void hide_secret(Json& attribute, const std::string& collection) {
   const auto text = [&attribute](const char* member) {
     const auto found = attribute.find(member);
@@ -260,8 +260,8 @@ void hide_secrets(Json& content, const std::string& collection = {}) {
   }
 }
 
-// Without secrets, and masked when there is a mask. What is no JSON says nothing to any reader, and may hold
-// anything: nothing of it leaves.
+// The file without secrets, and masked if there is a mask. A file that is no JSON becomes empty: readers
+// cannot use it, and it may hold secrets.
 std::string fit_to_leave(const char* file, const std::string& content, SnapshotMask* mask) {
   const Json original = Json::parse(content, nullptr, false);
   if (original.is_discarded()) {

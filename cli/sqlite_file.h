@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The files that zeldb export writes, as SQLite has them. Everything throws a Failure that names the file.
+// Exports as SQLite files. Everything throws a Failure that names the file.
 #ifndef CLI_SQLITE_FILE_H
 #define CLI_SQLITE_FILE_H
 
@@ -26,7 +26,7 @@ class SqliteStatement {
  public:
   // False when there are no more rows.
   bool step();
-  // To be run once more, with values of its own.
+  // Makes it ready for another run with other values.
   void reset() { sqlite3_reset(statement_.get()); }
 
   int64_t number(int column) const { return sqlite3_column_int64(statement_.get(), column); }
@@ -71,7 +71,7 @@ struct InventoryTable {
   std::vector<Column> columns;
 };
 
-// Makes the tables of both databases in one file, which exists and is empty, and tells which they are.
+// Creates the tables of both databases in one file, which exists and is empty.
 SqliteFile create_inventory(const std::string& path, const std::string& name);
 std::vector<InventoryTable> tables_of(const SqliteFile& inventory);
 int64_t schema_version_of(const SqliteFile& inventory, const std::string& attached = "main");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Tables for people: libsmartcols knows widths, alignment, trees and colours; here is what a terminal has
-// room for, because the library cuts texts without an ellipsis.
+// Tables for people. libsmartcols does widths, alignment, trees and colours; this file fits a table to the
+// terminal, because the library cuts texts without an ellipsis.
 #include <libsmartcols/libsmartcols.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace zeldb::cli {
 namespace {
 
 constexpr const char* kGap = "  ";
-constexpr size_t kNarrowest = 20;  // that a text is cut to
+constexpr size_t kNarrowest = 20;  // the shortest width that a text is cut to
 constexpr size_t kNarrowestAskedFor = 6;
 
 void expect_done(int status) {
@@ -50,8 +50,7 @@ int flags_of(const Column& column, bool is_branch) {
   return tree | (is_left ? 0 : SCOLS_FL_RIGHT);
 }
 
-// A table as the library has it: what is in columns of a limited width is cut to it, and a width of 0 leaves
-// the column out.
+// A table of the library. Texts in columns of a limited width are cut; a width of 0 leaves the column out.
 class Sheet {
  public:
   Sheet(const Table& table, const TableStyle& style, std::vector<size_t> widths = {});
@@ -95,7 +94,7 @@ void Sheet::add_row(libscols_line* parent, const std::vector<Column>& columns, c
   }
 }
 
-// The library prints nothing of a table without lines.
+// The library prints nothing for a table without lines.
 void Sheet::add_headings(const std::vector<Column>& columns) {
   libscols_line* const line = expect_made(scols_table_new_line(get(), nullptr));
   for (size_t place = 0; place < columns.size(); ++place) set_text(line, place, columns[place].heading);
@@ -145,7 +144,7 @@ std::vector<size_t> order_of_leaving(const std::vector<Column>& columns) {
   return places;
 }
 
-// What a terminal has room for. Widths are those of the sheet once it has been printed in full.
+// Chooses the columns and widths that fit a terminal, from the widths of the sheet printed in full.
 class Fitting {
  public:
   Fitting(libscols_table* sheet, const Table& table, size_t room)
@@ -193,7 +192,7 @@ class Fitting {
     }
   }
 
-  // The room that columns leave by going belongs to the texts that stay.
+  // The remaining texts share the room of the columns that are left out.
   void widen() {
     for (size_t place = 0; place < widths_.size(); ++place) {
       if (widths_[place] != 0 && is_cut(table_.columns[place])) widths_[place] = width_of(place);
@@ -218,7 +217,7 @@ PrintedTable as_table(const Table& table, const TableStyle& style) {
   PrintedTable printed{whole.print(), {}};
   const size_t width = style.terminal.width;
   if (width == 0) return printed;
-  // The library keeps the widths of what it has printed: what is narrower is another sheet.
+  // The library keeps the widths that it has printed, so a narrower table is a new sheet.
   Fitting fitting(whole.get(), table, width);
   const std::vector<size_t>& widths = fitting.fit(style.keeps_columns);
   for (size_t place = 0; place < widths.size(); ++place) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The databases of ZEL_DB_URL as somewhere to write whole tables to.
+// Writes whole tables to the databases of ZEL_DB_URL.
 #ifndef CLI_TARGET_H
 #define CLI_TARGET_H
 
@@ -15,7 +15,7 @@ namespace zeldb::cli {
 
 constexpr const char* kPropertyTable = "propertiesDCTbl";
 
-// Nothing of what is written stays unless commit is reached. Everything throws a Failure.
+// Writes take effect with commit only. Everything throws a Failure.
 class Target {
  public:
   // Both databases have to be there, with tables of this schema version.
@@ -26,9 +26,9 @@ class Target {
 
   bool is_empty(const std::string& table) const;
   void clear(const std::string& table) const;
-  // False when the row is refused; what the database says of it is not known here.
+  // False if the row is refused; the reason is not available.
   bool insert(const std::string& table, const std::string& columns, const std::string& values) const;
-  // Where the databases are two, both have taken everything before the first one is asked to keep it.
+  // If there are two databases, both have taken all rows before the first one commits.
   void commit() const;
 
  private:

@@ -21,7 +21,7 @@ std::string variable(const char* name) {
   return text != nullptr ? text : "";
 }
 
-// Nobody reads wider lines, and memory is taken for each of their places.
+// A limit for the width, because memory is needed for each character of a line.
 constexpr long kWidest = 4096;
 
 size_t terminal_width() {

@@ -7,7 +7,7 @@
 
 namespace zeldb::cli {
 
-// What standard output is.
+// Properties of standard output.
 struct Terminal {
   size_t width = 0;  // 0: lines may be of any width
   bool has_colour = false;
@@ -17,8 +17,7 @@ Terminal terminal();
 // Whether the locale has more than ASCII.
 bool prints_utf8();
 
-// Says on standard error what is wrong: one line whatever the text holds, since arguments and files may have
-// any bytes.
+// Writes a message to standard error, as one line whatever bytes the text holds.
 void complain(const std::string& text);
 
 }  // namespace zeldb::cli

@@ -39,13 +39,13 @@ Character first_character(std::string_view text) {
   return {code, length, true};
 }
 
-// How many places of a terminal the first character takes: two, one or, for what combines, none.
+// The number of terminal cells of the first character: two, one, or none if it combines.
 size_t width_of(std::string_view text) {
   const int width = wcwidth(static_cast<wchar_t>(first_character(text).code));
   return static_cast<size_t>(std::max(width, 0));
 }
 
-// Control characters, and those that turn the direction of a line around.
+// Control characters, and characters that change the direction of a line.
 bool steers_a_terminal(char32_t code) {
   return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x202A && code <= 0x202E) ||
          (code >= 0x2066 && code <= 0x2069);

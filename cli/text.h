@@ -9,17 +9,17 @@
 
 namespace zeldb::cli {
 
-// Terminal: what would steer a terminal is shown as \x1b; bytes that are no UTF-8 become U+FFFD.
-// Raw: the same, and a backslash as \\.
-// Ascii: as Terminal, but what is not ASCII is shown as \xe4 or \u20ac.
+// Terminal: characters that would control a terminal are shown as \x1b; bytes that are no UTF-8 become
+// U+FFFD. Raw: the same, and a backslash as \\. Ascii: as Terminal, but other characters than ASCII are shown
+// as \xe4 or \u20ac.
 enum class Escape { Terminal, Raw, Ascii };
 std::string printable(std::string_view text, Escape escape);
 
 // The text, or as many of its characters as leave room for the ellipsis that ends it.
 std::string cut(const std::string& text, size_t characters);
-// The same by places of a terminal; in a locale without UTF-8 the text has to be ASCII and "+" ends it.
+// The same by cells of a terminal; in a locale without UTF-8 the text has to be ASCII and "+" ends it.
 std::string cut_to_places(const std::string& text, size_t places);
-// A printable text, in ASCII where the locale has no more.
+// A printable text, in ASCII unless the locale is UTF-8.
 std::string in_locale(const std::string& text);
 
 }  // namespace zeldb::cli

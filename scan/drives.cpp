@@ -16,7 +16,7 @@ namespace {
 constexpr uint64_t kSlowest = 0x401;
 constexpr uint64_t kFastest = 0xFFFE;
 
-// As AimDisks.DriveTypeId has them.
+// Values of AimDisks.DriveTypeId.
 constexpr const char* kSata = "1";
 constexpr const char* kSas = "2";
 constexpr const char* kNvme = "3";
@@ -51,7 +51,7 @@ Row row_of(const Drive& drive, const Functions* functions, bool has_all_blocks) 
   Value place = key;
   if (functions != nullptr && drive.function && functions->contains(*drive.function)) {
     const Function& function = functions->at(*drive.function);
-    // That of a controller is not that of its drives.
+    // The type of a controller is not that of its drives.
     if (drive.type == kNvme) key = uint64_t{function.key};
     if (drive.type == kNvme && function.placement.slot) {
       location = uint64_t{function.placement.location};
@@ -127,7 +127,7 @@ void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, st
   }
 }
 
-// Of the page of a SCSI device: a head of four bytes with the length, and what it has to say.
+// The content of a SCSI page: it follows a header of four bytes, which has the length.
 std::optional<std::string> page_of(const Machine& machine, const std::string& path) {
   constexpr size_t kHead = 4;
   const auto bytes = machine.bytes(path);
@@ -199,7 +199,7 @@ void add_scsi(const Machine& machine, const std::vector<std::string>& blocks, st
 
 }  // namespace
 
-// As the lists of drives write it.
+// In the form that the lists of drives use.
 std::string capacity_text(uint64_t bytes) {
   constexpr double kGigabyte = 1e9;
   constexpr double kFirstTerabytes = 1001;

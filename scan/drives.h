@@ -10,7 +10,7 @@
 
 namespace zeldb::scan {
 
-// Without functions, when these could not be read, it is not told which one a drive has.
+// If functions is empty because they could not be read, drives have none.
 void read_drives(const Machine& machine, const Functions* functions, Findings& findings);
 
 // "960GB", "3.84TB": in decimal units.

@@ -22,19 +22,19 @@ class Machine {
 
   // Paths are relative to the root: "sys/class/net".
   bool has(const std::string& path) const { return real(path).has_value(); }
-  // Of a regular file, as much as limit allows; nothing where there is none or it cannot be read.
+  // The first limit bytes of a regular file; nothing if there is none or it cannot be read.
   std::optional<std::string> bytes(const std::string& path, size_t limit = kUsualLimit) const;
-  // The same without the white space at its end; nothing where nothing is left.
+  // The same without white space at its end; nothing if it is empty then.
   std::optional<std::string> text(const std::string& path) const;
-  // A decimal number, or a hexadecimal one with 0x before it, and nothing behind it.
+  // A decimal number, or a hexadecimal one after 0x, with nothing after it.
   std::optional<uint64_t> number(const std::string& path) const;
   // Sorted; none where there is no such folder.
   std::vector<std::string> names(const std::string& folder) const;
-  // Where a link leads, relative to the root.
+  // The target of a link, relative to the root.
   std::optional<std::string> target(const std::string& path) const;
   // For libraries that open files themselves.
   std::string path(const std::string& path) const { return root_ + "/" + path; }
-  // Why the file could not be read, or nothing: it is not there, or could be read.
+  // The reason why the file could not be read; nothing if it could be, or is not there.
   std::optional<std::string> trouble(const std::string& path) const;
   // The first trouble with the folder or with what is in it, after the path.
   std::optional<std::string> trouble_in(const std::string& folder) const;

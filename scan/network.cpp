@@ -29,7 +29,7 @@ struct Interface {
   bool is_virtual_function;
 };
 
-// What only the running system can tell, by its drivers.
+// Values that only the drivers of the running system know.
 class Ethtool {
  public:
   Ethtool() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
@@ -84,7 +84,7 @@ std::optional<std::string> upper(std::optional<std::string> text) {
   return text;
 }
 
-// Of the driver, or the one in use where that is the one it was made with.
+// The permanent address as the driver reports it, or the one in use if that is the permanent one.
 std::optional<std::string> permanent_address(const Machine& machine, const Ethtool& ethtool,
                                              const Interface& interface) {
   if (machine.is_running_system()) {
@@ -121,7 +121,7 @@ Row logical_port(const Machine& machine, const Address& address, const Function&
   return row;
 }
 
-// An interface that is down tells neither.
+// An interface that is down reports neither.
 std::optional<uint64_t> link_status(const Machine& machine, const Interface& interface) {
   if (const auto carrier = machine.number(interface.folder + "carrier")) return carrier;
   if (machine.text(interface.folder + "operstate") == "down") return 0;
@@ -183,7 +183,7 @@ std::map<Address, std::vector<Interface>> interfaces_of(const Machine& machine) 
 }  // namespace
 
 void read_network(const Machine& machine, const Functions& functions, Findings& findings) {
-  // Ports are counted: some of them are no answer.
+  // An incomplete list is discarded: a missing port would look as if it had been removed.
   if (const auto trouble = machine.trouble_in("sys/class/net")) {
     findings.troubles.push_back("network ports: " + *trouble);
     return;

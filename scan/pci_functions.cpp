@@ -18,7 +18,7 @@ namespace zeldb::scan {
 
 namespace {
 
-// libpci wants an error never to come back to it, and is C, through which nothing can be thrown everywhere.
+// The error handler must not return to libpci, and C++ exceptions cannot pass through C on all targets.
 std::jmp_buf on_error;
 char error_text[256];
 
@@ -35,7 +35,7 @@ __attribute__((noreturn)) void fail(char* format, ...) {
 }
 void ignore(char* /*format*/, ...) {}
 
-// False, with a text in error_text, if libpci fails in the call. There is nothing in it to be released.
+// False, with a text in error_text, if libpci fails in the call, which must hold nothing that needs release.
 template <typename Argument>
 [[gnu::noinline]] bool survives(void (*call)(pci_access*, Argument*), pci_access* access,
                                 Argument* argument) {
@@ -62,7 +62,7 @@ struct Access {
     std::string name = dump.empty() ? "sysfs.path" : "dump.name";
     std::string value = dump.empty() ? sys : dump;
     pci_set_param(access, name.data(), value.data());
-    // A recorded machine may have the names of its time.
+    // A recorded machine may have its own list of names.
     const std::string names = "usr/share/misc/pci.ids";
     if (!machine.is_running_system() && machine.has(names))
       pci_set_name_list_path(access, strdup(machine.path(names).c_str()), 1);
@@ -92,7 +92,7 @@ unsigned base_class(const pci_dev& device) {
   return device.device_class >> 8U;
 }
 
-// Behind which bridge a bus is.
+// The bridge above each bus.
 std::map<std::pair<unsigned, unsigned>, Address> bridges_of(const Devices& devices) {
   std::map<std::pair<unsigned, unsigned>, Address> bridges;
   for (const auto& [address, device] : devices) {
@@ -139,7 +139,7 @@ Link link_of(const Machine& machine, bool is_dump, pci_dev* device) {
     }
   }
   if (is_dump) return link;
-  // For those who may not read all of the configuration.
+  // For users who may not read all of the configuration.
   const std::string folder = folder_of(address_of_device(*device));
   const auto lanes = [&](const char* file) {
     return known(machine.number(folder + file).value_or(0), kMostLanes);
@@ -152,7 +152,7 @@ Link link_of(const Machine& machine, bool is_dump, pci_dev* device) {
   return link;
 }
 
-// The number that a port has for its slot.
+// The slot number in the capabilities of a port.
 std::optional<unsigned> slot_of_port(pci_dev* port) {
   constexpr unsigned kImplemented = 0x100;
   pci_cap* const express = pci_find_cap(port, PCI_CAP_ID_EXP, PCI_CAP_NORMAL);
@@ -194,7 +194,7 @@ class Places {
       const auto found = question_.last.find(address);
       if (found != question_.last.end()) return found->second;
     }
-    // What sits in a slot may be a bridge with functions behind it. The table of slots is trusted most.
+    // A slot may hold a bridge with functions below it. The table of slots is trusted most.
     std::vector<Address> path;
     for (std::optional<Address> at = address; at && path.size() < kDeepest; at = bridge_above(*at))
       path.push_back(*at);
@@ -268,7 +268,7 @@ class Places {
   mutable std::optional<Address> hidden_;
 };
 
-// As the readers tell functions apart; what else there is has no number.
+// The kinds that the readers distinguish; other functions have no number.
 enum : unsigned { kEthernetType = 2, kFibreChannelType = 3, kGpuType = 4, kAcceleratorType = 16 };
 bool holds_gpu(const Value& type) {
   const auto* const number = std::get_if<uint64_t>(&type);
@@ -334,7 +334,7 @@ Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Fu
   return row;
 }
 
-// Nothing where the list of names does not know the device.
+// Nothing if the list of names does not have the device.
 std::string name_of(pci_access* access, const pci_dev& device) {
   char text[512];
   const char* const name =
@@ -344,8 +344,8 @@ std::string name_of(pci_access* access, const pci_dev& device) {
   return name != nullptr ? name : "";
 }
 
-// The kernel counts what a device reports; without a count, nothing is known of its health. Counts begin anew
-// with the device.
+// The kernel counts the errors that a device reports; without the counters its health is unknown. Counts
+// begin anew with the device.
 Value health_of(const Machine& machine, const Address& address) {
   constexpr uint64_t kError = 6;
   const std::string counts = machine.bytes(folder_of(address) + "aer_dev_fatal").value_or("");
@@ -364,7 +364,7 @@ Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_de
   row.cells = {
       {"PCIKey", value_of(adapter_key(place))},
       {"PCIFuncKey", uint64_t{function.key}},
-      // The list of adapters leaves out one of no node: on a machine that does not tell, there is one.
+      // The list of adapters omits those without a node, so a machine that gives none gets one node.
       {"NodeNo", static_cast<uint64_t>(std::max(device->numa_node, 0))},
       {"SlotNo", value_of(place.slot)},
       {"SegNo", uint64_t{address.segment}},
@@ -429,7 +429,7 @@ void add_vpd(const Machine& machine, const Address& address, const Function& fun
   findings.rows.push_back(std::move(row));
 }
 
-// One line for all functions: whoever may not read the data of one may not read those of others.
+// One line for all functions: a user who may not read the data of one may not read those of the others.
 void tell_unread_vpd(const Machine& machine, const Functions& functions, Findings& findings) {
   for (const auto& [address, function] : functions) {
     const std::string file = folder_of(address) + "vpd";

@@ -31,12 +31,12 @@ struct Address {
   }
 };
 std::string text_of(const Address& address);
-// Of a text such as "0000:17:00.1".
+// The address that a text such as "0000:17:00.1" gives.
 std::optional<Address> address_of(std::string_view text);
 // The last function that a path in sys/devices leads through.
 std::optional<Address> function_on_path(const std::string& path);
 
-// Where a function sits. On the board there is no number of a slot, as nothing tells one.
+// The place of a function. On the board it has no slot number, because no source gives one.
 struct Placement {
   unsigned location = 0;
   std::optional<unsigned> slot;
@@ -51,21 +51,21 @@ using Functions = std::map<Address, Function>;
 
 std::optional<uint64_t> adapter_key(const Placement& placement);
 
-// What the read-only part of a device's vital product data says. Any bytes; nothing where the data are
-// damaged or their checksum is wrong.
+// Reads the read-only part of a device's vital product data. Takes any bytes; nothing if the data are damaged
+// or their checksum is wrong.
 struct Vpd {
   std::string name, part, serial, maker;
 };
 std::optional<Vpd> decode_vpd(std::string_view bytes);
 
 struct PciQuestion {
-  std::string dump;                   // a file of what lspci -x prints; empty: the machine
+  std::string dump;                   // a file with the output of lspci -x; empty: the machine
   std::vector<Slot> slots;            // of the SMBIOS table
   bool hides_slots = false;           // there is such a table, but it cannot be read
   std::map<Address, Placement> last;  // where functions were at the last scan, for what hides its slots
 };
 
-// Also gives the functions, by which other sources find theirs.
+// Also returns the functions, because other sources refer to them.
 Functions read_functions(const Machine& machine, const PciQuestion& question, Findings& findings);
 
 // Whether this build has libpci.

@@ -36,7 +36,7 @@ std::vector<Row> read_processors(const Machine& machine) {
       continue;
     const auto core = machine.number(folder + name + "/topology/core_id");
     if (!core) continue;
-    // -1, which is no number here, where the firmware does not tell.
+    // The file has -1, which is no number here, if the firmware does not report it.
     Package& package = packages[machine.number(folder + name + "/topology/physical_package_id").value_or(0)];
     package.cores.insert(*core);
     ++package.threads;

@@ -7,7 +7,7 @@ namespace zeldb::scan {
 
 namespace {
 
-// Of the UTF-8 character at the front; 0 where there is none.
+// The length of the UTF-8 character at the front; 0 if there is none.
 size_t length_of_character(std::string_view text) {
   const auto byte = [&](size_t at) { return static_cast<unsigned char>(text[at]); };
   const unsigned first = byte(0);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the sources find: rows for the tables, each with a key by which the next scan knows it again.
+// The findings of the sources: rows for the tables, each with a key that the next scan finds it by.
 #ifndef SCAN_ROWS_H
 #define SCAN_ROWS_H
 
@@ -17,8 +17,8 @@
 
 namespace zeldb::scan {
 
-// Not told by the source this time: the default of the column in a new row, and in one that is there what it
-// holds.
+// The source gave no value this time: a new row gets the default of the column, an existing one keeps its
+// value.
 struct Kept {};
 // The source has told this number before, perhaps, and does not now: where it stands it becomes 0; all else
 // stays, as with Kept.
@@ -48,7 +48,7 @@ struct Row {
   std::vector<Cell> cells;
 };
 
-// The words of --only, and what ScannedRows.Source holds.
+// The words of --only, which are also the values of ScannedRows.Source.
 inline constexpr const char* kPci = "pci";
 inline constexpr const char* kSmbios = "smbios";
 inline constexpr const char* kDrives = "drives";
@@ -58,14 +58,14 @@ inline constexpr const char* kSources[] = {kPci, kSmbios, kDrives, kNetwork, kFi
 
 struct Findings {
   std::vector<Row> rows;
-  std::set<std::string> complete;  // sources whose parts are all here: what is missing has gone
+  std::set<std::string> complete;  // sources whose parts are all here: missing ones were removed
   // Table and key of rows that could not be read this time, though their source is complete: they stay.
   std::set<std::pair<std::string, std::string>> unread;
   std::vector<std::string> troubles;  // one line each
 };
 
-// What a device calls itself, fit for a column: without controls, blanks at its ends and broken UTF-8, cut
-// between characters; NULL where nothing is left.
+// A text of a device, made fit for a column: without control characters, blanks at its ends and broken UTF-8,
+// cut between characters; NULL if it is empty then.
 Value text_value(std::string_view text, size_t limit = 255);
 
 template <typename Number>

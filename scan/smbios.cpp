@@ -20,7 +20,7 @@ class Structure {
   unsigned type() const { return static_cast<unsigned char>(formatted_[0]); }
   unsigned handle() const { return static_cast<unsigned>(number(2, 2).value_or(0)); }
 
-  // Nothing where the structure ends before.
+  // Nothing if the structure ends before.
   std::optional<uint64_t> number(size_t offset, size_t width) const {
     if (offset + width > formatted_.size()) return std::nullopt;
     uint64_t value = 0;
@@ -28,7 +28,7 @@ class Structure {
       value = value << 8U | static_cast<unsigned char>(formatted_[offset + at - 1]);
     return value;
   }
-  // By the number that stands at the offset; 0 is none.
+  // The string whose number is at the offset; 0 means none.
   std::optional<std::string> text(size_t offset) const {
     const uint64_t which = number(offset, 1).value_or(0);
     std::string_view rest = strings_;
@@ -90,7 +90,7 @@ constexpr Field kProcessor[] = {
     {"Characteristics", 0x26, 2},
 };
 
-// A byte, and where it is 255 a word elsewhere, which the readers may narrow.
+// A byte; if it is 255, a word elsewhere, which the readers may narrow.
 struct Count {
   const char* column;
   uint8_t offset;
@@ -128,7 +128,7 @@ constexpr Field kModule[] = {
     {"Attributes", 0x1B, 1},
 };
 
-// A word, and where it is 65535 a double word elsewhere.
+// A word; if it is 65535, a double word elsewhere.
 constexpr struct Speed {
   const char* column;
   uint8_t offset;
@@ -160,7 +160,7 @@ std::optional<uint64_t> count_of(const Structure& structure, const Count& count)
   auto number = structure.number(count.offset, 1);
   if (number == kElsewhere) {
     const auto wide = structure.number(count.wide_offset, 2);
-    if (wide) number = wide;  // else it means 255 itself
+    if (wide) number = wide;  // otherwise 255 is the number
   }
   if (number && (*number == 0 || *number == kReserved)) number.reset();
   return number;
@@ -202,7 +202,7 @@ Row processor_row(const Structure& structure, size_t nth, const std::map<unsigne
   return row;
 }
 
-// In MiB. Nothing where it is not known; 0 for an empty slot.
+// The size in MiB; nothing if it is not known, 0 for an empty slot.
 std::optional<uint64_t> module_size(const Structure& module) {
   constexpr uint64_t kUnknown = 0xFFFF;
   constexpr uint64_t kElsewhere = 0x7FFF;
@@ -228,7 +228,7 @@ std::optional<uint64_t> speed_of(const Structure& module, const Speed& speed) {
   return number == uint64_t{0} ? std::nullopt : number;
 }
 
-// nth counts empty slots, too: a module keeps its number when its neighbour goes.
+// nth counts empty slots, too, so that a module keeps its number when another is removed.
 std::optional<Row> module_row(const Structure& structure, size_t nth) {
   const auto size = module_size(structure);
   if (size == uint64_t{0}) return std::nullopt;
@@ -349,7 +349,7 @@ SmbiosTable read_smbios(const Machine& machine) {
   const std::string whole = "sys/firmware/dmi/tables/DMI";
   if (auto bytes = machine.bytes(whole, kLargest)) return {std::move(bytes), std::nullopt};
   const std::string folder = "sys/firmware/dmi/entries";
-  // Named TYPE-INSTANCE: by number, not by digit.
+  // The files are named TYPE-INSTANCE and sorted by their numbers.
   std::vector<std::tuple<unsigned, unsigned, std::string>> entries;
   for (const std::string& name : machine.names(folder)) {
     const char* const end = name.data() + name.size();

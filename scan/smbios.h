@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The SMBIOS table: firmware, processors with their caches, memory modules and slots. Structures may have the
-// length of any version; what one does not reach is not told.
+// length of any version; fields after the end of one are not known.
 #ifndef SCAN_SMBIOS_H
 #define SCAN_SMBIOS_H
 
@@ -17,7 +17,7 @@
 namespace zeldb::scan {
 
 struct Slot {
-  std::optional<uint32_t> segment, bus, device;  // of what is in it
+  std::optional<uint32_t> segment, bus, device;  // of the device in it
   std::optional<uint16_t> number;
   std::string designation;
   std::optional<uint32_t> type, width;
@@ -29,7 +29,7 @@ struct Smbios {
   std::vector<Slot> slots;
 };
 
-// Any bytes: what is damaged ends the table.
+// Takes any bytes: a damaged structure ends the table.
 Smbios decode_smbios(std::string_view table);
 
 struct SmbiosTable {
@@ -38,7 +38,7 @@ struct SmbiosTable {
 };
 SmbiosTable read_smbios(const Machine& machine);
 
-// For machines without such a table: what the kernel tells of its processors.
+// Processors as the kernel lists them, for machines without an SMBIOS table.
 std::vector<Row> read_processors(const Machine& machine);
 
 }  // namespace zeldb::scan

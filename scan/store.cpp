@@ -179,7 +179,7 @@ Store::Held Store::read_table(const std::string& table, const std::vector<const 
 void Store::compare(const std::string& table, const std::vector<const Row*>& rows, const Findings& findings,
                     std::vector<Change>& changes) {
   const Held held = read_table(table, rows);
-  // A merge may have taken an adapter over: it is its row from then on.
+  // If a merge has taken over an adapter, the row belongs to the merge from then on.
   const auto is_taken = [&](uint32_t id) {
     return table == tables::kAdapters && held.cell(id, kTaken).number.value_or(0) != 0;
   };
@@ -227,7 +227,7 @@ void Store::compare(const std::string& table, const std::vector<const Row*>& row
     if (key.first != table || found.contains(key.second) || !findings.complete.contains(owned.source) ||
         findings.unread.contains(key))
       continue;
-    // One that another writer has removed is forgotten.
+    // A row that another writer has removed is dropped from the list.
     if (!held.rows.contains(owned.id) || !is_taken(owned.id))
       changes.push_back({Change::Removed, table, key.second, {}, owned.id});
   }
@@ -287,7 +287,7 @@ std::vector<Change> Store::write(const Findings& findings) {
   };
   check(run("BEGIN"), "the inventory");
   try {
-    // Nothing has this number; from here on no other scan can write.
+    // No row has this number; the statement only takes the lock that keeps other scans from writing.
     check(zel_db_delete(connection_.get(), kEntries, "_id=0", nullptr, 0, nullptr), kEntries);
     read_owned();
     std::vector<Change> all = changes(findings);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How what was found gets into the tables: what differs is written, all of it or nothing. The table
-// ScannedRows holds which rows are a scan's; all others stay as they are.
+// Writes the findings into the tables: only rows that differ, and all of them or none. The table ScannedRows
+// lists the rows that a scan has written; other rows stay as they are.
 #ifndef SCAN_STORE_H
 #define SCAN_STORE_H
 
@@ -34,7 +34,7 @@ class Store {
   // Throws std::runtime_error, as all functions here: "what: why", one line.
   Store();
 
-  // Of functions that a scan has written.
+  // The places of functions that a scan has written.
   std::map<Address, Placement> placements();
 
   // The changes that bring the tables to what was found, in the order of their writing. They refer to the

@@ -13,7 +13,7 @@ unsigned byte_at(std::string_view bytes, size_t at) {
   return static_cast<unsigned char>(bytes[at]);
 }
 
-// From the image's first byte to the one behind the keyword RV, all bytes add up to 0.
+// The bytes from the image's first one to the one after the keyword RV add up to 0.
 bool adds_up(std::string_view image, size_t checksum) {
   unsigned sum = 0;
   for (size_t at = 0; at <= checksum; ++at) sum += byte_at(image, at);

@@ -24,7 +24,7 @@ constexpr bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The digits that the text begins with, without leading zeros; the text is left with what follows.
+// Takes the digits at the beginning of the text off it; leading zeros are dropped.
 std::string_view take_number(std::string_view& text) {
   const auto end = static_cast<size_t>(std::ranges::find_if_not(text, is_digit) - text.begin());
   std::string_view number = text.substr(0, end);
@@ -49,14 +49,14 @@ bool is_older(std::string_view version, std::string_view than) {
   return version.empty() && !than.empty();
 }
 
-// Collects what is wrong, a rule each.
+// Collects the findings; each function is a rule.
 class Checks {
  public:
   explicit Checks(const Policy& policy) : policy_(policy) {}
 
   void health() {
     for (const SlotRow& slot : read_slots()) {
-      if (slot.Functions != 0)  // a card that was pulled keeps its row
+      if (slot.Functions != 0)  // a card that was removed keeps its row
         add_health("adapter", place_text({slot.Location, slot.SlotNo}), health_text(slot.HealthStatus));
     }
     for (const aim_disk_info_t& drive : drives_)
@@ -73,7 +73,7 @@ class Checks {
 
   void drives() {
     for (const aim_disk_info_t& drive : drives_) {
-      if (drive.InfoMask == 0) continue;  // tells nothing
+      if (drive.InfoMask == 0) continue;  // no values are known
       const bool wears = std::strcmp(drive.MediaType, "HDD") != 0;
       const auto life = [&](int64_t limit) { return wears && drive.RemainLife <= limit; };
       const auto heat = [&](int64_t limit) { return drive.Temperature >= limit; };
@@ -99,7 +99,7 @@ class Checks {
 
   void ports() {
     if (policy_.baseline.empty()) return;
-    std::set<std::string> up;  // wherever the card sits by now
+    std::set<std::string> up;  // by address, since the card may have moved
     for (const Part& part : parts_) {
       for (std::string& address : split(part.ports_up, " ")) up.insert(std::move(address));
     }

@@ -8,7 +8,7 @@
 
 namespace zeldb::cli::checks {
 
-// Something that is wrong. Texts that are too long are cut.
+// A problem that a rule has found. Texts that are too long are cut.
 struct Fault {
   checks::Severity level;
   char Severity[9];

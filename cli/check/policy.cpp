@@ -26,7 +26,7 @@ constexpr struct {
   const char* name;
 } kNames[] = {{Severity::Ok, "ok"}, {Severity::Warning, "warning"}, {Severity::Critical, "critical"}};
 
-// What a reader throws names the key that it is about.
+// Each error of a reader names the key.
 [[noreturn]] void refuse(const std::string& key, const std::string& why) {
   throw std::runtime_error(printable(key, Escape::Terminal) + ": " + why);
 }
@@ -59,7 +59,7 @@ void read(Limits& limits, const std::string& key, const Json& json) {
 template <typename Record>
 void read(std::vector<Record>& records, const std::string& key, const Json& json);
 
-// A key of a record, and what its value is read into.
+// A key of a record, and the member that gets its value.
 template <typename Record>
 struct Key {
   const char* name;
@@ -120,7 +120,7 @@ void expect_sense(const Policy& policy) {
   }
 }
 
-// Of a key that stands there twice the one or the other would be dropped in silence.
+// Refuses a key that occurs twice in an object: one of the values would be dropped in silence.
 Json parse(const std::string& text) {
   std::vector<std::set<std::string>> open;  // keys of the objects around
   const auto is_unique = [&open](int /*depth*/, Json::parse_event_t event, const Json& parsed) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What "zeldb check" is to complain of, beside health: a JSON file that docs/zeldb-policy.schema.json
-// describes.
+// The rules of "zeldb check" beside health: a JSON file that docs/zeldb-policy.schema.json describes.
 #ifndef CLI_CHECK_POLICY_H
 #define CLI_CHECK_POLICY_H
 
@@ -17,7 +16,7 @@ namespace zeldb::cli::checks {
 enum class Severity : uint8_t { Ok = 0, Warning = 1, Critical = 2, Unknown = 3 };
 const char* name_of(Severity severity);
 
-// From which number on something is worth a warning, and from which on critical.
+// The numbers from which on a value is a warning, and critical.
 using Limits = std::map<Severity, int64_t>;
 
 struct Wanted {
@@ -28,11 +27,11 @@ struct Wanted {
   Severity severity = Severity::Critical;
 };
 
-// Ok: nothing is said of it.
+// Ok: it is not reported.
 struct Policy {
   Severity firmware_failed = Severity::Ok;
   Severity firmware_waiting = Severity::Ok;
-  Severity ports_down = Severity::Ok;  // that were up in the baseline
+  Severity ports_down = Severity::Ok;  // ports that were up in the baseline
   std::string baseline{};
   Limits life_percent{};
   Limits celsius{};
@@ -40,8 +39,8 @@ struct Policy {
   std::vector<Wanted> expected_parts{};
 };
 
-// Throws Failure for a text that is no policy; file is what it is called. A baseline is found beside the
-// policy unless its path begins with a slash.
+// Throws Failure for a text that is no policy; file is its name. The path of a baseline is relative to the
+// policy's folder unless it begins with a slash.
 Policy policy_of(const std::string& text, const std::string& file);
 
 }  // namespace zeldb::cli::checks

@@ -29,15 +29,15 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, BusNo, "BUS", "PCI bus")),
     extra(ZELDB_COLUMN(R, DeviceNo, "DEV", "PCI device")),
     extra(ZELDB_COLUMN(R, NCSIPresent, "NC-SI", "1 when the slot has NC-SI packages")),
-    extra(ZELDB_COLUMN(R, PackageID1, "PACKAGE 1", "First NC-SI package; 255 without")),
-    extra(ZELDB_COLUMN(R, PackageID2, "PACKAGE 2", "Second NC-SI package; 255 without")),
+    extra(ZELDB_COLUMN(R, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none")),
+    extra(ZELDB_COLUMN(R, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none")),
 };
 
 constexpr Column kNcsiColumns[] = {
     ZELDB_COLUMN(Ncsi, Location, "LOC", "0 on the system board, 1 an add-in slot"),
     ZELDB_COLUMN(Ncsi, SlotNo, "SLOT", "Number of the slot"),
-    ZELDB_COLUMN(Ncsi, PackageID1, "PACKAGE 1", "First NC-SI package; 255 without"),
-    ZELDB_COLUMN(Ncsi, PackageID2, "PACKAGE 2", "Second NC-SI package; 255 without"),
+    ZELDB_COLUMN(Ncsi, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none"),
+    ZELDB_COLUMN(Ncsi, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none"),
 };
 
 constexpr size_t kLongestCondition = 112;

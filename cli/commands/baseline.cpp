@@ -29,7 +29,7 @@ void write_baseline(const Options& options) {
 void setup_baseline(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_text(app, "FILE", options->file, "",
-                   "The file to write, readable for its owner alone; - is standard output"));
+                   "The file to write, readable by its owner only; - is standard output"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   set_action(

@@ -20,8 +20,8 @@ constexpr Column kColumns[] = {
     hex(ZELDB_COLUMN(R, SubDeviceId, "SUBDEVICE", "PCI subsystem id")),
     ZELDB_COLUMN(R, CardName, "CARD", "Name of the card"),
     ZELDB_COLUMN(R, ManufacturerName, "MAKER", "Who made it"),
-    ZELDB_COLUMN(R, Rating, "WATTS", "Power of the board; 0 where it is not known"),
-    extra(ZELDB_COLUMN(R, SecondaryText, "MORE", "What else is known of it")),
+    ZELDB_COLUMN(R, Rating, "WATTS", "Power of the board; 0 if it is not known"),
+    extra(ZELDB_COLUMN(R, SecondaryText, "MORE", "Further text")),
 };
 
 struct PciIds {
@@ -48,7 +48,7 @@ PciIds parse(const std::string& text) {
 }
 
 PciIds ids_of(uint32_t function) {
-  read_function(function);  // has to be there: the lookup of the ids does not say so
+  read_function(function);  // throws if it is not there; the lookup of the ids would not
   PciIds ids = {};
   check(zeldb_get_pci_id_by_funkey(static_cast<int>(function), &ids.vendor, &ids.device, &ids.sub_vendor,
                                    &ids.sub_device),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Whether all is well, in the manner of monitoring plugins: what is wrong, worst first, and an exit status.
+// Checks the machine as monitoring plugins do: findings, worst first, and an exit status.
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -27,7 +27,7 @@ using R = checks::Fault;
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Severity, "SEVERITY", "critical or warning"),
     ZELDB_COLUMN(R, Kind, "KIND", "Kind of part, as zeldb diff has it, or port or firmware"),
-    whole(ZELDB_COLUMN(R, Place, "PLACE", "Where it sits; an adapter's location and slot")),
+    whole(ZELDB_COLUMN(R, Place, "PLACE", "Place; location and slot of an adapter")),
     ZELDB_COLUMN(R, Finding, "FINDING", "What is wrong"),
 };
 
@@ -42,7 +42,7 @@ std::vector<R> read_findings(const Options& options) {
   return checks::findings(checks::policy_of(read_file(options.policy), options.policy));
 }
 
-// What a list of machines shows of this one, or of these.
+// One line for people: the state and the counts.
 std::string summary(size_t critical, size_t warnings, size_t unread) {
   if (critical + warnings + unread == 0) return "OK: nothing is wrong";
   const std::string state = critical != 0 ? "CRITICAL" : unread != 0 ? "UNKNOWN" : "WARNING";
@@ -61,7 +61,7 @@ bool judge(const Judged& judged, Options& options) {
   options.worst = critical != 0 ? Severity::Critical : warnings != 0 ? Severity::Warning : Severity::Ok;
   if (!judged.is_for_people) return true;
   std::puts(summary(critical, warnings, judged.unread).c_str());
-  return !judged.rows.empty();  // no headings
+  return !judged.rows.empty();  // without rows no headings either
 }
 
 void run(const Options& options, const std::function<void()>& show) {
@@ -74,8 +74,8 @@ void run(const Options& options, const std::function<void()>& show) {
 void setup_check(CLI::App& app) {
   auto options = std::make_shared<Options>();
   add_text(app, "POLICY", options->policy, "",
-           "A JSON file that says what else to look at; without one, health alone. The exit status is 0 when "
-           "nothing is wrong, 1 for warnings, 2 when something is critical, 3 when it cannot be told");
+           "A JSON file with further rules; without it, only health is checked. The exit status is 0 if all "
+           "is well, 1 for warnings, 2 for critical findings, 3 if the state is not known");
   Listing(app)
       .view(kColumns, [options] { return read_findings(*options); })
       .note(

@@ -25,7 +25,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(Entry, View, "VIEW", "A command, and the option that chooses another view of it"),
     whole(ZELDB_COLUMN(Entry, Column, "COLUMN", "Key in JSON and for --output")),
     ZELDB_COLUMN(Entry, Type, "TYPE", "Type of its values"),
-    ZELDB_COLUMN(Entry, InTable, "IN TABLE", "1 when it is in a table without being asked for"),
+    ZELDB_COLUMN(Entry, InTable, "IN TABLE", "1 if a table shows it by default"),
     ZELDB_COLUMN(
         Entry, Identifies, "MASKED AS",
         "What --mask replaces it by; text: addresses inside it; value: these, and all of a text setting"),
@@ -40,7 +40,7 @@ struct Shown {
 
 constexpr Column kUnmaskedColumns[] = {
     whole(ZELDB_COLUMN(Shown, Column, "COLUMN", "Of a listing or of a table")),
-    ZELDB_COLUMN(Shown, Why, "WHY", "Why it tells nothing of this machine alone"),
+    ZELDB_COLUMN(Shown, Why, "WHY", "Why it does not identify the machine"),
 };
 
 std::vector<Shown> read_unmasked() {

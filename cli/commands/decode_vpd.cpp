@@ -16,7 +16,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Manufacture, "MAKER", "Who made it"),
     ZELDB_COLUMN(R, Model, "MODEL", "Model"),
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
-    ZELDB_COLUMN(R, FruNo, "FRU", "Number by which it is replaced"),
+    ZELDB_COLUMN(R, FruNo, "FRU", "FRU number, for a replacement"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     ZELDB_COLUMN(R, Capacity, "SIZE", "Capacity"),
 };
@@ -88,7 +88,7 @@ std::vector<Day> read_day(const std::string& code) {
 void setup_decode_vpd(CLI::App& app) {
   auto text = std::make_shared<std::string>();
   require(add_text(app, "FILE", *text, "",
-                   "The image (- is standard input), or with another view what is to be decoded"));
+                   "The image (- is standard input), or with another view the text to decode"));
   Listing(app)
       .view(kColumns, [text] { return read_image(*text); })
       .view("--model", "Maker and model of the model text of a drive", kNameColumns,

@@ -23,13 +23,13 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Change, "CHANGE", "added, removed, moved, replaced, shrank or changed"),
     ZELDB_COLUMN(R, Kind, "KIND",
                  "Kind of part: processor, memory, adapter, gpu, drive, backplane, embedded"),
-    whole(ZELDB_COLUMN(R, Place, "PLACE", "Where it sits; an adapter's location and slot")),
+    whole(ZELDB_COLUMN(R, Place, "PLACE", "Place; location and slot of an adapter")),
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     whole(ZELDB_COLUMN(R, PreviousSerialNo, "WAS", "Serial number of the part that was replaced")),
     ZELDB_COLUMN(R, Detail, "DETAIL",
-                 "What else differs, before and now; of firmware the versions that run, not those that wait"),
-    ZELDB_COLUMN(R, Name, "NAME", "What it is called"),
+                 "Other differences, before and now; for firmware the running versions, not pending ones"),
+    ZELDB_COLUMN(R, Name, "NAME", "Name"),
 };
 
 enum DiffExit : int { kSame = 0, kDifferent = 1, kTrouble = 2 };
@@ -57,16 +57,17 @@ void run(const Options& options, const std::function<void()>& show) {
 
 void setup_diff(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_text(app, "FILE", options->file, "",
-                   "A file that zeldb baseline has written; the exit status is 0 when nothing differs, 1 "
-                   "when something does, 2 when it cannot be told"));
+  require(add_text(
+      app, "FILE", options->file, "",
+      "A file that zeldb baseline has written; the exit status is 0 without differences, 1 with some, 2 "
+      "after a failure"));
   add_flag(app, "--hardware", options->hardware,
-           "Leave out what has merely changed: firmware and the like of parts that have stayed");
+           "Leave out changes of parts that have stayed, such as firmware");
   Listing(app)
       .view(kColumns, [options] { return compare(*options); })
       .judge([options](const Judged& judged) {
         options->differs = !judged.rows.empty();
-        return options->differs || !judged.is_for_people;  // no news, no headings
+        return options->differs || !judged.is_for_people;  // without rows no headings either
       })
       .around([options](const std::function<void()>& show) { run(*options, show); });
 }

@@ -17,7 +17,7 @@ using R = aim_disk_info_t;
 using List = aim_disk_list_t;
 
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Location, "LOCATION", "Where it sits"),
+    ZELDB_COLUMN(R, Location, "LOCATION", "Place"),
     minor(ZELDB_COLUMN(R, DriveType, "TYPE", "Type of drive")),
     minor(ZELDB_COLUMN(R, MediaType, "MEDIUM", "SSD or HDD")),
     ZELDB_COLUMN(R, Capacity, "SIZE", "Capacity"),
@@ -39,7 +39,7 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, RotationRate, "RPM", "Revolutions per minute; 0 for an SSD")),
     extra(ZELDB_COLUMN(R, Manufacture, "MAKER", "Who made it")),
     extra(ZELDB_COLUMN(R, PartNo, "PART", "Part number")),
-    extra(ZELDB_COLUMN(R, FruNo, "FRU", "Number by which it is replaced")),
+    extra(ZELDB_COLUMN(R, FruNo, "FRU", "FRU number, for a replacement")),
     extra(whole(ZELDB_COLUMN(R, UUID, "UUID", "Universally unique id"))),
     extra(ZELDB_COLUMN(R, SFlags, "FLAGS", "Flags of its status")),
     extra(ZELDB_COLUMN(R, Warning, "WARNING", "Warnings, bits")),
@@ -67,7 +67,7 @@ struct Options {
   Key function;
 };
 
-// Lists of the library by the kind of bay.
+// The library's lists, by the kind of bay.
 constexpr struct {
   const char* bay;
   int (*read)(List* list, uint32_t exclude);
@@ -129,7 +129,7 @@ std::optional<std::vector<R>> read_chosen(const Options& options) {
     auto drives = list_of<List>(
         "drives", [&](List* list) { return zeldb_get_disk_list_funkey(*options.function, list); },
         {ZELDB_NO_MATCH});
-    if (drives.empty()) read_function(*options.function);  // has to be there
+    if (drives.empty()) read_function(*options.function);  // throws if it is not there
     return drives;
   }
   return std::nullopt;
@@ -165,7 +165,8 @@ void setup_disks(CLI::App& app) {
   need(add_text(app, "--where", options->where, "CONDITION",
                 "With --table: drives for which an SQL condition holds"),
        table);
-  need(add_flag(app, "--unlisted", options->unlisted, "With --bay: only those that the product data lacks"),
+  need(add_flag(app, "--unlisted", options->unlisted,
+                "With --bay: only drives that the product data does not list"),
        bay);
   Listing(app)
       .view(kColumns, [options] { return read_disks(*options); })

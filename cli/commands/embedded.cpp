@@ -12,8 +12,8 @@ using R = _ZELDB_EmbeddedFirmware;
 
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, DeviceName, "DEVICE", "Name of the device"),
-    ZELDB_COLUMN(R, DeviceIndex, "INDEX", "Which of several"),
-    whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id by which updates know the device")),
+    ZELDB_COLUMN(R, DeviceIndex, "INDEX", "Index among devices of the same name"),
+    whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id of the device for updates")),
     ZELDB_COLUMN(R, Version, "VERSION", "Version of the firmware"),
     ZELDB_COLUMN(R, Class, "CLASS", "Class of the device"),
     ZELDB_COLUMN(R, Category, "CATEGORY", "Category of the device"),

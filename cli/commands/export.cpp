@@ -29,18 +29,17 @@ void write_export(const Options& options) {
 
 void setup_export(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_text(app, "FILE", options->file, "", "The file to write, readable for its owner alone"));
+  require(add_text(app, "FILE", options->file, "", "The file to write, readable by its owner only"));
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   set_action(
       app, [options] { write_export(*options); },
-      "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one SQLite "
-      "database. Every other command reads it with --from. Secrets among the settings stay out of it, masked "
-      "or not (see zeldb pending --help). Look at it before you give it away: --mask leaves the columns that "
-      "zeldb columns --unmasked lists, and in messages of firmware replaces nothing but addresses and what "
-      "it knows from "
-      "elsewhere.");
+      "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one "
+      "SQLite database. Every other command reads it with --from. It never contains secrets among the "
+      "settings (see zeldb pending --help). Look at it before you give it away: --mask keeps the "
+      "columns that zeldb columns --unmasked lists, and in messages of firmware it replaces only "
+      "addresses and values that stand in other columns.");
 }
 
 }  // namespace zeldb::cli

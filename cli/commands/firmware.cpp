@@ -18,8 +18,8 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Location, "LOC", "0 on the system board, 1 in a slot"),
     ZELDB_COLUMN(R, SlotNo, "SLOT", "Number of the slot"),
     ZELDB_COLUMN(R, DeviceName, "DEVICE", "Name of the device"),
-    minor(whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id by which updates know the component"))),
-    whole(ZELDB_COLUMN(R, VersionString, "VERSION", "Version that runs")),
+    minor(whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id of the component for updates"))),
+    whole(ZELDB_COLUMN(R, VersionString, "VERSION", "Running version")),
     whole(ZELDB_COLUMN(R, PendingVersionString, "PENDING", "Version that waits for its activation")),
     ZELDB_COLUMN(R, UpdateErrString, "ERROR", "Why an update failed"),
     extra(ZELDB_COLUMN(R, DeviceType, "TYPE", "Kind of device")),
@@ -30,23 +30,23 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, ReleaseDate, "RELEASED", "When the version was released")),
     extra(ZELDB_COLUMN(R, PendingReleaseDate, "PENDING RELEASED", "When the waiting version was released")),
     extra(ZELDB_COLUMN(R, UpdateSupport, "UPDATABLE", "0: cannot be updated")),
-    extra(ZELDB_COLUMN(R, Updated, "UPDATED", "Not 0: has been through an update")),
+    extra(ZELDB_COLUMN(R, Updated, "UPDATED", "Not 0 after an update")),
     extra(ZELDB_COLUMN(R, UpdateMethod, "METHOD", "How it is updated, bits")),
-    extra(ZELDB_COLUMN(R, UpdateAuxInfo, "AUX", "What else an update told")),
+    extra(ZELDB_COLUMN(R, UpdateAuxInfo, "AUX", "Further information from an update")),
     extra(ZELDB_COLUMN(R, UpdateErrCode, "ERROR CODE", "0: no error")),
     extra(ZELDB_COLUMN(R, Status, "STATUS", "2: an update waits for its activation")),
 };
 
-// A part number of a disk behind a controller.
+// The part number of a disk that a controller has.
 struct Downstream {
   char SoftwareID[32];
 };
 constexpr Column kDownstreamColumns[] = {
-    ZELDB_COLUMN(Downstream, SoftwareID, "SOFTWARE", "Id by which updates know the device: its part number"),
+    ZELDB_COLUMN(Downstream, SoftwareID, "SOFTWARE", "Id of the device for updates: its part number"),
 };
 constexpr int kMostDownstream = 256;
 
-// Options that choose a list of the library's.
+// Options that choose one of the library's lists.
 constexpr struct {
   const char* option;
   const char* help;

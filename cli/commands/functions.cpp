@@ -36,7 +36,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(Function, CardName, "CARD", "Name of the card"),
     extra(INFO_COLUMN(SlotDesignation, "DESIGNATION", "Name of the slot")),
     extra(hex(INFO_COLUMN(DevKey, "ADAPTER", "Key of the adapter"))),
-    extra(INFO_COLUMN(_id, "ID", "Row of the table; the function's key where writers follow the samples")),
+    extra(INFO_COLUMN(_id, "ID", "Row of the table; in the samples the function's key")),
     extra(INFO_COLUMN(BridgeId, "BRIDGE", "Bridge above")),
     extra(INFO_COLUMN(SegNo, "SEGMENT", "PCI segment")),
     extra(INFO_COLUMN(BusNo, "BUS", "PCI bus")),
@@ -52,9 +52,9 @@ constexpr Column kColumns[] = {
     extra(
         ZELDB_COLUMN(Function, FunType, "TYPE", "Kind of function: 2 Ethernet, 3 Fibre Channel, 4 GPU, ...")),
     extra(INFO_COLUMN(LanesInUse, "LANES", "PCIe lanes in use")),
-    extra(INFO_COLUMN(MaxLanes, "MAX LANES", "PCIe lanes that it has")),
+    extra(INFO_COLUMN(MaxLanes, "MAX LANES", "PCIe lanes of the device")),
     extra(INFO_COLUMN(PCIeType, "PCIE", "PCIe generation in use")),
-    extra(INFO_COLUMN(MaxPCIeType, "MAX PCIE", "PCIe generation that it is made for")),
+    extra(INFO_COLUMN(MaxPCIeType, "MAX PCIE", "Highest PCIe generation of the device")),
     extra(ZELDB_COLUMN(Function, AIMSupported, "AIM", "0 known without settings, 1 to 3 supported")),
     extra(ZELDB_COLUMN(Function, OOBSrc, "OOB", "Source of its out-of-band data")),
     extra(hex(
@@ -79,7 +79,7 @@ constexpr Column kPackagingColumns[] = {
     MISC_COLUMN(OtherPackageType, "OTHER PACKAGE", "A package type in the maker's words"),
     MISC_COLUMN(ConnectorLayoutText, "CONNECTOR", "Layout of the connector"),
     MISC_COLUMN(MaxDataWidth, "LANES", "Largest data width"),
-    MISC_COLUMN(FoDUid, "FOD UID", "Id by which features are unlocked"),
+    MISC_COLUMN(FoDUid, "FOD UID", "Id for unlocking features"),
     extra(MISC_COLUMN(PackageType, "PACKAGE CODE", "Code of the package type")),
     extra(MISC_COLUMN(ConnectorLayout, "CONNECTOR CODE", "Code of the connector layout")),
     extra(MISC_COLUMN(AIMSpecVersion, "AIM SPEC", "Version of the adapter's interface")),
@@ -112,7 +112,7 @@ std::vector<uint32_t> keys_beside(const HexPair& ids) {
   return functions_in_slot({1, slot});
 }
 
-// Those that are asked for by name are there.
+// Functions that were asked for by key must exist.
 std::vector<uint32_t> chosen_keys(const Options& options) {
   if (options.key) {
     read_function(*options.key);
@@ -132,7 +132,7 @@ std::vector<uint32_t> chosen_keys(const Options& options) {
   return options.where.empty() ? function_keys() : function_keys(options.where);
 }
 
-// What the adapter tables do not know stays 0.
+// Values that the adapter tables lack stay 0.
 Function function_of(uint32_t key, const _ZELDB_PCI_Generic_Info& info) {
   Function row = {};
   row.FunKey = key;
@@ -198,11 +198,11 @@ void setup_functions(CLI::App& app) {
   exclude_each_other(choices);
   Listing(app)
       .view(kColumns, [options] { return functions_of(chosen_keys(*options)); })
-      .view("--packaging", "How functions are packaged", kPackagingColumns,
+      .view("--packaging", "Packaging of functions", kPackagingColumns,
             [options] { return read_packaging(chosen_keys(*options)); })
       .view("--nvme", "NVMe drives of known makers that sit in slots", kColumns, read_drive_functions)
       .without(choices)
-      .tree("The functions below the bridges that they are behind", bridge_above);
+      .tree("Show functions as a tree, below their bridges", bridge_above);
 }
 
 }  // namespace zeldb::cli

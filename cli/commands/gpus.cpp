@@ -9,7 +9,7 @@ namespace zeldb::cli {
 
 namespace {
 
-// Where a controller publishes what it knows of the GPU in a slot.
+// The properties that a controller publishes for the GPU in a slot.
 constexpr const char* kPublished = "/ac/ovrc/dm/planar/0/gpu_pci_slot";
 
 struct Gpu {

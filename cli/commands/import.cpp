@@ -17,7 +17,7 @@ struct Options {
   bool replaces = false;
 };
 
-// Both engines take these literals: quotes are doubled, nothing else has a meaning.
+// Literals for both engines: quotes are doubled, nothing else is special.
 std::string text_literal(const std::string& text) {
   std::string literal = "'";
   for (const char c : text.substr(0, text.find('\0'))) literal.append(c == '\'' ? 2 : 1, c);
@@ -44,8 +44,8 @@ class TableImport {
 
   void run() {
     while (rows_.step()) {
-      // A file keeps numbers from 2^63 on as negative ones; a column of a server that takes them takes
-      // nothing negative.
+      // An export keeps numbers from 2^63 on as negative ones; a server's column for them takes no
+      // negative numbers.
       if (to_.insert(table_.name, columns_, values(false))) continue;
       if (!has_negative_ || !to_.insert(table_.name, columns_, values(true)))
         throw Failure("table " + table_.name + ": the row with _id " + rows_.text(0) +
@@ -99,13 +99,13 @@ void import_file(const Options& options) {
 void setup_import(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_text(app, "FILE", options->file, "", "A file that zeldb export has written"));
-  add_flag(app, "--replace", options->replaces, "Take all rows that are there out first");
+  add_flag(app, "--replace", options->replaces, "Delete all existing rows first");
   set_action(
       app, [options] { import_file(*options); },
-      "The rows of both databases go to those of ZEL_DB_URL, which zeldb init has made: all of them or none. "
-      "Both databases have taken all rows before either is asked to keep them; where they are two, a power "
-      "cut between these two moments leaves one without the other, and importing once more with --replace "
-      "mends that. What the export has left out or masked stays so. The files of the platform folder are not "
+      "Writes the rows of both databases into those of ZEL_DB_URL, which zeldb init has made: all of "
+      "them or none. If these are two databases, both take all rows before either commits. A power cut "
+      "between the two commits leaves one without its rows; import again with --replace then. Values "
+      "that the export has left out or masked stay so. The files of the platform folder are not "
       "written.");
 }
 

@@ -16,8 +16,8 @@ void create_databases() {
 
 void setup_init(CLI::App& app) {
   set_action(app, create_databases,
-             "The databases are those of ZEL_DB_URL. Those that exist keep what they hold; older tables are "
-             "brought up to date.");
+             "The databases are those of ZEL_DB_URL. Existing ones keep their rows; older tables are brought "
+             "to the present schema.");
 }
 
 }  // namespace zeldb::cli

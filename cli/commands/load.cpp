@@ -20,7 +20,7 @@ struct Options {
   bool replaces = false;
 };
 
-// As the engines say it.
+// A part of the message of both engines.
 bool is_there_already(const std::string& error) {
   return error.find("UNIQUE constraint failed") != std::string::npos ||
          error.find("Duplicate entry") != std::string::npos;
@@ -28,7 +28,7 @@ bool is_there_already(const std::string& error) {
 
 void load(const Options& options) {
   if (options.replaces) {
-    // A name that was mistyped must not cost the rows.
+    // Checked first: a mistyped name must not cost the rows.
     for (const std::string& file : options.files) {
       if (access(file.c_str(), R_OK) != 0) throw Failure("cannot read " + file + ": " + std::strerror(errno));
     }
@@ -56,10 +56,10 @@ void setup_load(CLI::App& app) {
   app.add_option("--database", options->database, "The database to run them in")
       ->check(CLI::IsMember({"dmdb", "propertiesdb"}))
       ->capture_default_str();
-  app.add_flag("--replace", options->replaces, "Take all rows of the database out first");
+  app.add_flag("--replace", options->replaces, "Delete all rows of the database first");
   app.footer(
-      "Files are run in the order given. The first statement that fails ends the command; what ran before it "
-      "stays.");
+      "Files are run in the order given. The first statement that fails ends the command; earlier "
+      "statements keep their effect.");
   app.callback([options] { load(*options); });
 }
 

@@ -75,7 +75,7 @@ constexpr Column kPersistentColumns[] = {
     extra(MODULE_COLUMN(iMCNum, "IMC", "Memory controller of the processor")),
     extra(MODULE_COLUMN(ChannelNum, "CHANNEL", "Channel of the controller")),
     extra(MODULE_COLUMN(DimmNum, "DIMM", "Place on the channel")),
-    extra(MODULE_COLUMN(SoftwareID, "SOFTWARE", "Id by which updates know the firmware")),
+    extra(MODULE_COLUMN(SoftwareID, "SOFTWARE", "Id of the firmware for updates")),
 };
 #undef MODULE_COLUMN
 

@@ -39,7 +39,7 @@ void write_metrics(const Options& options) {
     if (!read_now.is_whole) throw Failure("");
     return;
   }
-  // Its reader is another user.
+  // Another user reads the file.
   constexpr mode_t kReadable = 0644;
   NewFile file(options.file, IfExists::Replace);
   const metrics::Read read_now = read(options);
@@ -55,18 +55,18 @@ void write_metrics(const Options& options) {
 void setup_metrics(CLI::App& app) {
   auto options = std::make_shared<Options>();
   add_text(app, "FILE", options->file, "",
-           "A file to replace as a whole, readable for all, for a textfile collector; standard output "
-           "without one");
+           "A file to replace as a whole, readable for all, for a textfile collector; without it, standard "
+           "output");
   add_text(app, "--baseline", options->baseline, "FILE",
-           "Show what differs from a file that zeldb baseline has written, too");
+           "Also show the differences from a file that zeldb baseline has written");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   set_action(
       app, [options] { write_metrics(*options); },
-      "The text is in the format of Prometheus, and of OpenMetrics as well: gauges alone. A label has at "
-      "most 64 characters, a metric at most 2000 series; what is beyond is counted in zeldb_series_left_out. "
-      "What cannot be read is said on standard error, zeldb_section_up is 0 for it, and the exit status is "
-      "1.");
+      "The format is that of Prometheus and OpenMetrics; all metrics are gauges. A label has at most 64 "
+      "characters, a metric at most 2000 series; zeldb_series_left_out counts the rest. If a section "
+      "cannot be read, the reason goes to standard error, its zeldb_section_up is 0, and the exit "
+      "status is 1.");
 }
 
 }  // namespace zeldb::cli

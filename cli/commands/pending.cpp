@@ -30,7 +30,7 @@ constexpr Column kColumns[] = {
     whole(ZELDB_COLUMN(R, SettingID, "ID", "Id of the setting: its set, a dot, its name")),
     ZELDB_COLUMN(R, CurrentValue, "CURRENT", "Value in force"),
     ZELDB_COLUMN(R, PendingValue, "PENDING", "Value from the next start on"),
-    ZELDB_COLUMN(R, ShortDesc, "DESCRIPTION", "What it is, in short"),
+    ZELDB_COLUMN(R, ShortDesc, "DESCRIPTION", "Short description"),
     extra(hex(ZELDB_COLUMN(R, PfaKey, "FUNCTION", "Key of the function"))),
     extra(ZELDB_COLUMN(R, SettingName, "NAME", "Name of the setting")),
     extra(ZELDB_COLUMN(R, Defvalue, "DEFAULT", "Default value")),
@@ -46,7 +46,7 @@ struct Options {
   bool unchecked = false;
 };
 
-// Of all functions, as the BIOS has them where the inventory has no values.
+// The settings of all functions; values that the inventory lacks are those of the BIOS.
 std::vector<R> read_all_with_secrets() {
   std::vector<R> all;
   for (const uint32_t function : function_keys()) {
@@ -94,7 +94,7 @@ std::vector<std::pair<R, std::string>> find(Changes changes) {
     const auto change = changes.find(text_of(setting.SettingID));
     if (change == changes.end()) continue;
     const std::string current = text_of(setting.CurrentValue);
-    // Nobody tells the current value of a secret: no pending value is what there was before one was set.
+    // The current value of a secret is never known, so cancelling leaves no pending value.
     if (!change->second && current.empty() && !holds_secret(setting))
       throw Failure(change->first + ": its current value is not known");
     found.emplace_back(setting, change->second.value_or(current));
@@ -105,7 +105,7 @@ std::vector<std::pair<R, std::string>> find(Changes changes) {
   return found;
 }
 
-// What the library can store at all.
+// Checks that the library can store the value.
 Entry entry_of(const std::string& id, const std::string& value) {
   Entry entry = {};
   if (id.size() >= sizeof(entry.SettingID))
@@ -118,7 +118,7 @@ Entry entry_of(const std::string& id, const std::string& value) {
   return entry;
 }
 
-// Throws for an objection unless it may be overruled; adds what is said of the value before it is written.
+// Throws for an objection unless unchecked; adds the remarks on the value.
 void consider(const R& setting, const std::string& value, bool unchecked,
               std::vector<std::string>& warnings) {
   const std::string id = text_of(setting.SettingID);
@@ -133,7 +133,7 @@ void consider(const R& setting, const std::string& value, bool unchecked,
     warnings.push_back(id + ": " + printable(doubt, Escape::Terminal));
 }
 
-// All of them, or none. New values do not get into the traces, whatever they are.
+// Writes all of them or none. New values may be secrets, so they do not get into the traces.
 void change(const Options& options) {
   for (const char* trace : {"ZEL_DB_TRACE", "ZEL_PLATFORM_TRACE", "CMR_CALL_LOG"}) unsetenv(trace);
   const Changes changes = changes_of(options);
@@ -168,13 +168,12 @@ void setup_pending(CLI::App& app) {
   const std::vector<CLI::Option*> changing = {
       app.add_option(
              "--set", options->set,
-             "Have this value from the next start on, if the setting's own rules allow it; the value - is "
-             "read from standard input, one line for each, or asked for on the terminal")
+             "Set the value for the next start, if the rules of the setting allow it; with - as the value, a "
+             "line of standard input, or of the terminal after a prompt")
           ->type_name("ID=VALUE"),
       app.add_option(
              "--cancel", options->cancelled,
-             "Have the current value from the next start on; for a secret of which nobody tells it, an empty "
-             "one")
+             "Keep the current value for the next start; for a secret whose value is not known, an empty one")
           ->type_name("ID"),
   };
   for (CLI::Option* option : changing) {
@@ -183,13 +182,14 @@ void setup_pending(CLI::App& app) {
       if (other->get_group() == "Output") option->excludes(other);
     }
   }
-  need(add_flag(app, "--force", options->unchecked, "With --set: warn where the rules do not allow it"),
+  need(add_flag(app, "--force", options->unchecked,
+                "With --set: only warn if the rules do not allow the value"),
        changing.front());
   listing.note(
-      "Settings that hold secrets are those of type 5, and texts and numbers whose id, name or description "
-      "says so (password, secret, credential, private key, ...). Their values are shown by no command and "
-      "left out of exports: (secret) stands for them, (other secret) for a pending one that differs. Give "
-      "them as ID=-: what stands on a command line is seen by other users.");
+      "Secrets are settings of type 5, and texts and numbers whose id, name or description says so "
+      "(password, secret, credential, private key, ...). No command shows their values, and exports do "
+      "not contain them: (secret) stands for them, (other secret) for a pending one that differs. Give "
+      "them as ID=-, because other users can see a command line.");
   listing.view(kColumns, read_pending).around([options](const std::function<void()>& show) {
     if (options->set.empty() && options->cancelled.empty())
       show();

@@ -9,7 +9,7 @@ namespace zeldb::cli {
 
 namespace {
 
-// Of the function, or of the whole adapter, with this key.
+// A port of the function, or of the whole adapter, with this key.
 template <typename Record>
 struct Of {
   uint32_t Key;
@@ -88,7 +88,7 @@ struct Options {
 template <typename List, typename Read>
 void add_ports(std::vector<Of<std::remove_reference_t<decltype(*List::Items)>>>& rows, uint32_t key,
                const std::string& card, Read read) {
-  // An unknown function and one without ports are the same to the library.
+  // The library does not distinguish an unknown function from one without ports.
   for (const auto& port :
        list_of<List>("ports of " + key_text(key), read, {ZELDB_NO_MATCH, ZELDB_NO_MORE_ROWS})) {
     auto& row = rows.emplace_back();
@@ -100,7 +100,7 @@ void add_ports(std::vector<Of<std::remove_reference_t<decltype(*List::Items)>>>&
 
 std::vector<uint32_t> chosen_functions(const Options& options) {
   if (options.function) {
-    read_function(*options.function);  // has to be there
+    read_function(*options.function);  // throws if it is not there
     return {*options.function};
   }
   if (!options.slot) return function_keys();
@@ -108,7 +108,7 @@ std::vector<uint32_t> chosen_functions(const Options& options) {
   return functions_in_slot(*options.slot);
 }
 
-// Of an adapter that has to be there.
+// The name of an adapter; throws if it is not there.
 std::string adapter_name(uint32_t key) {
   for (const _ZELDB_PCI_Adapter& adapter : list_of<_ZELDB_PCI_Adapter_List>(
            "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); })) {

@@ -11,10 +11,10 @@ namespace {
 using R = _ZELDB_Processor;
 
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Socket, "SOCKET", "Where it sits"),
+    ZELDB_COLUMN(R, Socket, "SOCKET", "Place"),
     minor(ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it")),
     ZELDB_COLUMN(R, Version, "MODEL", "Model and version, as the processor reports it"),
-    summed(ZELDB_COLUMN(R, CoreCount, "CORES", "Cores that it has")),
+    summed(ZELDB_COLUMN(R, CoreCount, "CORES", "Number of cores")),
     summed(ZELDB_COLUMN(R, CoreEnabled, "ENABLED", "Cores that are enabled")),
     summed(ZELDB_COLUMN(R, ThreadCount, "THREADS", "Threads of all cores")),
     ZELDB_COLUMN(R, MaxSpeed, "MAX MHZ", "Highest clock rate in MHz"),

@@ -38,16 +38,16 @@ void run(const Options& options) {
 void setup_redfish(CLI::App& app) {
   auto options = std::make_shared<Options>();
   add_text(app, "FOLDER", options->folder, "",
-           "Where to write the tree, as redfish/v1/.../index.json; it is made if it is missing");
-  add_flag(app, "--force", options->replace, "Replace the tree that is there");
+           "The folder to write the tree to, as redfish/v1/.../index.json; it is created if it is missing");
+  add_flag(app, "--force", options->replace, "Replace the tree if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   add_flag(app, "--document", options->document,
-           "Print which property comes from which column, and write nothing");
+           "Print the column of each property, without writing the tree");
   set_action(
       app, [options] { run(*options); },
-      "Any web server that gives index.json for a folder serves the tree, and so do the DMTF's mockup "
-      "servers. Nothing is written when a link of it would lead nowhere.");
+      "Any web server that returns index.json for a folder can serve the tree, as can the DMTF's mockup "
+      "servers. Nothing is written if a link has no target.");
 }
 
 }  // namespace zeldb::cli

@@ -48,17 +48,16 @@ void write_report(const Options& options) {
 void setup_report(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_text(app, "FILE", options->file, "",
-                   "The page to write, readable for its owner alone; - is standard output"));
+                   "The page to write, readable by its owner only; - is standard output"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
-  add_text(
-      app, "--name", options->name, "NAME",
-      "What the page calls the machine; otherwise the name of this host, or with --from that of the file. "
-      "With --mask it has no other name");
+  add_text(app, "--name", options->name, "NAME",
+           "The name of the machine on the page; by default that of this host, with --from that of the file, "
+           "with --mask none");
   app.footer(
-      "The page needs no network: it can be mailed, printed and kept. Its one script is that of the filter "
-      "field; the page works without.");
+      "The page needs no network: it can be mailed, printed and kept. Its only script is for the filter "
+      "field; the page works without it.");
   app.callback([options] { write_report(*options); });
 }
 

@@ -29,7 +29,7 @@ struct Shown {
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(Shown, Change, "CHANGE", "added, changed or removed"),
     ZELDB_COLUMN(Shown, Table, "TABLE", "The table that the row is in"),
-    whole(ZELDB_COLUMN(Shown, Key, "KEY", "What the scan knows the row by")),
+    whole(ZELDB_COLUMN(Shown, Key, "KEY", "Key of the row for the next scan")),
     ZELDB_COLUMN(Shown, Detail, "DETAIL", "Columns that differ, before and now"),
 };
 
@@ -56,7 +56,7 @@ void print(const std::vector<scan::Change>& changes, bool as_object) {
   }
   if (as_object)
     std::fputs(as_json(table).c_str(), stdout);
-  else if (!table.rows.empty())  // no news, no headings
+  else if (!table.rows.empty())  // without rows no headings either
     std::fputs(as_table(table, {.terminal = terminal()}).text.c_str(), stdout);
 }
 
@@ -85,20 +85,18 @@ void setup_scan(CLI::App& app) {
   add_text(app, "--root", options->question.root, "DIR",
            "Read a recorded machine: a folder with sys, and proc where it is needed");
   add_text(app, "--pci-dump", options->question.pci_dump, "FILE",
-           "Take the PCI functions from what lspci -x (to -xxxx) has printed");
+           "Read the PCI functions from the output of lspci -x (to -xxxx)");
   const std::vector<std::string> sources(std::begin(scan::kSources), std::end(scan::kSources));
-  app.add_option("--only", options->only, "What to bring up to date: pci, smbios, drives, network, firmware")
+  app.add_option("--only", options->only, "The sources to read: pci, smbios, drives, network, firmware")
       ->type_name("SOURCE,...")
       ->delimiter(',')
       ->check(CLI::IsMember(sources));
-  add_flag(app, "--dry-run", options->dry_run, "Tell what would change, and write nothing");
+  add_flag(app, "--dry-run", options->dry_run, "Show the changes without writing them");
   add_flag(app, "--json", options->json, "One JSON object, one row a line");
   std::string footer =
-      "One line for each row that was added, changed or removed; none when all is as it was. What could not "
-      "be "
-      "read is told on standard error, keeps what an earlier scan has found of it, and makes the exit status "
-      "1. "
-      "Rows that others have written are never touched.";
+      "Prints one line for each row that was added, changed or removed; none if nothing has changed. If "
+      "a part cannot be read, the reason goes to standard error, its rows of an earlier scan stay, and "
+      "the exit status is 1. Rows of other writers are never changed.";
   const struct {
     bool is_here;
     const char* library;

@@ -22,7 +22,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, CurrentValue, "CURRENT", "Value in force"),
     ZELDB_COLUMN(R, PendingValue, "PENDING", "Value from the next start on"),
     ZELDB_COLUMN(R, Defvalue, "DEFAULT", "Default value"),
-    ZELDB_COLUMN(R, ShortDesc, "DESCRIPTION", "What it is, in short"),
+    ZELDB_COLUMN(R, ShortDesc, "DESCRIPTION", "Short description"),
     extra(hex(ZELDB_COLUMN(R, PfaKey, "FUNCTION", "Key of the function"))),
     extra(ZELDB_COLUMN(R, SettingName, "NAME", "Name of the setting")),
     extra(ZELDB_COLUMN(R, FullDesc, "FULL DESCRIPTION", "What it is")),
@@ -30,11 +30,11 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, Flags, "FLAGS", "Flags, bits")),
     extra(ZELDB_COLUMN(R, Minim, "MIN", "Smallest number")),
     extra(ZELDB_COLUMN(R, Maxim, "MAX", "Largest number")),
-    extra(ZELDB_COLUMN(R, Step, "STEP", "Distance of numbers")),
+    extra(ZELDB_COLUMN(R, Step, "STEP", "Step between numbers")),
     extra(ZELDB_COLUMN(R, Mins, "MIN LENGTH", "Shortest text")),
     extra(ZELDB_COLUMN(R, Maxs, "MAX LENGTH", "Longest text")),
     extra(ZELDB_COLUMN(R, Pattern, "PATTERN", "Regular expression of a text")),
-    extra(ZELDB_COLUMN(R, Numchoices, "CHOICES", "How many choices there are")),
+    extra(ZELDB_COLUMN(R, Numchoices, "CHOICES", "Number of choices")),
     extra(ZELDB_COLUMN(R, Choices, "CHOICE LIST", "The choices")),
     extra(ZELDB_COLUMN(R, Mininstances, "MIN INSTANCES", "Fewest instances")),
     extra(ZELDB_COLUMN(R, Maxinstances, "MAX INSTANCES", "Most instances")),
@@ -65,7 +65,7 @@ struct Options {
   bool flagged = false;
 };
 
-// Of the function that was asked for, or of all.
+// The settings of the chosen function, or of all.
 std::vector<R> read_all(const Options& options) {
   if (options.function) return read_settings(*options.function, options.prefix, options.flagged);
   std::vector<R> all;
@@ -78,8 +78,8 @@ std::vector<R> read_all(const Options& options) {
 
 std::vector<Set> read_sets(const Options& options) {
   if (!options.function) throw WrongUse("--sets needs the KEY of a function");
-  read_function(*options.function);  // has to be there
-  // As many settings as can be counted, each the only one of its set.
+  read_function(*options.function);  // throws if it is not there
+  // The highest count, so that each setting is the only one of its set.
   std::string names(size_t{128} * 65536, '\0');
   check(zeldb_get_pci_configID(static_cast<int>(*options.function), names.data()),
         "settings of " + key_text(*options.function));
@@ -100,7 +100,7 @@ void setup_settings(CLI::App& app) {
   add_key(app, "KEY", options->function, "A function's key; all functions without one");
   CLI::Option* set = add_text(app, "--set", options->prefix, "PREFIX",
                               "Settings whose id begins with this text (_ and % are wildcards)");
-  CLI::Option* flagged = add_flag(app, "--flagged", options->flagged, "Settings with flag 2 alone");
+  CLI::Option* flagged = add_flag(app, "--flagged", options->flagged, "Only settings with flag 2");
   Listing(app)
       .view(kColumns, [options] { return read_all(*options); })
       .view("--sets", "Names of the sets", kSetColumns, [options] { return read_sets(*options); })

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// All that the listings tell of a slot, a bay, or what has a name of its own.
+// All rows of the listings for a slot, a bay, or a part with a name of its own.
 #include <strings.h>
 
 #include <algorithm>
@@ -31,7 +31,7 @@ struct Options {
   bool is_wide = false;
 };
 
-// Listings of what has a name of its own, and the column with that name.
+// Listings of parts with a name of their own, and the column with that name.
 constexpr struct {
   const char* view;
   const char* title;
@@ -179,15 +179,15 @@ void setup_show(CLI::App& app) {
   add_flag(
       app, "--json", options->as_json,
       "One JSON object: listings has what each listing prints of the place, under its name in the schema");
-  add_flag(app, "--wide", options->is_wide, "Whole texts, however wide the lines");
+  add_flag(app, "--wide", options->is_wide, "Do not cut texts to the width of the terminal");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
   set_action(
       app, [options] { show(*options); },
-      "Of a slot that is the card and its health, firmware that runs, waits or has failed, network ports, "
-      "the settings that change with the next start, PCI functions with their links, NC-SI packages, vital "
-      "product data, GPUs, the drives behind it and BIOS settings. What there is one of is shown a line "
-      "each.");
+      "For a slot it shows the card and its health; firmware that runs, waits or has failed; network "
+      "ports; settings that change with the next start; PCI functions with their links; NC-SI packages; "
+      "vital product data; GPUs; the drives of its controller; and BIOS settings. A listing with one "
+      "row is shown with a line for each column.");
 }
 
 }  // namespace zeldb::cli

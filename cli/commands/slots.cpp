@@ -21,7 +21,7 @@ namespace {
 
 using R = SlotRow;
 
-// The keys are nothing where there is no adapter or no function.
+// The keys are empty if there is no adapter or no function.
 struct Shown {
   R Slot;
   char PCIKey[9];
@@ -49,7 +49,7 @@ using Disks = std::vector<aim_disk_info_t>;
 using Components = std::vector<_ZELDB_PldmFirmware>;
 using PlaceOfSlot = std::tuple<uint8_t, uint16_t>;
 
-constexpr uint8_t kInSlot = 1;  // the locations beyond are bays
+constexpr uint8_t kInSlot = 1;  // higher locations are bays
 
 template <size_t N, size_t M>
 void complete(char (&text)[N], const char (&other)[M]) {
@@ -61,11 +61,11 @@ struct Function {
   _ZELDB_PCI_Generic_Info info;
 };
 
-// A slot, and what is known of the functions in it.
+// A slot and its functions.
 struct Slot {
   R shown;
   const Function* first = nullptr;  // the one with the lowest key
-  bool may_have_ports = true;       // where nothing is known of functions, too
+  bool may_have_ports = true;       // also if no functions are known
 };
 using Slots = std::map<PlaceOfSlot, Slot>;
 
@@ -77,8 +77,8 @@ std::vector<uint32_t> keys_by_row() {
   });
 }
 
-// One list has the keys, the other one all else, both in the order of their rows: they are joined unless
-// somebody writes meanwhile, or one of them leaves out a row.
+// One list has the keys, the other one the rest, both in the order of the rows. They are joined unless their
+// lengths differ because somebody wrote in between, or one of them left out a row.
 std::vector<Function> read_functions() {
   const std::vector<uint32_t> keys = keys_by_row();
   const auto infos = list_of<_ZELDB_PCI_Generic_Info_List>(
@@ -127,14 +127,14 @@ void add_adapters(Slots& slots) {
   }
 }
 
-// The list of adapters leaves some out.
+// The list of adapters omits some.
 void ask_for_adapter(R& slot) {
   if (slot.PCIKey != 0) return;
   if (zeldb_get_adapter_pcikey_by_slotNo(slot.Location, slot.SlotNo, &slot.PCIKey) == ZELDB_OK)
     zeldb_get_adapter_health_status(slot.Location, slot.SlotNo, &slot.HealthStatus);
 }
 
-// The only component of the slot, or of two the first that can be updated, or else the first.
+// The component of the slot; of several, the first that can be updated, otherwise the first.
 void complete_from_components(R& slot, const Components& components) {
   std::vector<const _ZELDB_PldmFirmware*> here;
   for (const _ZELDB_PldmFirmware& component : components) {
@@ -198,7 +198,7 @@ std::vector<Shown> read_shown() {
   return rows;
 }
 
-// Without them slots only lack their firmware.
+// A failure is no reason to stop: slots only lack their firmware.
 Components components_if_told() {
   try {
     return read_components();
@@ -209,7 +209,7 @@ Components components_if_told() {
 
 }  // namespace
 
-// Lists are asked for once and joined here: a controller's tables are slow to be asked slot by slot.
+// Reads each list once and joins them: a query per slot would be slow on a controller.
 std::vector<SlotRow> read_slots() {
   require_inventory("slots");
   Slots slots;

@@ -23,7 +23,7 @@ constexpr Column kColumns[] = {
     minor(VPD_COLUMN(Manufacture, "MAKER", "Who made it")),
     VPD_COLUMN(Model, "MODEL", "Model"),
     VPD_COLUMN(PartNo, "PART", "Part number"),
-    VPD_COLUMN(FRUNo, "FRU", "Number by which it is replaced"),
+    VPD_COLUMN(FRUNo, "FRU", "FRU number, for a replacement"),
     whole(VPD_COLUMN(SerialNo, "SERIAL", "Serial number")),
     minor(whole(VPD_COLUMN(UUID, "UUID", "Universally unique id"))),
 };
@@ -38,7 +38,7 @@ struct Options {
 
 std::vector<uint32_t> chosen_functions(const Options& options) {
   if (options.function) {
-    read_function(*options.function);  // has to be there
+    read_function(*options.function);  // throws if it is not there
     return {*options.function};
   }
   if (!options.slot) return function_keys();
@@ -76,7 +76,7 @@ void setup_vpd(CLI::App& app) {
   exclude_each_other({function, slot});
   Listing(app)
       .view(kColumns, [options] { return read_products(*options); })
-      .view("--published", "What the property store has of the GPU in --slot", kPublishedColumns,
+      .view("--published", "Properties of the GPU in --slot in the property store", kPublishedColumns,
             [options] { return read_published(*options); })
       .without({function});
 }

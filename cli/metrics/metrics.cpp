@@ -51,7 +51,7 @@ std::string label_value(const std::string& text) {
 std::string number_text(double number) {
   char text[32];
   std::snprintf(text, sizeof(text), "%.17g", number);
-  // As short as it can be without becoming another number.
+  // The shortest text that reads back as the same number.
   char shorter[32];
   std::snprintf(shorter, sizeof(shorter), "%.15g", number);
   return std::stod(shorter) == number ? shorter : text;

@@ -24,7 +24,7 @@ namespace zeldb::cli::metrics {
 
 namespace {
 
-// One of these is the state of a part.
+// The states of a part.
 constexpr const char* kStates[] = {"ok", "warning", "critical", "unknown"};
 
 const char* state_of(uint64_t health) {
@@ -120,7 +120,7 @@ class Reader {
 
   void databases();
 
-  // What fails is said and leaves the others alone.
+  // A section that fails is reported; the others are still read.
   bool section(const char* name, void (Reader::*read)()) {
     bool is_read = true;
     try {
@@ -250,7 +250,7 @@ bool ask(const Handle& handle, const std::string& statement, int64_t* number) {
   return status == 0 && zel_db_result_step(rows) == kRow && zel_db_result_column_int64(rows, 0, number) == 0;
 }
 
-// Of a file, or of the files in a folder that ZEL_DB_URL names; 0 where it names none.
+// The time of the last write to the file, or the files in the folder, that ZEL_DB_URL names; 0 if none.
 int64_t newest_file() {
   const char* const url = std::getenv("ZEL_DB_URL");
   const std::string scheme = "sqlite://";

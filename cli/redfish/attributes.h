@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a registry of attributes and the BIOS resources have to agree on.
+// Rules that the attribute registry and the BIOS resources share.
 #ifndef CLI_REDFISH_ATTRIBUTES_H
 #define CLI_REDFISH_ATTRIBUTES_H
 
@@ -16,7 +16,7 @@ namespace zeldb::cli::redfish {
 // "Integer", "Enumeration", "Password" or "String".
 const char* attribute_type(const PCISetting_info& setting);
 
-// A value of the column as the attribute's type has it: a secret and what is not known are null.
+// The value of a column in the attribute's type; null for a secret or an unknown value.
 Json attribute_value(const Machine& machine, const PCISetting_info& setting, std::string_view column,
                      const std::string& value);
 

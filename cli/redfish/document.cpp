@@ -37,7 +37,7 @@ session, no action, no event. A setting is changed with `zeldb pending --set`.
 - Every link leads to a resource of the tree, and what it leads to links back where the schema has a property for it.
 )";
 
-// A bar would end the cell.
+// Escapes bars, which would end the cell.
 std::string cell(const char* text) {
   std::string escaped;
   for (; *text != '\0'; ++text) escaped += *text == '|' ? std::string("\\|") : std::string(1, *text);

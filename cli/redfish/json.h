@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A value of JSON, as far as resources need one: light, because every resource includes it. tree.cpp hands it
-// to the library that writes it.
+// A JSON value with what resources need. Every resource includes this header, so it is small; tree.cpp passes
+// the value to the library that writes it.
 #ifndef CLI_REDFISH_JSON_H
 #define CLI_REDFISH_JSON_H
 
@@ -51,9 +51,9 @@ class Json {
   size_t size() const;  // of an array
 
   void push_back(Json item);  // to an array
-  // The member of an object, made where it is missing; what is null becomes an object.
+  // The member of an object, which is added if it is missing; null becomes an object.
   Json& operator[](const std::string& name);
-  // Of an object; nothing where it is missing.
+  // The member of an object; nothing if it is missing.
   const Json* find(const std::string& name) const;
 
  private:

@@ -16,12 +16,12 @@ namespace zeldb::cli::redfish {
 
 namespace {
 
-constexpr uint8_t kLastSlotLocation = 1;  // those beyond are bays
+constexpr uint8_t kLastSlotLocation = 1;  // higher ones are bays
 constexpr uint32_t kNvme = 0x010800;
 constexpr uint32_t kClass = 0xFFFF00;
 constexpr uint32_t kMassStorage = 1;  // the base class
 
-// What identifies a resource among its neighbours: letters, digits and hyphens, and no id twice.
+// Gives ids to resources of one collection: letters, digits and hyphens, and no id twice.
 class Ids {
  public:
   std::string operator()(const std::string& wanted) {
@@ -185,7 +185,7 @@ void add_gpus(Machine& machine) {
   }
 }
 
-// What the product data lack of a drive that is a device of its own.
+// Values of a drive that its product data lack, taken from its own PCI device.
 void complete(Device& device, const aim_disk_info_t& drive) {
   const auto add = [](auto& text, const char* other) {
     if (says_nothing(text)) copy_text(text, other);
@@ -238,7 +238,7 @@ void add_storage(Machine& machine, Storage storage, const std::string& device) {
   if (!storage.controllers.empty() || !storage.drives.empty()) machine.storages.push_back(storage);
 }
 
-// One for each device with controllers, and one for the drives whose controller is not known.
+// A storage for each device with controllers, and one for drives whose controller is not known.
 void add_storages(Machine& machine) {
   for (Device& device : machine.devices) {
     Storage storage;
@@ -286,7 +286,7 @@ void add_components(Machine& machine) {
   }
 }
 
-// What a registry takes for the name of an attribute.
+// The attribute's name in the form that a registry allows.
 std::string attribute_name(const std::string& id) {
   std::string name;
   for (const char c : id) name += is_letter_or_digit(c) ? c : '_';

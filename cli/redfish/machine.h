@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the resources are made of: the whole inventory, and the place of each part in the tree.
+// The input of the resources: the whole inventory, and the place of each part in the tree.
 #ifndef CLI_REDFISH_MACHINE_H
 #define CLI_REDFISH_MACHINE_H
 
@@ -68,13 +68,13 @@ struct Function : Entry {
   std::vector<std::string> network_functions;
 };
 
-// What sits in one slot, on the board or in a backplane bay.
+// The device in one slot, on the board or in a backplane bay.
 struct Device : Entry {
   SlotRow slot;
   _ZELDB_PCIVpdInfo product;
   std::vector<Function> functions;
   std::string adapter;  // the NetworkAdapter; empty without ports
-  uint32_t port_count;  // what its functions tell, in sum
+  uint32_t port_count;  // the sum over its functions
   uint32_t logical_count;
   std::vector<Port> ports;
   std::vector<NetworkFunction> network_functions;
@@ -101,7 +101,7 @@ struct Storage : Entry {
 
 struct Component : Entry {
   _ZELDB_PldmFirmware record;
-  bool is_waiting;     // the version that waits for its activation
+  bool is_waiting;     // this version waits for its activation
   std::string device;  // empty where it is not known
 };
 

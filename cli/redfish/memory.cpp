@@ -40,7 +40,7 @@ Json speeds_of(uint16_t speed) {
   return speed != 0 ? Json::array({speed}) : Json::array();
 }
 
-// The first that applies.
+// The first entry that applies counts.
 Json security_of(uint32_t bits) {
   constexpr struct {
     uint32_t bit;

@@ -9,10 +9,10 @@ namespace zeldb::cli::redfish {
 
 constexpr uint8_t kInSlot = 1;  // a location
 
-// The slot that a function sits in, without what links to it.
+// The slot of a function, without links.
 Json slot_of(const Machine& machine, const _ZELDB_PCI_Generic_Info& function);
 
-// The link of an adapter, as several resources show it.
+// The PCIe link of an adapter, which several resources show.
 Json interface_of(const Machine& machine, const _ZELDB_PCI_Generic_Info& function);
 
 }  // namespace zeldb::cli::redfish

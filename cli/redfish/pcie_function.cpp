@@ -15,7 +15,7 @@ constexpr About kAbout = {
     "PCIeFunction", "v1_7_0", "Chassis/1/PCIeDevices/{PCIKey}/PCIeFunctions/{FunKey}",
     "One PCI function: `_ZELDB_PCI_Generic_Info` of `zeldb_get_pci_generic_info`, by function key."};
 
-// The base class, in the order of its number; those beyond are few.
+// Names of the base classes, by number; higher ones are rare.
 constexpr const char* kClasses[] = {"UnclassifiedDevice",
                                     "MassStorageController",
                                     "NetworkController",

@@ -11,7 +11,7 @@ namespace {
 
 struct Row {
   uint16_t number;
-  _ZELDB_PCI_Generic_Info function;  // zeros where nothing sits in the slot
+  _ZELDB_PCI_Generic_Info function;  // zeros if the slot is empty
   const Device* device;
 };
 

@@ -35,7 +35,7 @@ constexpr std::string_view last_step(std::string_view path) {
   return path.substr(path.rfind('.') + 1);
 }
 
-// FROM: one column and a conversion of values.h. BY: whatever else, as a function of the row and the machine.
+// FROM: one column and a conversion of values.h. BY: a function of the row and the machine.
 #define REDFISH_FROM(Name, Member, Conversion)                                               \
   {                                                                                          \
     Name, #Member, Conversion::kNote, [](const Row& row, const Machine& machine) -> Json {   \
@@ -49,7 +49,7 @@ constexpr std::string_view last_step(std::string_view path) {
     }                                                                                                        \
   }
 
-// Puts a value at a path. One that is left out changes nothing.
+// Puts a value at a path; a value that is left out changes nothing.
 void put(Json& resource, std::string_view path, Json value);
 
 template <typename Row, size_t N>
@@ -57,9 +57,9 @@ void fill(Json& resource, const Property<Row> (&properties)[N], const Row& row, 
   for (const Property<Row>& property : properties) put(resource, property.name, property.value(row, machine));
 }
 
-// Without properties but those that every resource has.
+// A resource with only the properties that every resource has.
 Json bare_resource(const About& about, const Entry& entry);
-// What is not known of a name is said by the id.
+// If the name is not known, the id stands for it.
 void complete_name(Json& resource);
 
 template <typename Row, size_t N>
@@ -121,7 +121,7 @@ Chapter manager();
 std::vector<Chapter> chapters();
 
 Tree tree_of(const Machine& machine);
-// Which property comes from which column, as Markdown.
+// The document that lists the column of each property, in Markdown.
 std::string document();
 
 }  // namespace zeldb::cli::redfish

@@ -10,8 +10,7 @@ struct Row : Entry {};
 
 constexpr About kAbout = {"ServiceRoot", "v1_20_0", "", "Where a client begins."};
 
-// A tree of files has no sessions, but the schema asks for the collection: it is empty, and stands where it
-// is linked.
+// A tree of files has no sessions, but the schema requires the collection, so there is an empty one.
 Json no_sessions() {
   return Json::object({{"@odata.type", "#SessionCollection.SessionCollection"},
                        {"@odata.id", kRoot + "#/Links/Sessions"},

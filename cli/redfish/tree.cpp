@@ -60,12 +60,12 @@ Written written(const Json& value) {
   return std::visit(Writer(), value.held());
 }
 
-// Nothing but ASCII, whatever the databases hold.
+// ASCII alone, whatever bytes the databases hold.
 std::string text_of(const Json& resource) {
   return written(resource).dump(kIndent, ' ', true, Written::error_handler_t::replace) + "\n";
 }
 
-// A folder beside the tree, gone again unless it has taken the tree's place.
+// A folder beside the tree, which is removed unless it has replaced the tree.
 class NewFolder {
  public:
   explicit NewFolder(const fs::path& parent) : path_((parent / ".redfish.XXXXXX").string()) {

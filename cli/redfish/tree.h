@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Resources by their places, as folders with an index.json each: what web servers, the DMTF's mockup servers
-// among them, hand out as a Redfish service.
+// Resources as a tree of folders with an index.json each. Web servers, also the DMTF's mockup servers, serve
+// it as a Redfish service.
 #ifndef CLI_REDFISH_TREE_H
 #define CLI_REDFISH_TREE_H
 
@@ -24,7 +24,7 @@ class Tree {
 
   // Throws Failure if a link leads nowhere.
   void check() const;
-  // Below a folder, which is made where it is missing, as redfish/; a tree that stands there is a Failure, or
+  // Writes redfish/ into a folder, which is created if it is missing. An existing tree is a Failure, or is
   // replaced as a whole.
   void write(const std::string& folder, bool replace) const;
 

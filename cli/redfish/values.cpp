@@ -164,7 +164,7 @@ Json address(const Machine& machine, const std::string& text, size_t bytes) {
       return nullptr;
   }
   if (machine.mask == nullptr) return text;
-  // Administered locally.
+  // The bit for a locally administered address.
   const uint64_t number = number_of(machine.shown("PermanentAddress", text));
   return with_separators("02" + hexadecimal(number, static_cast<int>(2 * bytes) - 2));
 }

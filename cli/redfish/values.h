@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How columns become values of properties. One rule for what is not known: null for an empty text, for what
-// firmware writes where there is nothing to tell, and for a number or text that the schema does not take.
+// Conversions from columns to properties. Unknown values are null: an empty text, a text such as "N/A" that
+// firmware writes for no value, and a number or text that the schema does not allow.
 #ifndef CLI_REDFISH_VALUES_H
 #define CLI_REDFISH_VALUES_H
 
@@ -15,7 +15,8 @@
 
 namespace zeldb::cli::redfish {
 
-// Left out where it does not apply to this part. By value, as the members of some records are not aligned.
+// A value that is left out if it does not apply to the part. Arguments go by value, because members of some
+// records are not aligned.
 template <typename Value>
 Json only_if(bool applies, Value value) {
   return applies ? Json(std::move(value)) : Json::left_out();
@@ -27,7 +28,7 @@ constexpr bool is_digit(char c) {
 constexpr bool is_letter_or_digit(char c) {
   return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
-// Fit for a URI: its letters and digits, hyphens for what is between them.
+// A text fit for a URI: letters and digits stay, other characters become hyphens.
 std::string slug(std::string_view text);
 
 bool says_nothing(const std::string& text);
@@ -37,7 +38,7 @@ struct Text {
   static Json of(const Machine& machine, std::string_view column, const std::string& text);
 };
 
-// Where the schema knows no null.
+// For properties that cannot be null in the schema.
 struct TextIfKnown {
   static constexpr const char* kNote = "left out where it is not known";
   static Json of(const Machine& machine, std::string_view column, const std::string& text);
@@ -111,7 +112,7 @@ struct Capacity {
   static Json of(const Machine&, std::string_view, const std::string& text);
 };
 
-// Hexadecimal digits of an identifying column; masked ones are as many.
+// Hexadecimal digits of an identifying column; masking keeps their number.
 std::string in_digits(const Machine& machine, std::string_view column, const std::string& digits);
 
 // An address of so many bytes, or null. A masked one has the form of an address.

@@ -37,7 +37,7 @@ std::string escaped(const std::string& text) {
   return safe;
 }
 
-// Not by colour alone: each tone has a sign, too.
+// Each tone has a sign beside its colour.
 struct Look {
   const char* name;
   const char* sign;
@@ -118,7 +118,7 @@ std::string place_details(const ReportPlace& place) {
   return html + "<a class=\"close\" href=\"#machine\">Close</a></section>\n";
 }
 
-// Without the columns that a listing shows only when asked.
+// The rows, with the columns that a listing shows by default.
 std::string table_rows(const ReportTable& table) {
   std::vector<Column> columns;
   std::ranges::copy_if(table.columns, std::back_inserter(columns),
@@ -149,7 +149,7 @@ std::string link_to(const std::string& place, const std::string& text) {
   return "<a href=\"#about-" + place + "\">" + escaped(text) + "</a>";
 }
 
-// Where not all is well.
+// The places with problems.
 std::string attention(const Report& report) {
   std::string items;
   std::set<std::string> drawn;
@@ -169,7 +169,7 @@ std::string attention(const Report& report) {
   return "<div class=\"attention\"><p>Needs attention:</p><ul>\n" + items + "</ul></div>\n";
 }
 
-// What an operator looks at first: how much there is, and where not all is well.
+// The summary for an operator: counts, and places with problems.
 std::string summary(const Report& report) {
   std::string html = "<ul class=\"summary\">\n";
   for (const ReportTable& table : report.tables) {

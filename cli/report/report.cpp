@@ -35,7 +35,7 @@ constexpr struct {
                {"pending", "Changes with the next start"},
                {"settings", "BIOS settings"}};
 
-// Which rows of which table are places, by their kind of location, and what they are called.
+// The rows that are places: their table, kind of location, and title.
 constexpr struct {
   const char* table;
   const char* kind_column;
@@ -86,7 +86,7 @@ ReportGroup places_of(const ReportTable& table, const Group& group, const Detail
     if (number_at(table, row, group.kind_column) != group.kind) continue;
     const uint64_t number = number_at(table, row, group.number_column);
     ReportPlace& place = places[number];
-    if (!place.id.empty()) continue;  // the first one that is known for a place
+    if (!place.id.empty()) continue;  // the first one of a place counts
     place.label = std::string(group.label) + " " + std::to_string(number);
     place.name = cell_at(table, row, group.name_column);
     place.health = cell_at(table, row, "HealthStatus");
@@ -99,7 +99,7 @@ ReportGroup places_of(const ReportTable& table, const Group& group, const Detail
   return drawn;
 }
 
-// The backplanes' bays are numbered from 0; those that no drive is known for are empty.
+// The backplanes' bays are numbered from 0; bays without a known drive are empty.
 void add_empty_bays(const Report& report, ReportGroup& group) {
   const ReportTable* const totals = find_table(report, "backplanes");
   if (totals == nullptr || totals->rows.empty()) return;
@@ -132,7 +132,7 @@ Functions functions_by_place(const std::vector<Row>& rows) {
   return functions;
 }
 
-// Of all slots, each event with its slot.
+// The events of all slots, each with its slot.
 ReportTable logs_of(const std::vector<ReportGroup>& groups) {
   constexpr Column kSlot = ZELDB_COLUMN(ReportPlace, number, "SLOT", "Number of the slot");
   const auto columns = view_called("dpu-log").columns;

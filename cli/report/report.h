@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A machine as one page: a drawing of its slots and bays, with what "zeldb show" tells of each, and tables.
-// What is shown comes from the views of the listings; only how places are drawn is said here.
+// A machine as one page: a drawing of its slots and bays, with the content of "zeldb show" for each, and
+// tables. The content comes from the views of the listings; this folder only draws it.
 #ifndef CLI_REPORT_REPORT_H
 #define CLI_REPORT_REPORT_H
 
@@ -27,7 +27,7 @@ struct ReportPlace {
   std::string id;
   std::string label;
   std::string name;
-  std::string health;  // in words; empty: nothing sits there, or nobody knows
+  std::string health;  // in words; empty: the place is empty, or its health not known
   bool is_empty = false;
   uint64_t number = 0;
   std::vector<PlaceDetails> details{};
@@ -46,7 +46,7 @@ struct ReportNotice {
 };
 
 struct Report {
-  std::string machine;  // what it is called; may be empty
+  std::string machine;  // its name; may be empty
   std::string time;
   std::vector<ReportTable> tables;
   std::vector<ReportGroup> groups;

@@ -18,7 +18,7 @@ field.addEventListener("input", filter);
 filter();
 )";
 
-// To be computed anew when the script changes: a browser runs no other.
+// This has to be computed again when the script changes: a browser runs no script with another hash.
 const char* const kReportScriptHash = "'sha256-CjelIZcDUn0UBSqqYl1S89ag5cJYUr/tMkKRK/3GoiU='";
 
 }  // namespace zeldb::cli

@@ -24,7 +24,7 @@ struct Open {
 // All connections of the process. None crosses a fork: SQLite's locks belong to the process that took them,
 // while what it remembers of them is copied, so that a child would trust locks that it does not hold, even
 // with a connection of its own; and two processes cannot talk to a server through one socket. So all are
-// closed before the fork, and parent and child connect again when they next need to.
+// closed before the fork, and parent and child connect again when they need to.
 class Registry {
  public:
   static Registry& instance() {
@@ -58,7 +58,7 @@ Registry::Registry() : inventory_({std::string(environment_url()), std::string(k
   std::atexit([] { instance().at_exit(); });
 }
 
-// Known to the registry before it connects: a fork must not miss it.
+// The handle is registered before it connects, so that a fork closes it, too.
 Handle* Registry::add(Target target) {
   std::list<Open> added(1);
   added.front().place.push_front({target, nullptr});
@@ -119,7 +119,7 @@ void Registry::after_fork() {
   mutex_.unlock();
 }
 
-// Closes in good order what nobody uses at this moment. Threads may still run, so nothing is destroyed.
+// Closes the connections that nobody uses at this moment. Threads may still run, so nothing is destroyed.
 void Registry::at_exit() {
   const std::unique_lock lock(mutex_, std::try_to_lock);
   if (!lock) return;

@@ -13,7 +13,7 @@ Handle* inventory_handle();
 
 // Opens a database, or takes a connection that was closed before; null and the reason when that fails.
 Handle* open_handle(Target target, std::string* error);
-// Keeps the connection for the next one that asks for the same. False for what was not opened here.
+// Keeps the connection for the next caller that asks for the same. False if it was not opened here.
 bool close_handle(Handle* handle);
 
 }  // namespace zel_db

@@ -31,7 +31,7 @@ zel_db_content_values_t::Entry& zel_db_content_values_t::entry_of(std::string_vi
 void zel_db_content_values_t::put(std::string_view column, Value value) {
   Entry& entry = entry_of(column);
   if (value.kind == Value::Kind::Text) {
-    // A replaced text's place is used again when the new one fits.
+    // The new text takes the place of the old one if it fits.
     if (value.size > entry.text_size || entry.kind != Value::Kind::Text) {
       entry.text_start = static_cast<uint32_t>(texts_.size());
       texts_.append(value.text, value.size);

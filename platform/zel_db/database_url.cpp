@@ -145,7 +145,7 @@ DatabaseUrl parse(std::string_view text) {
   return url;
 }
 
-// What of the text can be said: anything else might be a password in the wrong place.
+// The part of the text that a message may repeat: the rest might be a password in the wrong place.
 std::string shown(std::string_view text) {
   constexpr std::string_view kMark = "://";
   if (text.starts_with("sqlite://")) return std::string(text);
@@ -160,7 +160,7 @@ bool uses_socket(const DatabaseUrl::Host& host) {
   return host.name == "localhost" && host.port == 0;
 }
 
-// What a name stands for is for others to say: only "localhost" is taken for this machine.
+// Names are not looked up: only "localhost" is this machine.
 bool DatabaseUrl::uses_tls(const Host& host) const {
   if (uses_socket(host)) return false;
   if (tls) return *tls;

@@ -33,10 +33,10 @@ struct DatabaseUrl {
   std::string socket;
   std::string prefix;  // of the databases' names: word characters
   std::string password_file;
-  std::string tls_authority;  // files: of who signed the server's certificate, and our own one with its key
+  std::string tls_authority;  // files: certificate of the authority, own certificate, its key
   std::string tls_certificate;
   std::string tls_key;
-  std::optional<bool> tls;  // nothing: with other machines
+  std::optional<bool> tls;  // unset: TLS is used with other machines
   bool verifies = true;     // that the certificate is the server's
 
   bool uses_tls(const Host& host) const;

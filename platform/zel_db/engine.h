@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a database engine is to the rest of the library. Above it stand lifting, parameters, statement cache,
+// The interface of a database engine. Above it stand lifting, parameters, statement cache,
 // pooling, reconnecting and trace; an engine prepares a statement, runs it with its values and fills the
 // result. Every call on a connection and its statements is made under the lock of the handle that has it.
 #ifndef ZEL_DB_ENGINE_H
@@ -57,9 +57,9 @@ class Connection {
   // Whether the database still answers, without asking it.
   virtual bool is_usable() = 0;
   virtual bool in_transaction() = 0;
-  // Whether it failed in a way after which nothing it says can be trusted: to be closed, never used again.
+  // Whether an error has made its answers unreliable: it is then closed and never used again.
   virtual bool is_lost() const { return false; }
-  // Which database, for people.
+  // The name of the database, for messages.
   virtual const std::string& name() const = 0;
   // Why the last call failed, in the engine's words.
   virtual const std::string& message() const = 0;
@@ -83,7 +83,7 @@ struct Dialect {
   bool pays_for_order;  // ORDER BY costs time even if the rows come in that order anyway
 };
 
-// Which database, as its user asks for it.
+// The database that a caller asks for.
 struct Target {
   std::string url;
   std::string database;

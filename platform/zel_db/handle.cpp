@@ -147,7 +147,7 @@ int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::uniqu
   const bool in_transaction = session_ != nullptr && session_->connection->in_transaction();
   if (!retry && !in_transaction && session_ != nullptr && !session_->connection->is_usable()) disconnect();
   int status = kConnectionLost;
-  drop_if_lost();  // where an exception has ended the call that lost it
+  drop_if_lost();  // if an exception has ended the call that lost it
   for (int attempt = 0; attempt == 0 || (attempt == 1 && retry && !in_transaction); ++attempt) {
     if (!connect()) break;  // with its reason as the message
     if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();

@@ -33,7 +33,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
 
   // Whether there is a connection, or one can be made; without asking a database that is connected.
   bool is_ready();
-  // The same, where the connection is to be made to what the environment names now.
+  // The same for a connection to the database that the environment names now.
   bool is_ready_in_environment();
   const zel_db::Trace* trace() const { return trace_.load(std::memory_order_relaxed); }
   const zel_db::Target& target() const { return target_; }

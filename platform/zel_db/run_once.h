@@ -10,7 +10,7 @@
 
 namespace zel_db {
 
-// Thrown to stop administrative work: a status, and a line for the operator.
+// Ends administrative work: a status, and a line for the operator.
 struct Failure : std::runtime_error {
   Failure(int failed, const std::string& line) : std::runtime_error(line), status(failed) {}
   int status;

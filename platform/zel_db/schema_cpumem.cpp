@@ -49,8 +49,8 @@ constexpr Column kProcessor[] = {
     number("NodeIndex", kNode),
 };
 
-// Sizes from 2^31 on are written as negative numbers. Few rows, and listed by their ids alone, which an index
-// would give in its own order.
+// Sizes from 2^31 on are written as negative numbers. There is no index: there are few rows, and they are
+// listed in the order of their ids.
 constexpr Column kMemory[] = {
     unsigned64("ArrayId", "memory array that the slot belongs to"),
     number("SlotNo", "number of the slot"),

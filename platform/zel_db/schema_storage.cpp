@@ -20,8 +20,8 @@ constexpr Column kRaidControllers[] = {
     number("ControllerUID", "number of the controller's slot"),
 };
 
-// The services that watch drives compare these numbers before they write, which NULL would never let them.
-// Few rows, and read by conditions of which an index would change the order: the place's text alone has one.
+// The services that watch drives write a number if it differs from the one in the row; NULL never differs.
+// Only the text of the place has an index: there are few rows, and an index would change their order.
 constexpr Column kAimDisks[] = {
     number("PCIFuncKey", "key of the drive's function; 0 and NULL: looked up by its place"),
     number("SlotNo", "slot of the controller, for drives in M.2 and 7 mm bays"),

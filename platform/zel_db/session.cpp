@@ -11,7 +11,7 @@
 namespace zel_db {
 namespace {
 
-// Every library call of a service asks for its database again: one line per outage, not per call.
+// A service asks for its database with every call, so the log gets one line per outage, not per call.
 class OpenFailures {
  public:
   void report(const std::string& name, const std::string& line) {

@@ -33,7 +33,7 @@ class SmallVector {
   bool empty() const { return size_ == 0; }
   void clear() { size_ = 0; }
 
-  // Room for so many more.
+  // Makes room for count more elements.
   void reserve_more(size_t count) {
     if (count > capacity_ - size_) grow(count);
   }

@@ -53,7 +53,7 @@ class StatementCache {
 
     explicit operator bool() const { return entry_ != nullptr || owned_ != nullptr; }
     Prepared& statement() const { return entry_ != nullptr ? *entry_->statement : *owned_; }
-    // The look before a cached update; null until it has been prepared.
+    // The query that a cached update runs first; null until it has been prepared.
     std::unique_ptr<Prepared>& look() const { return entry_->look; }
 
    private:

@@ -48,7 +48,7 @@ class TableUpgrade {
     });
   }
 
-  // The engine would name neither the row nor the column.
+  // The message names the row and the column; that of the engine would not.
   void refuse_long_values() const {
     for (const Column& column : table_.columns) {
       if (column.size == 0) continue;

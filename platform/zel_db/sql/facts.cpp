@@ -57,8 +57,8 @@ class Phrase {
   std::span<const Term> tokens_;
 };
 
-// Columns that are compared with placeholders or NULL, and nothing else. An update refuses conversions of
-// texts in other conditions that a query does not mind.
+// Accepts columns that are compared with placeholders or NULL, and nothing else. In other conditions an
+// update may refuse conversions of texts that a query accepts.
 bool is_plain_condition(Phrase& phrase, std::string_view table, int deepest = 8) {
   if (phrase.takes('(')) {
     do {
@@ -85,7 +85,7 @@ bool are_equalities(Phrase where, std::string_view table) {
   return true;
 }
 
-// An index covers one column, so that two columns, or all, are read from the table.
+// An index covers one column, so two columns, or all of them, are read from the table.
 bool are_in_no_index(Phrase columns, std::string_view table) {
   if (columns.takes('*')) return true;
   std::string_view first;
@@ -196,9 +196,9 @@ bool Statement::is_of_one_row() const {
          where.at_end();
 }
 
-// Rows come in the order of their ids unasked where columns are equal to something and that is all, for the
-// rows of one key stand in an index as they stand in the table; and where the whole table is read, unless an
-// index has all that is selected.
+// Rows come in the order of their ids without ORDER BY in two cases: if the condition only sets columns equal
+// to values, because an index keeps the rows of one key in the order of the table; and if the whole table is
+// read, unless an index has all that is selected.
 RowOrder Statement::row_order(size_t from) const {
   static constexpr std::array<std::string_view, 9> kClosing = {
       "group", "having", "limit", "offset", "union", "except", "intersect", "for", "window"};
@@ -270,7 +270,7 @@ size_t Statement::column_beside(size_t first, size_t last) const {
   return right != last + 1 && begins_operand(first) ? column_after(right) : kNone;
 }
 
-// Where a number begins with its sign.
+// The place where a number begins, with its sign.
 size_t Statement::sign_before(size_t number) const {
   const bool is_touched = number > 1 && at(number - 1).is('-') && at(number - 1).end() == at(number).begin();
   const Term& before = at(number - 2);
@@ -279,8 +279,8 @@ size_t Statement::sign_before(size_t number) const {
   return is_sign ? number - 1 : number;
 }
 
-// A name that the table of a select does not have is one of the select around it. Where there are several
-// tables, or an unknown one, nobody knows.
+// If the table of a select does not have the name, it belongs to the select around it. If there are several
+// tables, or an unknown one, the kind is not known.
 std::optional<Kind> Statement::kind_of(size_t column) const {
   if (column == kNone || terms_[column].is_assigned) return {};
   const std::string_view name = terms_[column].name();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the rest of the library wants to know of a statement. It is read from the template once, when the
+// What the rest of the library has to know about a statement. It is read from the template once, when the
 // statement is prepared, and kept with it.
 #ifndef ZEL_DB_SQL_FACTS_H
 #define ZEL_DB_SQL_FACTS_H
@@ -24,7 +24,7 @@ enum class RowOrder : uint8_t {
 };
 
 struct Facts {
-  // From the first character to past the last one.
+  // From the first character to one past the last.
   struct Span {
     size_t begin;
     size_t end;
@@ -32,7 +32,7 @@ struct Facts {
 
   Verb verb = Verb::Other;
   bool has_sub_select = false;
-  // For each placeholder, whether it is surely a column of numbers that it is compared with.
+  // For each placeholder, whether it is certainly compared with a column of numbers.
   std::vector<bool> meets_number;
   // Numbers that are spelled out and compared with a column of texts.
   std::vector<Span> beside_texts;

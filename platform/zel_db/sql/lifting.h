@@ -24,8 +24,8 @@ namespace zel_db {
 
 using Parameters = std::span<const _zel_db_param_t>;
 
-// The values of a statement, in the order of its placeholders. They point into the text that they were lifted
-// from, those with a doubled quote into unquoted.
+// The values of a statement, in the order of its placeholders. Texts point into the statement that they were
+// lifted from; a text with a doubled quote points into unquoted.
 struct Values {
   SmallVector<Value, 64> list;
   SmallVector<char, 64> unquoted;
@@ -51,7 +51,7 @@ struct LiftOutcome {
 using SqlText = SmallVector<char, 1024>;
 
 // Appends the template of text to sql and its values to values. A "?" takes the next of the caller's
-// parameters. Of a trailing ";" nothing remains. Call it once for a set of values: unquoted must not grow
+// parameters. A trailing ";" is dropped. Call it once for a set of values: unquoted must not grow
 // under the values of an earlier text.
 LiftOutcome lift_literals(std::string_view text, Parameters parameters, Literals literals, SqlText& sql,
                           Values& values);

@@ -14,7 +14,7 @@ namespace zel_db {
 
 struct Dialect;
 
-// What makes a statement the same one again. Its text is only put together when it has to be prepared.
+// Identifies a statement in the cache. Its text is put together only when it has to be prepared.
 struct StatementKey {
   enum class Form : uint8_t { Text, Query, Insert, Update, Look };
 
@@ -32,8 +32,8 @@ StatementKey query_key(std::string_view statement);
 StatementKey insert_key(std::string_view table, std::string_view columns);
 // All rows where the where text is empty.
 StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where);
-// A select that tells whether an update of one row would find it: a row with 1, or with 0, or none. Its
-// values are those of the update's condition, with the id at the end.
+// A select that tells whether the condition of an update of one row holds: one row with 1 or 0, none if there
+// is no row with that id. Its values are those of the update's condition, with the id at the end.
 StatementKey look_key(const StatementKey& update);
 
 struct StatementText {

@@ -20,7 +20,7 @@ unsigned mark_of(char c) {
   return kMarks[static_cast<unsigned char>(c)];
 }
 
-// With the sign of an exponent: 1e-3.
+// The end of a number, which may have the sign of an exponent: 1e-3.
 const char* end_of_number(const char* p, const char* end) {
   bool is_decimal = true;
   for (; p < end && (is_word(*p) || *p == '.'); ++p) {
@@ -33,7 +33,7 @@ const char* end_of_number(const char* p, const char* end) {
   return p;
 }
 
-// Past a number with its sign; p if there is none.
+// The end of a number with its sign; p if there is none.
 const char* end_of_signed(const char* p, const char* end) {
   const char* const digits = p < end && (*p == '-' || *p == '+') ? p + 1 : p;
   if (digits == end || !is_digit(*digits)) return p;
@@ -42,7 +42,7 @@ const char* end_of_signed(const char* p, const char* end) {
   return rest < end && (is_word(*rest) || *rest == '.') ? end_of_number(digits, end) : rest;
 }
 
-// Past a comparison and blanks.
+// The first character after a comparison and blanks.
 const char* operand_after(const char* p, const char* end) {
   do ++p;
   while (p < end && (*p == '=' || *p == '<' || *p == '>' || is_blank(*p)));
@@ -152,7 +152,7 @@ Token Tokens::next_mark() {
       case '<':
       case '>':
         p_ = p = operand_after(p, end);
-        if (p < end && *p == '"') return quoted(p, Kind::Text);  // as it mostly is
+        if (p < end && *p == '"') return quoted(p, Kind::Text);  // the usual case
         if (const char* const to = end_of_signed(p, end); to != p) return token(Kind::Number, to);
         break;
       case '-':

@@ -50,9 +50,9 @@ class Tokens {
   // The next token that is no comment.
   Token next();
   Token next_or_comment();
-  // The next token that matters to literals, without its depth: of the numbers one that follows a comparison,
-  // with its sign, of the symbols ";" and those that only one engine knows. Most of a statement is passed
-  // over, four characters at a time.
+  // The next token that matters to literals, without its depth. Numbers count if they follow a comparison,
+  // and include their sign; symbols count if they are ";" or known to one engine only. The rest of a
+  // statement is skipped, four characters at a time.
   Token next_mark();
 
  private:
@@ -95,8 +95,8 @@ bool equal_ignoring_case(std::string_view a, std::string_view b);
 // Whether all of a text is a decimal number between blanks: "-5", " 5.0e3 ", not "0x5".
 bool reads_as_number(std::string_view text);
 
-// The statements of a script, split at ";". Blanks and comments alone are no statement; after a quote that is
-// not closed the rest is one statement.
+// The statements of a script, split at ";". Blanks and comments alone are no statement. A quote that is not
+// closed makes one statement of the rest.
 std::vector<std::string_view> split_statements(std::string_view script);
 
 }  // namespace zel_db

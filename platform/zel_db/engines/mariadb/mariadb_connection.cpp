@@ -67,8 +67,8 @@ int MariadbConnection::fail(unsigned code, const char* message) {
   return status;
 }
 
-// Closing a connection reads the rest of an answer, and would wait for a rest that never comes: the socket is
-// shut first.
+// Closing a connection reads the rest of an answer and would wait for one that never comes, so the socket is
+// shut down first.
 void MariadbConnection::report_loss(const char* reason) {
   if (!lost_) vrel_log::logWarn("zel_db: lost the connection to %s: %s", name_.c_str(), reason);
   lost_ = true;

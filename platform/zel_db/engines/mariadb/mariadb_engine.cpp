@@ -17,7 +17,7 @@ namespace zel_db {
 namespace {
 
 constexpr unsigned kConnectSeconds = 3;
-// Longer than any lock is waited for.
+// Longer than the longest wait for a lock.
 constexpr unsigned kAnswerSeconds = 60;
 
 // Texts are bytes, "..." is a text, "||" joins two, a backslash is an ordinary character; a value that does
@@ -66,7 +66,7 @@ constexpr Dialect kDialect = {
     .pays_for_order = true,
 };
 
-// Where the database is, for people.
+// The place of the database, for messages.
 std::string name_of(const DatabaseUrl& url, const DatabaseUrl::Host& host, const Target& target) {
   std::string name = url.prefix + target.database + " at " + host.name;
   if (host.port != 0) name.append(":").append(std::to_string(host.port));
@@ -109,7 +109,7 @@ void set_tls(MYSQL* client, const DatabaseUrl& url) {
   mysql_optionsv(client, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verifies);
 }
 
-// The first line of the file. Nothing and the reason if it cannot be read, or if others may read it.
+// The first line of the file; nothing, and the reason, if it cannot be read or others may read it.
 std::optional<std::string> read_password(const std::string& path, std::string* error) {
   // Without O_NONBLOCK a named pipe in the file's place would hang the process here.
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);

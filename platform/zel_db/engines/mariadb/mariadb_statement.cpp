@@ -18,7 +18,7 @@ constexpr double kAboveAllNumbers = 1e300;
 
 constexpr size_t kDigits = 24;  // room for a number
 
-constexpr unsigned kBinary = 63;  // the character set of what is no text
+constexpr unsigned kBinary = 63;  // the character set of columns that are no text
 
 CellType type_of(const MYSQL_FIELD& field) {
   switch (field.type) {
@@ -94,7 +94,7 @@ int MariadbStatement::fail(MYSQL_STMT* statement) {
   return connection_.fail(mysql_stmt_errno(statement), mysql_stmt_error(statement));
 }
 
-// A server limits the statements of all its clients together. At the limit one of our own is released.
+// A server limits the statements of all its clients together. At the limit this connection releases one.
 int MariadbStatement::prepare() {
   int status = kOk;
   unsigned code = 0;

@@ -30,7 +30,7 @@ int status_for(int code) {
   }
 }
 
-// At so many pages, 4 MB, the log is copied into the database and starts again.
+// When the log has this many pages (4 MB), it is copied into the database and starts again.
 constexpr int kLogPages = 1000;
 constexpr int kCheckpointMilliseconds = 1000;
 
@@ -189,16 +189,16 @@ SqliteConnection::SqliteConnection(SqliteDatabase database, std::string path,
   sqlite3_wal_hook(this->database(), after_commit, this);
 }
 
-// Its commit stands, whatever happens here.
+// A failure here does not undo the commit.
 int SqliteConnection::after_commit(void* connection, sqlite3* /*database*/, const char* /*name*/, int pages) {
   static_cast<SqliteConnection*>(connection)->keep_log_short(pages);
   return SQLITE_OK;
 }
 
-// The log starts again from its beginning only when nobody reads from it any more. SQLite's own way is to
-// hope for that, and with readers one after the other it never happens. Here the readers are waited for: they
-// are short, and who comes later reads the database alone. Where one takes its time, the log grows by as much
-// again before the next attempt, so that writers do not wait each time.
+// The log starts again from its beginning only when nobody reads from it. SQLite does not wait for that, and
+// with one reader after the other it never happens. Here the writer waits for the readers: they are short,
+// and later ones read only the database. If a reader takes too long, the next attempt comes when the log has
+// grown by the same amount again, so that writers do not wait each time.
 void SqliteConnection::keep_log_short(int pages) {
   if (pages < kLogPages) checkpoint_at_ = kLogPages;  // another connection was here
   if (pages < checkpoint_at_) return;
@@ -244,8 +244,8 @@ std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, Facts 
   return std::make_unique<SqlitePrepared>(*this, std::move(statement), std::move(facts));
 }
 
-// An open file keeps its content when another takes its place, and what is written to it is lost. Looking at
-// it for each call would cost half as much as a keyed read, so that it is done once in a tick of the clock.
+// If another file has taken the place of the open one, writes to the open one are lost. A check costs half as
+// much as a keyed read, so it is made once per tick of the clock.
 bool SqliteConnection::is_usable() {
   const int64_t now = clock_tick();
   if (now == looked_at_) return true;

@@ -25,7 +25,7 @@ struct FinalizeSqlite {
 };
 using SqliteStatement = std::unique_ptr<sqlite3_stmt, FinalizeSqlite>;
 
-// What is in a database file, as far as can be told without reading it.
+// Identifies the content of a database file without reading it.
 struct FileVersion {
   explicit FileVersion(std::string file);
   // Another connection writes, or has written, since.
@@ -54,7 +54,7 @@ class SqliteConnection : public Connection {
   // The status for a code of SQLite, which keeps its message.
   int fail(int code);
   int refuse(const char* message);
-  // For what was read from a file that is taken for unchanged: whether it was.
+  // Whether a file that is read as one that never changes has indeed not changed.
   int confirm();
 
  private:

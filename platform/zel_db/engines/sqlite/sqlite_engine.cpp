@@ -65,7 +65,7 @@ std::string failed_to_create(const std::string& path) {
   return line.insert(0, "cannot create " + path + ": ");
 }
 
-// 0 where there is nothing.
+// 0 if there is no file.
 mode_t type_at(const std::string& path) {
   struct stat found {};
   return stat(path.c_str(), &found) == 0 ? found.st_mode & S_IFMT : 0;
@@ -111,7 +111,7 @@ int configure(sqlite3* database, bool writes) {
   sqlite3_busy_timeout(database, kBusyMilliseconds);
   int code = SQLITE_OK;
   if (writes) {
-    // A log that a large write has left behind is cut to twice what is usual.
+    // A log that a large write has left is cut to twice its usual size.
     code = run_all(database, {"PRAGMA journal_mode=WAL", "PRAGMA journal_size_limit=8388608",
                               full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL"});
   }
@@ -152,9 +152,9 @@ Opened open_database(const std::string& name, int flags) {
   return opened;
 }
 
-// Who may not write a database can read it while the log and its index are there. They are gone when nobody
-// has the database open; then the file is all there is, and is read without locks, as one that never changes.
-// What was read while it did change is not given to anybody.
+// A user who may not write a database can read it while the log and its index exist. They are removed when
+// nobody has the database open; the file is then read without locks, as one that never changes. If it changes
+// during a read, the result is discarded.
 std::unique_ptr<Connection> open_to_read(const std::string& path, std::string* error) {
   const FileVersion version(path);
   Opened opened = open_database(path, SQLITE_OPEN_READONLY);
@@ -197,8 +197,8 @@ bool make_directories(const std::string& path, std::string* error) {
   return true;
 }
 
-// Made here, not by SQLite, for the sake of its mode. An existing one is not opened: closing it would drop
-// the locks that SQLite has on it in this process. Where a link leads is for nobody else to choose.
+// Creates the file here and not in SQLite, to set its mode. An existing file is not opened: closing it would
+// drop the locks that SQLite has on it in this process. Links are not followed: others may have made them.
 bool make_file(const std::string& path, std::string* error) {
   struct stat found {};
   if (lstat(path.c_str(), &found) == 0) {
@@ -220,7 +220,7 @@ bool make_file(const std::string& path, std::string* error) {
     return false;
   }
   if (fd >= 0) {
-    // What root makes in another's folder is for that one to use. SQLite does the same with the log.
+    // A file that root creates in a user's folder belongs to that user. SQLite does the same with the log.
     struct stat owner {};
     if (geteuid() == 0 && slash != 0 && stat(folder.c_str(), &owner) == 0 && owner.st_uid != 0) {
       [[maybe_unused]] const int given = fchown(fd, owner.st_uid, owner.st_gid);
