@@ -3,11 +3,6 @@
 // How long "zeldb report" takes for the sample controller, and how many statements it and "zeldb slots" run:
 // cold, as the first program that opens the databases, and warm. On SQLite, or on the server that
 // with_mariadb starts.
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -18,11 +13,13 @@
 #include <string>
 #include <vector>
 
+#include "bench/program.h"
 #include "platform/zel_db_admin.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using bench::run_program;
 
 constexpr const char* kInventory[] = {"inventory", "adapters", "processors", "drives", "firmware"};
 
@@ -38,23 +35,6 @@ void make_sample() {
   if (zel_db_create(nullptr, error, sizeof(error)) != 0) throw std::runtime_error(error);
   for (const char* table : kInventory) load("dmdb", table);
   load("propertiesdb", "properties");
-}
-
-// Runs a program; what it prints is dropped.
-void run_program(std::vector<std::string> words) {
-  std::vector<char*> arguments;
-  arguments.reserve(words.size() + 1);
-  for (std::string& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  pid_t child = 0;
-  int status = -1;
-  const int refused = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (refused != 0 || waitpid(child, &status, 0) != child || status != 0)
-    throw std::runtime_error(words[0] + " " + words[1] + " failed");
 }
 
 // Milliseconds.
@@ -114,15 +94,5 @@ void run(const std::string& folder) {
 }  // namespace
 
 int main() {
-  std::string folder = fs::temp_directory_path() / "report_bench.XXXXXX";
-  if (mkdtemp(folder.data()) == nullptr) return 1;
-  int status = 0;
-  try {
-    run(folder);
-  } catch (const std::exception& failure) {
-    std::fprintf(stderr, "report_bench: %s\n", failure.what());
-    status = 1;
-  }
-  fs::remove_all(folder);
-  return status;
+  return bench::in_folder("report_bench", run);
 }

@@ -120,32 +120,35 @@ void Store::read_owned() {
 }
 
 std::map<Address, Placement> Store::placements() {
-  static constexpr const char* kColumns[] = {"Location", "SlotNo",           "SlotDesignation",
+  static constexpr const char* kColumns[] = {"_id",      "Location",         "SlotNo", "SlotDesignation",
                                              "SlotType", "SlotDataBusWidth", "Hotplug"};
-  std::map<Address, Placement> found;
+  std::map<uint32_t, Address> addresses;
   for (const auto& [key, owned] : owned_) {
     const auto address = key.first == tables::kFunctions ? address_of(key.second) : std::nullopt;
-    if (!address) continue;
-    Result result;
-    const std::string where = where_id(owned.id);
-    check(query(connection_.get(), {.table = tables::kFunctions, .columns = kColumns, .where = where.c_str()},
-                result),
-          tables::kFunctions);
-    if (!result.next()) continue;
-    const zeldb::Row row = result.row();
+    if (address) addresses.emplace(owned.id, *address);
+  }
+  std::map<Address, Placement> found;
+  if (addresses.empty()) return found;
+  Result result;
+  check(query(connection_.get(), {.table = tables::kFunctions, .columns = kColumns}, result),
+        tables::kFunctions);
+  const auto ended = walk(result, SIZE_MAX, [&](const zeldb::Row& row) {
+    const auto address = addresses.find(row.number(0));
+    if (address == addresses.end()) return;
     const auto number = [&row](int column) {
       uint32_t value = 0;
       return row.read(column, value) == ZELDB_OK ? std::optional(value) : std::nullopt;
     };
     char designation[256] = {};
-    row.text(2, designation);
-    found[*address] = {.location = number(0).value_or(0),
-                       .slot = number(1),
-                       .designation = text_value(designation),
-                       .type = value_of(number(3)),
-                       .width = value_of(number(4)),
-                       .hotplug = value_of(number(5))};
-  }
+    row.text(3, designation);
+    found[address->second] = {.location = number(1).value_or(0),
+                              .slot = number(2),
+                              .designation = text_value(designation),
+                              .type = value_of(number(4)),
+                              .width = value_of(number(5)),
+                              .hotplug = value_of(number(6))};
+  });
+  check(ended.value_or(ZELDB_OK), tables::kFunctions);
   return found;
 }
 
