@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstring>
 
 namespace zel_db {
@@ -182,27 +183,14 @@ bool equal_ignoring_case(std::string_view a, std::string_view b) {
 }
 
 bool reads_as_number(std::string_view text) {
-  const char* p = std::find_if_not(text.begin(), text.end(), is_blank);
   const char* const end = text.end();
-  const auto skip_sign = [&] { p += p < end && (*p == '+' || *p == '-') ? 1 : 0; };
-  const auto skip_digits = [&] {
-    const char* const from = p;
-    p = std::find_if_not(p, end, is_digit);
-    return p - from;
-  };
-  skip_sign();
-  auto digits = skip_digits();
-  if (p < end && *p == '.') {
-    ++p;
-    digits += skip_digits();
-  }
-  if (digits == 0) return false;
-  if (p < end && (*p == 'e' || *p == 'E')) {
-    ++p;
-    skip_sign();
-    if (skip_digits() == 0) return false;
-  }
-  return std::find_if_not(p, end, is_blank) == end;
+  const char* p = std::find_if_not(text.begin(), end, is_blank);
+  if (p < end && (*p == '+' || *p == '-')) ++p;
+  if (p == end || !(is_digit(*p) || *p == '.'))
+    return false;  // from_chars would take "inf" and a second sign
+  double number = 0;
+  const auto [rest, error] = std::from_chars(p, end, number);
+  return error != std::errc::invalid_argument && std::find_if_not(rest, end, is_blank) == end;
 }
 
 std::vector<std::string_view> split_statements(std::string_view script) {
