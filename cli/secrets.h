@@ -22,8 +22,8 @@ constexpr std::string_view kSpeaking[] = {"SettingID", "AttributeName", "Setting
                                           "Mriname",   "ShortDesc",     "FullDesc"};
 bool holds_secret(uint32_t type, std::span<const std::string> speaking);
 
-// What stands for the current value, the pending one and defaults. An empty value stays empty; a pending one
-// that differs from the current one still does.
+// The replacements of the current value, the pending one and defaults. An empty value stays empty; a pending
+// one that differs from the current one still does.
 struct SecretValues {
   std::string current;
   std::string pending;

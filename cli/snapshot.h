@@ -29,7 +29,7 @@ class SnapshotFolder {
  public:
   SnapshotFolder();
 
-  // What unpacking needs whatever the file: where processes are forked, before they are.
+  // Makes what unpacking needs for any file. Called before processes are forked, so that all of them have it.
   void prepare() const;
   // The path of the tables.
   std::string unpack(const std::string& file, NewerSchema newer) const;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What drives of the running system tell when they are asked: a recorded machine has none of it.
+// Answers of the drives of the running system; a recorded machine has none.
 #ifndef SCAN_DRIVE_ANSWERS_H
 #define SCAN_DRIVE_ANSWERS_H
 
@@ -22,9 +22,9 @@ std::string without_escapes(const std::string& text);
 struct NvmeHealth {
   unsigned warning;  // bits
   unsigned celsius;
-  unsigned life_left;  // percent; a drive may be used beyond what it was made for
+  unsigned life_left;  // percent; 0 also for a drive that is used beyond its rated life
 };
-// Of the page "SMART / health information"; nothing where it is too short or the temperature is none.
+// Decodes the page "SMART / health information"; nothing if it is too short or has no temperature.
 std::optional<NvmeHealth> decode_nvme_health(std::string_view page);
 
 struct NvmeAnswer {

@@ -31,9 +31,9 @@ struct Drive {
   std::optional<NvmeHealth> health{};
 };
 
-// What the drive itself tells of its state; what is not asked stays.
+// Adds the state that the drive itself reports; without an answer the columns stay as they are.
 void add_health(const Drive& drive, Row& row) {
-  constexpr uint64_t kTold = 31;  // as drives that tell all of it have
+  constexpr uint64_t kTold = 31;  // the value of drives that report all of these
   constexpr uint64_t kToleratedDegrees = 2;
   const auto& health = drive.health;
   row.cells.push_back({"Warning", health ? Value(uint64_t{health->warning}) : Value(Kept())});
@@ -98,7 +98,7 @@ std::optional<uint64_t> size_of_controller(const Machine& machine, const std::st
   return total;
 }
 
-// The first trouble alone is told: who may not ask one drive may not ask others.
+// Reports the first trouble only: a user who may not ask one drive may not ask the others.
 void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives,
               Findings& findings) {
   bool is_told = false;
@@ -153,7 +153,7 @@ const char* type_of(const std::string& path, const std::optional<std::string>& v
   return vendor == "ATA" ? kSata : kSas;
 }
 
-// A model that SCSI cut, and what sys does not tell.
+// The whole of a model that SCSI cut, and values that sys lacks.
 void complete(Drive& drive, const UdevAnswer& answer) {
   if (answer.model) {
     const Value model = text_value(*answer.model);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The files by which a Linux system tells about its machine: those of the running system, or of a folder that
+// The files in which a Linux system describes its machine: those of the running system, or of a folder that
 // holds a recorded one. Nothing outside of that folder is read, wherever its links lead.
 #ifndef SCAN_MACHINE_H
 #define SCAN_MACHINE_H

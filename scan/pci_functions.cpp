@@ -393,7 +393,7 @@ Row packaging_row(const Machine& machine, bool is_dump, pci_dev* device, const F
   return row;
 }
 
-// What some drivers tell of the memory of their cards.
+// The memory of a card, which some drivers report.
 Row gpu_row(const Machine& machine, bool is_dump, const Address& address, const Function& function) {
   constexpr uint64_t kGibibyte = 1U << 30U;
   const auto bytes = is_dump ? std::nullopt : machine.number(folder_of(address) + "mem_info_vram_total");
@@ -456,7 +456,7 @@ bool may_be_read(const Machine& machine, const PciQuestion& question, Findings& 
   return true;
 }
 
-// What fits the column of the domain.
+// The highest domain that fits its column.
 constexpr unsigned kLastSegment = 0xFFFF;
 
 // A key has no room for the domain: functions come in the order of domains, and the first one has it.

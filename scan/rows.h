@@ -20,12 +20,12 @@ namespace zeldb::scan {
 // The source gave no value this time: a new row gets the default of the column, an existing one keeps its
 // value.
 struct Kept {};
-// The source has told this number before, perhaps, and does not now: where it stands it becomes 0; all else
-// stays, as with Kept.
+// The source may have given this number before, but no longer does: a row that holds it gets 0. Other values
+// stay, as with Kept.
 struct Withdrawn {
   uint64_t number;
 };
-// Of what is never still: a number as near as that to the one that stands is no change.
+// For values that always vary: a number this close to the one in the row is no change.
 struct Near {
   uint64_t number;
   uint64_t tolerance;

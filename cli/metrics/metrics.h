@@ -42,7 +42,8 @@ struct Sources {
   const std::vector<Part>* baseline = nullptr;
 };
 
-// What cannot be read is said on standard error, and by zeldb_section_up; nothing at all is a Failure.
+// A section that cannot be read is reported on standard error and by zeldb_section_up. If none can, that is a
+// Failure.
 struct Read {
   Metrics metrics;
   bool is_whole;

@@ -30,13 +30,13 @@ class MariadbStatement : public Prepared {
   struct CloseStatement {
     void operator()(MYSQL_STMT* statement) const { mysql_stmt_close(statement); }
   };
-  // Where the client library finds a parameter.
+  // The buffer from which the client library takes a parameter.
   struct Parameter {
     std::vector<char> bytes;
     unsigned long size = 0;
     my_bool is_null = 0;
   };
-  // Where the client library puts a cell of the row that it fetches; of a long text only its beginning.
+  // The buffer for a cell of the row that the client library fetches; a long text is cut.
   struct FetchedCell {
     CellType type;
     my_bool is_null;
