@@ -3,6 +3,8 @@
 // Recorded machines, and what a scan makes of them. A file in machines/ is one machine, a line each: "path:
 // text", "path # bytes" (each adds to the file), "path -> target" a link, "* remark".
 // golden/NAME.txt is a transcript; ZELDB_UPDATE_GOLDEN=1 writes it anew.
+#include "scan/scan.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -122,6 +124,29 @@ TEST_P(Scan, ShowsAServer) {
 TEST_P(Scan, ShowsABoardWithoutFirmwareTablesAndPci) {
   if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
   expect_transcript("board");
+}
+
+// Both ways: "table column" of what a scan of the server finds, and of the document.
+TEST_P(Scan, WritesTheColumnsOfItsDocument) {
+  if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
+  unpack("server", root());
+  std::set<std::string> written;
+  for (const auto& row : zeldb::scan::find({.root = root().string(), .pci_dump = {}, .only = {}}, {}).rows) {
+    for (const auto& cell : row.cells) written.insert(std::string(row.table) + " " + cell.column);
+  }
+  // Of the running system alone.
+  written.insert({"Firmwares HardwareId", "Firmwares HardwareTypeId"});
+  std::set<std::string> documented;
+  std::istringstream lines(content_of(fs::path(ZELDB_SCAN_TESTS) / "../../docs/scan.md"));
+  for (std::string line; std::getline(lines, line);) {
+    const size_t columns = line.find('|', 1);
+    const size_t end = line.find('|', columns + 1);
+    if (!line.starts_with("| `") || end == std::string::npos) continue;
+    const std::string table = line.substr(3, line.find('`', 3) - 3);
+    for (size_t at = line.find('`', columns); at < end; at = line.find('`', line.find('`', at + 1) + 1))
+      documented.insert(table + " " + line.substr(at + 1, line.find('`', at + 1) - at - 1));
+  }
+  EXPECT_EQ(written, documented);
 }
 
 TEST_P(Scan, WritesNothingTwice) {
