@@ -20,7 +20,7 @@ INSERT INTO PCINetwork (PCIKey, PCIFuncKey, NumberofPhysicalPorts, MaxNumberofLo
   (1, 262144, 1, 1), (1, 262145, 1, 1), (1, 262146, 1, 1), (1, 262147, 1, 1),
   (65538, 19988480, 1, 2), (65538, 19988481, 1, 2),
   (65544, 30015488, 1, 1), (65544, 30015489, 1, 1),
-  (65546, 17301504, 1, 2), (65546, 17301505, 1, 2);
+  (65546, 17301504, 1, 2), (65546, 17301505, 1, 2), (65546, 17367040, 1, 1), (65546, 17367041, 1, 1);
 
 INSERT INTO PCIPhysicalPort (PCIFuncKey, ConnectorLayout, Idx, NumberofLogicalPorts, PermanentAddress) VALUES
   (262144, '5', 1, 1, '02:00:5E:10:00:01'),
@@ -32,7 +32,9 @@ INSERT INTO PCIPhysicalPort (PCIFuncKey, ConnectorLayout, Idx, NumberofLogicalPo
   (30015488, '12', 1, 1, '20:00:02:00:5E:80:00:01'),
   (30015489, '12', 2, 1, '20:00:02:00:5E:80:00:02'),
   (17301504, '5', 1, 2, '02:00:5E:A0:00:01'),
-  (17301505, '5', 2, 2, '02:00:5E:A0:00:02');
+  (17301505, '5', 2, 2, '02:00:5E:A0:00:02'),
+  (17367040, '5', 1, 1, '02:00:5E:A0:00:03'),
+  (17367041, '5', 2, 1, '02:00:5E:A0:00:04');
 
 -- LinkStatus 1 is up; LinkSpeed in Mbit/s, utilisation in percent.
 INSERT INTO PCIPhysicalPortStat (PCIFuncKey, Idx, LinkStatus, LinkSpeed, TxUtil, RxUtil) VALUES
@@ -45,7 +47,9 @@ INSERT INTO PCIPhysicalPortStat (PCIFuncKey, Idx, LinkStatus, LinkSpeed, TxUtil,
   (30015488, 1, 1, 32000, 12, 55),
   (30015489, 2, 0, 0, 0, 0),
   (17301504, 1, 1, 10000, 22, 18),
-  (17301505, 2, 1, 10000, 1, 2);
+  (17301505, 2, 1, 10000, 1, 2),
+  (17367040, 1, 1, 1000, 2, 1),
+  (17367041, 2, 0, 0, 0, 0);
 
 INSERT INTO PCILogicalPort (PCIKey, PCIFuncKey, MaxDataSize, PermanentAddress, NetworkAddresses, PhyIdx, Idx,
   LinkTechnology, vNICMode, MaxSpeed, ProtocolType, Ethernet, FCoEFC, iSCSI, FCoEPermanentAddress,
@@ -57,6 +61,8 @@ INSERT INTO PCILogicalPort (PCIKey, PCIFuncKey, MaxDataSize, PermanentAddress, N
   (65538, 19988481, 9000, '02:00:5E:20:00:02', NULL, 2, 1, '0x2', '3', 25000000000, 6, 1, 0, 0, NULL, NULL, NULL, NULL, 0),
   (65544, 30015488, 2112, '20:00:02:00:5E:80:00:01', NULL, 1, 1, '4', NULL, 32000000000, 56, 0, 1, 0, '20:00:02:00:5E:8', '10:00:02:00:5E:8', '2', '2', 2),
   (65546, 17301504, 9000, '02:00:5E:A0:00:01', NULL, 1, 1, '2', '1', 10000000000, 6, 1, 0, 0, NULL, NULL, NULL, NULL, 0),
+  (65546, 17367040, 1500, '02:00:5E:A0:00:03', NULL, 1, 1, '2', '0', 1000000000, 6, 1, 0, 0, NULL, NULL, NULL, NULL, 0),
+  (65546, 17367041, 1500, '02:00:5E:A0:00:04', NULL, 2, 1, '2', '0', 1000000000, 6, 1, 0, 0, NULL, NULL, NULL, NULL, 0),
   -- An address shorter than 12 characters: this port is not listed.
   (65546, 17301505, 9000, 'not set', NULL, 2, 1, '2', '1', 10000000000, 6, 1, 0, 0, NULL, NULL, NULL, NULL, 0);
 
@@ -68,7 +74,7 @@ INSERT INTO PCIGPUChip (PCIFuncKey, GPUChipName, GPUChipManufacturer, GPUChipMod
   GPUChipSerialNumber, GPUChipFamily, GPUChipUniqueID, GPUChipFormFactor, GPUChipIndex, GPUChipNumberOfEnabledCores,
   ExternalBusClockSpeed, GPUChipMaxClockSpeed, GPUChipAddressWidth, GPUChipDataWidth) VALUES
   (21692416, 'GA107', 'NVIDIA', 'A2', '900-2G179', 'A2-16', '1652022000001', 'Ampere', 'GPU-0001', '21', 0, 10, 100, 1770, 64, 128),
-  (23396352, 'AD104', 'NVIDIA', 'L4', '900-2G193', 'L4-24', '1652022000002', 'Ada Lovelace', 'GPU-0002', '21', 0, 60, 100, 2040, 64, 192);
+  (23396352, 'AD104', 'NVIDIA', 'L4', '900-2G193', 'L4-24', '1652022000002', 'Ada Lovelace', 'GPU-0002', '21', 0, 58, 100, 2040, 64, 192);
 
 -- What slot 3 lacks is published in the property store (properties.sql) and completed on the first read; slot 4 has
 -- everything.
@@ -79,6 +85,6 @@ INSERT INTO VPDs (HardwareId, HardwareTypeId, Location, SlotNo, UUID, ProductNam
   (23396352, 3, 1, 4, '5A0E64B0C2D711EFA1B2005056C00008', 'L4 24GB PCIe Accelerator', 'NVIDIA', '1652022000002',
     '900-2G193', 'L4', '03GX001'),
   (18284544, 3, 1, 1, '5A0E64B0C2D711EFA1B2005056C00001', '12Gb RAID Adapter 8 Ports', 'Broadcom', 'SP2200001',
-    '03-50107', '9560-8i', '03GX002'),
+    '05-50077-01', '9560-8i', '03GX002'),
   (19988480, 3, 1, 2, '5A0E64B0C2D711EFA1B2005056C00002', '25GbE SFP28 2-port Ethernet Adapter', 'Mellanox', 'MT2200001',
-    'MCX512A', 'CX512A', '03GX003');
+    'MCX631102AN-ADAT', 'CX631102A', '03GX003');

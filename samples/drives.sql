@@ -11,8 +11,8 @@ INSERT INTO PCIs (_id, FunKey, DevKey, NodeIndex, SlotNo, SegNo, BusNo, DeviceNo
 -- The functions of the drives in backplane bays 2 and 3: location 2, segment 2.
 INSERT INTO PCIs (_id, FunKey, DevKey, NodeIndex, SlotNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, VendorId,
   DeviceId, SubVendorId, SubDeviceId, ClsCode, FunType) VALUES
-  (42270720, 42270720, 131074, 0, 2, 2, 133, 0, 0, 2, 5197, 43052, 5197, 43017, 67586, 1),
-  (42336256, 42336256, 131075, 0, 3, 2, 134, 0, 0, 2, 5197, 43052, 5197, 43017, 67586, 1);
+  (42270720, 42270720, 131074, 0, 2, 2, 133, 0, 0, 2, 5197, 43018, 5197, 43027, 67586, 1),
+  (42336256, 42336256, 131075, 0, 3, 2, 134, 0, 0, 2, 5197, 43018, 5197, 43027, 67586, 1);
 
 -- Those that answer over their management interface.
 INSERT INTO NVMeDrives (Location, SlotNo, CtrlSlot, Capacity, FruNo, PartNo, SupplierSN, Model, UUID, Manufacture, FwVer,

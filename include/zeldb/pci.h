@@ -31,7 +31,7 @@ typedef struct _ZELDB_PCI_FunKey_List {
 
 /* One PCI function: where it is, what it is, and its slot and link. */
 typedef struct _ZELDB_PCI_Generic_Info {
-  uint32_t _id;
+  uint32_t _id; /* of the row in PCIs; the function's key where writers follow the samples */
   uint32_t BridgeId;
   uint8_t SegNo;
   uint8_t BusNo;

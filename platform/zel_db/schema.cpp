@@ -24,7 +24,7 @@ constexpr Table kVersionTables[] = {
 
 constexpr Column kScannedRows[] = {
     text("TableName", 64, "table that the row is in", Index::Plain),
-    number("RowId", "number of the row (`_id`)"),
+    number("RowId", "`_id` of the row"),
     text("RowKey", "what the next scan knows the part by, such as `0000:17:00.0`"),
     text("Source", 16, "where the scan has it from: pci, smbios, drives, network, firmware"),
 };

@@ -145,7 +145,7 @@ TEST_P(Baseline, ACheckFollowsItsPolicy) {
       {R"("celsius":{"warning":18446744073709551615})", "celsius: has other than numbers"},
       {R"("ports_down":"critical","ports_down":"ok")", "ports_down: is there twice"},
       {R"("a\u001b":1)", "a\\x1b: no such key"},
-      {R"("expected_parts":[{"place":"1:1","part":"03-50107","version":"1"}])", "version is for"}};
+      {R"("expected_parts":[{"place":"1:1","part":"05-50077-01","version":"1"}])", "version is for"}};
   for (const auto& [policy, why] : refused) expect_failure(check(policy), 3, why);
   // It runs 52.26.0-5179.
   const std::pair<const char*, bool> least[] = {{"8.9", true},     {"052.0026.0-5179", true},
@@ -153,7 +153,7 @@ TEST_P(Baseline, ACheckFollowsItsPolicy) {
                                                 {"52.100", false}, {"100", false}};
   for (const auto& [version, is_met] : least) {
     const Outcome seen =
-        check(R"("minimum_firmware":[{"part":"03-50107","version":")" + std::string(version) + "\"}]");
+        check(R"("minimum_firmware":[{"part":"05-50077-01","version":")" + std::string(version) + "\"}]");
     EXPECT_EQ(seen.out.find("is older than") == std::string::npos, is_met) << version;
     EXPECT_EQ(seen.exit_status, is_met ? 1 : 2) << version;
   }

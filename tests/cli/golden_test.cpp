@@ -124,10 +124,13 @@ class Golden : public testing::TestWithParam<std::tuple<Engine, std::string>> {
 };
 
 // What a reader meets while another process writes, or after one that has written nonsense: keys and ids of
-// rows that cannot be read by them, cards without any product data, and a setting without flag 2.
+// rows that cannot be read by them, cards without any product data, and a setting without flag 2. And
+// high-bandwidth memory, which no processor has beside persistent modules.
 const std::vector<std::string> kOdd = {
     "INSERT INTO PCIs (FunKey, SlotNo, Location) VALUES (-1, 5, 1)",
     "INSERT INTO Memory (_id, SlotNo, DevLocator) VALUES (-7, 40, 'DIMM 40')",
+    "INSERT INTO Memory (ArrayId, MemSize, MemType, DevLocator, Manufacturer) "
+    "VALUES (2, 16384, 32, 'CPU 1 HbmIo 0', 'Intel')",
     "INSERT INTO Processor (_id, Socket) VALUES (-7, 'CPU 9')",
     "INSERT INTO VPDs (HardwareId, HardwareTypeId, Location, SlotNo) "
     "SELECT FunKey, 3, 1, 90 FROM PCIs WHERE FunKey BETWEEN 0 AND 18000000",
@@ -167,8 +170,9 @@ TEST(GoldenFiles, ShowEveryView) {
   for (const std::string& name : names_in(ZELDB_GOLDEN, ".txt")) {
     const auto [databases, blocks] = transcript_of(name);
     for (const auto& [place, command, printed] : blocks) {
-      if (databases != "# sample" || std::regex_search(printed, row))
-        seen[view_of(command)].insert(databases);
+      const bool has_parts = databases == "# sample" || databases == "# odd";
+      if (!has_parts || std::regex_search(printed, row))
+        seen[view_of(command)].insert(has_parts ? "# sample" : databases);
     }
   }
   for (const auto& [view, definition] : schema().at("$defs").items()) {

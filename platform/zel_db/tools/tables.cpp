@@ -18,7 +18,8 @@ constexpr const char* kIntroduction =
 
 The inventory is the database `dmdb`, the property store the database `propertiesdb`. `zeldb init` makes both.
 
-- Each table but `ZeldbSchema` has a column `_id`, the number of the row: from 1 on, never given out twice. Rows that
+- Each table but `ZeldbSchema` has a column `_id`, by which rows are known: a number from 1 on that is never given
+  out twice, or what the writer chooses; in `PCIs` that is the function's key where writers follow the samples. Rows that
   are read without an order come in the order of `_id`.
 - Any column may be NULL, which is also the default where no other one is given. A reader of the library takes NULL
   for 0 or an empty text unless its header says otherwise.
