@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <variant>
@@ -30,6 +31,11 @@ struct Column {
   bool is_minor;   // among the first that a narrow terminal has no room for
   uint16_t size;
   uint32_t offset;
+  // The rest tells how a table shows a number; --raw and JSON have it as it is.
+  std::string (*words)(uint64_t code) = nullptr;  // empty for a code without a word
+  std::optional<uint64_t> none{};                 // the number that means nothing
+  // The column applies only if this other one is not 0, or, with "!" before its name, if it is 0.
+  const char* condition = nullptr;
 };
 
 template <typename Member>
@@ -78,6 +84,18 @@ constexpr Column minor(Column column) {
 constexpr Column hex(Column column, uint8_t digits = 0) {
   if (column.type != Type::Text) column.type = Type::Hex;
   if (digits != 0) column.digits = digits;
+  return column;
+}
+constexpr Column in_words(Column column, std::string (*words)(uint64_t code)) {
+  column.words = words;
+  return column;
+}
+constexpr Column without(Column column, uint64_t none) {
+  column.none = none;
+  return column;
+}
+constexpr Column only_if(Column column, const char* condition) {
+  column.condition = condition;
   return column;
 }
 constexpr Column health(Column column) {

@@ -131,12 +131,18 @@ bool is_before(const Value& one, const Value& other) {
 }
 
 // Sorts by a column, which need not be shown; "-" before its name reverses the order.
-void sort_rows(const View& view, const std::string& key, std::vector<Row>& rows) {
+void sort_rows(const View& view, std::string_view key, std::vector<Row>& rows) {
   const bool is_reverse = key.starts_with('-');
-  const size_t place = column_at(view, "--sort", key.substr(is_reverse ? 1 : 0));
+  const size_t place = column_at(view, "--sort", std::string(key.substr(is_reverse ? 1 : 0)));
   std::ranges::stable_sort(rows, [=](const Row& one, const Row& other) {
     return is_reverse ? is_before(other[place], one[place]) : is_before(one[place], other[place]);
   });
+}
+
+std::vector<Row> ordered_rows(const View& view) {
+  std::vector<Row> rows = view.read();
+  for (auto key = view.order.rbegin(); key != view.order.rend(); ++key) sort_rows(view, *key, rows);
+  return rows;
 }
 
 // "24 in total: MIB 786432"; empty where there is nothing to sum.
@@ -176,12 +182,22 @@ std::string branch_of(const Listing::State& state, const View& view, const Row& 
   return has_machine && !branch.empty() ? std::get<std::string>(row.front()) + ": " + branch : branch;
 }
 
+std::vector<Row> shown_rows(const View& view, std::vector<Row> rows) {
+  for (Row& row : rows) {
+    const Row whole = row;
+    for (size_t place = 0; place < row.size(); ++place)
+      row[place] = shown_value(view, whole, view.columns[place]);
+  }
+  return rows;
+}
+
 void print(const Listing::State& state, const View& view, const std::vector<size_t>& places,
            std::vector<Row> rows) {
   std::vector<std::string> branches;
   if (state.as_tree) {
     for (const Row& row : rows) branches.push_back(branch_of(state, view, row));
   }
+  if (!state.as_json && !state.as_raw) rows = shown_rows(view, std::move(rows));
   Table table = table_of(view, places, std::move(rows));
   table.branches = std::move(branches);
   if (state.as_json || state.as_raw) {
@@ -204,6 +220,7 @@ class ManyView {
       : columns_{kMachineColumn}, view_(of_one) {
     columns_.insert(columns_.end(), of_one.columns.begin(), of_one.columns.end());
     view_.columns = columns_;
+    view_.order.clear();  // each machine's rows are in theirs
     view_.read = [this, &of_one, files] { return read(of_one, machines_of(files)); };
   }
   ManyView(const ManyView&) = delete;
@@ -221,7 +238,7 @@ class ManyView {
       for (Row& row : unpacked(answer, Value(machine.name))) rows.push_back(std::move(row));
     };
     unread_ = ask_each(
-        machines, [&of_one] { return packed(of_one.read()); }, take);
+        machines, [&of_one] { return packed(ordered_rows(of_one)); }, take);
     return rows;
   }
 
@@ -294,7 +311,7 @@ const std::vector<View>& views() {
 // Replacements are given out in the order in which values stand in all columns, so that they do not depend on
 // those that are shown.
 std::vector<Row> read_rows(const View& view, Mask* mask) {
-  std::vector<Row> rows = view.read();
+  std::vector<Row> rows = ordered_rows(view);
   if (mask == nullptr) return rows;
   for (Row& row : rows) {
     const Holds holds = held_by(view, row);
@@ -310,6 +327,14 @@ std::vector<Row> read_rows(const View& view, Mask* mask) {
 const Value& value_of(const View& view, const Row& row, std::string_view key) {
   const auto column = std::ranges::find(view.columns, key, &Column::key);
   return row.at(static_cast<size_t>(column - view.columns.begin()));
+}
+
+Value shown_value(const View& view, const Row& row, const Column& column) {
+  const Value& value = value_of(view, row, column.key);
+  if (column.condition == nullptr) return value;
+  const bool is_zero = *column.condition == '!';
+  const Value& other = value_of(view, row, column.condition + (is_zero ? 1 : 0));
+  return (other == Value(uint64_t{0})) == is_zero ? value : Value();
 }
 
 std::string name_of(const View& view) {
@@ -332,6 +357,11 @@ Listing::Listing(CLI::App& app) : app_(app), state_(std::make_shared<State>()) {
 
 Listing& Listing::without(const std::vector<CLI::Option*>& options) {
   for (CLI::Option* option : options) state_->choices.back().option->excludes(option);
+  return *this;
+}
+
+Listing& Listing::order(std::vector<std::string_view> columns) {
+  registry().back().order = std::move(columns);
   return *this;
 }
 
@@ -364,7 +394,7 @@ void Listing::add(const std::string& option, const std::string& help, std::span<
     for (const State::Choice& choice : state_->choices) exclude_each_other({flag, choice.option});
     state_->choices.push_back({registry().size(), flag});
   }
-  registry().push_back({app_.get_name(), option, columns, std::move(read)});
+  registry().push_back({app_.get_name(), option, columns, std::move(read), {}});
 }
 
 }  // namespace zeldb::cli

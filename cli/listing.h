@@ -29,6 +29,7 @@ struct View {
   std::string option;  // chooses it, such as "--logical"; empty for the first one
   std::span<const Column> columns;
   std::function<std::vector<Row>()> read;
+  std::vector<std::string_view> order{};  // the columns that sort the rows; empty: as they are read
 };
 
 // The views of all commands, in their order. The name of a view is the command's, or "ports --logical".
@@ -38,7 +39,9 @@ std::string name_of(const View& view);
 std::string schema_name_of(const View& view);
 // The value in the column with this key.
 const Value& value_of(const View& view, const Row& row, std::string_view key);
-// The rows of a view, masked when there is a mask.
+// The value that a table shows; nothing if the column does not apply to the row.
+Value shown_value(const View& view, const Row& row, const Column& column);
+// The rows of a view in its order, masked when there is a mask.
 std::vector<Row> read_rows(const View& view, Mask* mask);
 
 // Values of the columns of each record.
@@ -76,6 +79,8 @@ class Listing {
     return *this;
   }
 
+  // Sorts the rows of the last view by these columns, as --sort does.
+  Listing& order(std::vector<std::string_view> columns);
   // Options that cannot be combined with the last view.
   Listing& without(const std::vector<CLI::Option*>& options);
   // Adds a text below the columns in the help text.

@@ -18,10 +18,22 @@ std::string text_of(const Value& value) {
   return {};
 }
 
+// Returns an empty text for a value without a word.
+std::string word_of(const Column& column, const Value& value) {
+  if (column.words == nullptr) return {};
+  if (const auto* const number = std::get_if<uint64_t>(&value)) return column.words(*number);
+  const auto* const digits = std::get_if<std::string>(&value);
+  return digits != nullptr ? column.words(std::stoull(*digits, nullptr, 16)) : "";
+}
+
 }  // namespace
 
 std::string cell_of(const Column& column, const Value& value) {
-  if (column.type == Type::Health) return health_text(std::get<uint64_t>(value));
+  const auto* const number = std::get_if<uint64_t>(&value);
+  if (number != nullptr && column.none == *number) return kNothing;
+  if (column.type == Type::Health && number != nullptr) return health_text(*number);
+  std::string word = word_of(column, value);
+  if (!word.empty()) return word;
   const std::string text = printable(text_of(value), Escape::Terminal);
   return text.empty() ? kNothing : text;
 }

@@ -80,7 +80,8 @@ auto read_or_tell(std::string& trouble, Read read) -> decltype(read()) {
 
 template <typename Record>
 std::vector<Row> rows_of(const View& view, const std::vector<Record>& records, Mask* mask) {
-  return read_rows({view.command, {}, view.columns, [&] { return as_rows(view.columns, records); }}, mask);
+  return read_rows({view.command, {}, view.columns, [&] { return as_rows(view.columns, records); }, {}},
+                   mask);
 }
 
 bool stays(const PCISetting_info& setting) {
@@ -122,7 +123,7 @@ Table table_of(const PlaceDetails& details) {
   std::ranges::copy_if(details.view->columns, std::back_inserter(table.columns), is_shown);
   for (const Row& row : details.found.rows) {
     Row& shown = table.rows.emplace_back();
-    for (const Column& column : table.columns) shown.push_back(value_of(*details.view, row, column.key));
+    for (const Column& column : table.columns) shown.push_back(shown_value(*details.view, row, column));
   }
   return table;
 }

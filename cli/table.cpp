@@ -45,7 +45,7 @@ const char* colour_of(const std::string& health) {
 }
 
 int flags_of(const Column& column, bool is_branch) {
-  const bool is_left = is_text(column.type) || is_health(column);
+  const bool is_left = is_text(column.type) || is_health(column) || column.words != nullptr;
   const int tree = is_branch ? SCOLS_FL_TREE : 0;
   return tree | (is_left ? 0 : SCOLS_FL_RIGHT);
 }

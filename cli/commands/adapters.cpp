@@ -6,6 +6,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 #include "zeldb/firmware.h"
 
 namespace zeldb::cli {
@@ -28,16 +29,16 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, SegNo, "SEGMENT", "PCI segment")),
     extra(ZELDB_COLUMN(R, BusNo, "BUS", "PCI bus")),
     extra(ZELDB_COLUMN(R, DeviceNo, "DEV", "PCI device")),
-    extra(ZELDB_COLUMN(R, NCSIPresent, "NC-SI", "1 when the slot has NC-SI packages")),
-    extra(ZELDB_COLUMN(R, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none")),
-    extra(ZELDB_COLUMN(R, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none")),
+    extra(in_words(ZELDB_COLUMN(R, NCSIPresent, "NC-SI", "1 when the slot has NC-SI packages"), yes_or_no)),
+    extra(without(ZELDB_COLUMN(R, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none"), 255)),
+    extra(without(ZELDB_COLUMN(R, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none"), 255)),
 };
 
 constexpr Column kNcsiColumns[] = {
     ZELDB_COLUMN(Ncsi, Location, "LOC", "0 on the system board, 1 an add-in slot"),
     ZELDB_COLUMN(Ncsi, SlotNo, "SLOT", "Number of the slot"),
-    ZELDB_COLUMN(Ncsi, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none"),
-    ZELDB_COLUMN(Ncsi, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none"),
+    without(ZELDB_COLUMN(Ncsi, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none"), 255),
+    without(ZELDB_COLUMN(Ncsi, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none"), 255),
 };
 
 constexpr size_t kLongestCondition = 112;
@@ -114,7 +115,9 @@ void setup_adapters(CLI::App& app) {
   exclude_each_other(choices);
   Listing(app)
       .view(kColumns, [options] { return read_adapters(*options); })
+      .order({"Location", "SlotNo"})
       .view("--ncsi", "NC-SI packages of slots", kNcsiColumns, [options] { return read_ncsi(*options); })
+      .order({"Location", "SlotNo"})
       .without({choices.begin() + 1, choices.end()});
 }
 

@@ -6,6 +6,7 @@
 #include "cli/library.h"
 #include "cli/listing.h"
 #include "cli/mask.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -25,7 +26,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(Entry, View, "VIEW", "A command, and the option that chooses another view of it"),
     whole(ZELDB_COLUMN(Entry, Column, "COLUMN", "Key in JSON and for --output")),
     ZELDB_COLUMN(Entry, Type, "TYPE", "Type of its values"),
-    ZELDB_COLUMN(Entry, InTable, "IN TABLE", "1 if a table shows it by default"),
+    in_words(ZELDB_COLUMN(Entry, InTable, "IN TABLE", "1 if a table shows it by default"), yes_or_no),
     ZELDB_COLUMN(
         Entry, Identifies, "MASKED AS",
         "What --mask replaces it by; text: addresses inside it; value: these, and all of a text setting"),

@@ -8,6 +8,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -26,17 +27,19 @@ constexpr Column kColumns[] = {
     whole(ZELDB_COLUMN(R, FwVersion, "FIRMWARE", "Version of its firmware")),
     health(ZELDB_COLUMN(R, HealthStatus, "HEALTH",
                         "Health; 2 without a sensor, too; of drives that a scan has found, what they tell")),
-    minor(ZELDB_COLUMN(R, Temperature, "CELSIUS", "Temperature in degrees Celsius")),
-    minor(ZELDB_COLUMN(R, RemainLife, "LIFE %", "Remaining life in percent")),
+    minor(without(ZELDB_COLUMN(R, Temperature, "CELSIUS", "Temperature in degrees Celsius"), 0)),
+    minor(only_if(ZELDB_COLUMN(R, RemainLife, "LIFE %", "Remaining life in percent"), "!RotationRate")),
     extra(hex(ZELDB_COLUMN(R, PCIFuncKey, "FUNCTION", "Key of its function, or of its controller's"))),
-    extra(ZELDB_COLUMN(R, LocationId, "PLACE",
-                       "Kind of place: 1 slot, 2 backplane bay, 3 M.2 bay, 4 7 mm bay")),
+    extra(in_words(
+        ZELDB_COLUMN(R, LocationId, "PLACE", "Kind of place: 1 slot, 2 backplane bay, 3 M.2 bay, 4 7 mm bay"),
+        place_word)),
     extra(ZELDB_COLUMN(R, BayNo, "BAY", "Number of the place")),
     extra(ZELDB_COLUMN(R, SlotNo, "SLOT", "Slot of the controller")),
     extra(ZELDB_COLUMN(R, CtrlType, "CONTROLLER", "3: behind an on-board controller")),
     extra(ZELDB_COLUMN(R, DriveTypeId, "TYPE CODE", "Code of the type of drive")),
-    extra(ZELDB_COLUMN(R, FormFactor, "FORM", "Form factor: 16 bay, 32 card, 48 M.2, 80 EDSFF")),
-    extra(ZELDB_COLUMN(R, RotationRate, "RPM", "Revolutions per minute; 0 for an SSD")),
+    extra(in_words(ZELDB_COLUMN(R, FormFactor, "FORM", "Form factor: 16 bay, 32 card, 48 M.2, 80 EDSFF"),
+                   drive_form_word)),
+    extra(without(ZELDB_COLUMN(R, RotationRate, "RPM", "Revolutions per minute; 0 for an SSD"), 0)),
     extra(ZELDB_COLUMN(R, Manufacture, "MAKER", "Who made it")),
     extra(ZELDB_COLUMN(R, PartNo, "PART", "Part number")),
     extra(ZELDB_COLUMN(R, FruNo, "FRU", "FRU number, for a replacement")),
@@ -170,7 +173,9 @@ void setup_disks(CLI::App& app) {
        bay);
   Listing(app)
       .view(kColumns, [options] { return read_disks(*options); })
+      .order({"Location"})
       .view("--controllers", "On-board storage controllers", kControllerColumns, read_controllers)
+      .order({"SlotNo"})
       .without(choices);
 }
 

@@ -6,6 +6,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -15,7 +16,7 @@ using R = _ZELDB_DpuLog;
 
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, _id, "ID", "Row of the table"),
-    ZELDB_COLUMN(R, Timestamp, "TIME", "Seconds since 1970"),
+    in_words(ZELDB_COLUMN(R, Timestamp, "TIME", "Seconds since 1970"), date_word),
     whole(ZELDB_COLUMN(R, GenID, "EVENT", "Id of the kind of event")),
     ZELDB_COLUMN(R, Message, "MESSAGE", "What happened"),
 };

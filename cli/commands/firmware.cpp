@@ -6,6 +6,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -29,12 +30,13 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, PkgVersionString, "PACKAGE", "Version of the update package")),
     extra(ZELDB_COLUMN(R, ReleaseDate, "RELEASED", "When the version was released")),
     extra(ZELDB_COLUMN(R, PendingReleaseDate, "PENDING RELEASED", "When the waiting version was released")),
-    extra(ZELDB_COLUMN(R, UpdateSupport, "UPDATABLE", "0: cannot be updated")),
-    extra(ZELDB_COLUMN(R, Updated, "UPDATED", "Not 0 after an update")),
+    extra(in_words(ZELDB_COLUMN(R, UpdateSupport, "UPDATABLE", "0: cannot be updated"), yes_or_no)),
+    extra(in_words(ZELDB_COLUMN(R, Updated, "UPDATED", "Not 0 after an update"), yes_or_no)),
     extra(ZELDB_COLUMN(R, UpdateMethod, "METHOD", "How it is updated, bits")),
     extra(ZELDB_COLUMN(R, UpdateAuxInfo, "AUX", "Further information from an update")),
-    extra(ZELDB_COLUMN(R, UpdateErrCode, "ERROR CODE", "0: no error")),
-    extra(ZELDB_COLUMN(R, Status, "STATUS", "2: an update waits for its activation")),
+    extra(without(ZELDB_COLUMN(R, UpdateErrCode, "ERROR CODE", "0: no error"), 0)),
+    extra(in_words(without(ZELDB_COLUMN(R, Status, "STATUS", "2: an update waits for its activation"), 0),
+                   update_status_word)),
 };
 
 // The part number of a disk that a controller has.

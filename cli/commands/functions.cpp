@@ -4,6 +4,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -32,12 +33,14 @@ constexpr Column kColumns[] = {
     hex(INFO_COLUMN(DeviceId, "DEVICE", "PCI device id")),
     minor(hex(INFO_COLUMN(SubVendorId, "SUBVENDOR", "PCI subsystem vendor id"))),
     minor(hex(INFO_COLUMN(SubDeviceId, "SUBDEVICE", "PCI subsystem id"))),
-    hex(INFO_COLUMN(ClsCode, "CLASS", "Base class, subclass, programming interface"), 6),
+    in_words(hex(INFO_COLUMN(ClsCode, "CLASS", "Base class, subclass, programming interface"), 6),
+             class_word),
     ZELDB_COLUMN(Function, CardName, "CARD", "Name of the card"),
     extra(INFO_COLUMN(SlotDesignation, "DESIGNATION", "Name of the slot")),
     extra(hex(INFO_COLUMN(DevKey, "ADAPTER", "Key of the adapter"))),
-    extra(INFO_COLUMN(_id, "ID", "Row of the table; in the samples the function's key")),
-    extra(INFO_COLUMN(BridgeId, "BRIDGE", "Bridge above")),
+    extra(
+        INFO_COLUMN(_id, "ID", "_id of the row; writers that follow the samples make it the function's key")),
+    extra(without(INFO_COLUMN(BridgeId, "BRIDGE", "Bridge above"), 0)),
     extra(INFO_COLUMN(SegNo, "SEGMENT", "PCI segment")),
     extra(INFO_COLUMN(BusNo, "BUS", "PCI bus")),
     extra(INFO_COLUMN(DeviceNo, "DEV", "PCI device")),
@@ -45,25 +48,28 @@ constexpr Column kColumns[] = {
     extra(INFO_COLUMN(RevId, "REVISION", "PCI revision")),
     extra(INFO_COLUMN(SlotType, "SLOT TYPE", "SMBIOS slot type")),
     extra(INFO_COLUMN(SlotDataBusWidth, "SLOT WIDTH", "SMBIOS slot data bus width")),
-    extra(INFO_COLUMN(Hotplug, "HOTPLUG", "Whether the slot can be used while the system runs")),
+    extra(in_words(INFO_COLUMN(Hotplug, "HOTPLUG", "Whether the slot can be used while the system runs"),
+                   yes_or_no)),
     extra(INFO_COLUMN(PCIType, "PCI TYPE", "Kind of bus")),
     extra(INFO_COLUMN(BladeSlotPort, "BLADE PORT", "Port of a blade slot")),
     extra(INFO_COLUMN(NodeIndex, "NODE", "Node that it belongs to")),
-    extra(
-        ZELDB_COLUMN(Function, FunType, "TYPE", "Kind of function: 2 Ethernet, 3 Fibre Channel, 4 GPU, ...")),
-    extra(INFO_COLUMN(LanesInUse, "LANES", "PCIe lanes in use")),
-    extra(INFO_COLUMN(MaxLanes, "MAX LANES", "PCIe lanes of the device")),
-    extra(INFO_COLUMN(PCIeType, "PCIE", "PCIe generation in use")),
-    extra(INFO_COLUMN(MaxPCIeType, "MAX PCIE", "Highest PCIe generation of the device")),
+    extra(in_words(
+        ZELDB_COLUMN(Function, FunType, "TYPE", "Kind of function: 2 Ethernet, 3 Fibre Channel, 4 GPU, ..."),
+        function_kind_word)),
+    extra(without(INFO_COLUMN(LanesInUse, "LANES", "PCIe lanes in use"), 0)),
+    extra(without(INFO_COLUMN(MaxLanes, "MAX LANES", "PCIe lanes of the device"), 0)),
+    extra(without(INFO_COLUMN(PCIeType, "PCIE", "PCIe generation in use"), 0)),
+    extra(without(INFO_COLUMN(MaxPCIeType, "MAX PCIE", "Highest PCIe generation of the device"), 0)),
     extra(ZELDB_COLUMN(Function, AIMSupported, "AIM", "0 known without settings, 1 to 3 supported")),
     extra(ZELDB_COLUMN(Function, OOBSrc, "OOB", "Source of its out-of-band data")),
     extra(hex(
         ZELDB_COLUMN(Function, HardwareId, "HARDWARE", "Id of the hardware; as a rule the function's key"))),
     extra(
         ZELDB_COLUMN(Function, HardwareTypeId, "HARDWARE TYPE", "Kind of hardware: 2 disk, 3 PCI function")),
-    extra(ZELDB_COLUMN_IN(Function, Network, NumberofPhysicalPorts, "PORTS", "Network ports")),
-    extra(ZELDB_COLUMN_IN(Function, Network, MaxNumberofLogicalPorts, "LOGICAL",
-                          "Largest number of logical ports")),
+    extra(without(ZELDB_COLUMN_IN(Function, Network, NumberofPhysicalPorts, "PORTS", "Network ports"), 0)),
+    extra(without(ZELDB_COLUMN_IN(Function, Network, MaxNumberofLogicalPorts, "LOGICAL",
+                                  "Largest number of logical ports"),
+                  0)),
 };
 #undef INFO_COLUMN
 

@@ -4,6 +4,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -28,7 +29,8 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN_IN(Gpu, Device, VideoMemoryTypeText, "MEMORY TYPE", "Type of the video memory"),
     ZELDB_COLUMN_IN(Gpu, Device, TotalGPUChipNumber, "CHIPS", "Chips on the card"),
     whole(ZELDB_COLUMN(Gpu, FirmwareVersion, "FIRMWARE", "Version of its firmware, where it is published")),
-    extra(ZELDB_COLUMN_IN(Gpu, Id, FunType, "TYPE", "Kind of function: 4 GPU, 16 accelerator")),
+    extra(in_words(ZELDB_COLUMN_IN(Gpu, Id, FunType, "TYPE", "Kind of function: 4 GPU, 16 accelerator"),
+                   function_kind_word)),
     extra(hex(ZELDB_COLUMN_IN(Gpu, Id, DevKey, "ADAPTER", "Key of the adapter"))),
     extra(hex(ZELDB_COLUMN_IN(Gpu, Id, VendorId, "VENDOR", "PCI vendor id"))),
     extra(hex(ZELDB_COLUMN_IN(Gpu, Id, DeviceId, "DEVICE", "PCI device id"))),

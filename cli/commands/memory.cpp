@@ -6,6 +6,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 #include "platform/zel_db.h"
 
 namespace zeldb::cli {
@@ -19,18 +20,18 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, DevLocator, "LOCATOR", "Name of the slot"),
     minor(ZELDB_COLUMN(R, BankLocator, "BANK", "Name of the bank")),
     summed(ZELDB_COLUMN(R, MemSize, "MIB", "Size in MiB")),
-    ZELDB_COLUMN(R, ClockSpeed, "MT/S", "Configured speed in MT/s"),
+    without(ZELDB_COLUMN(R, ClockSpeed, "MT/S", "Configured speed in MT/s"), 0),
     ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it"),
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     extra(ZELDB_COLUMN(R, _id, "ID", "Row of the table")),
     extra(ZELDB_COLUMN(R, ArrayId, "ARRAY", "Array that the slot belongs to")),
-    extra(ZELDB_COLUMN(R, TotalWidth, "TOTAL BITS", "Width with error correction, in bits")),
-    extra(ZELDB_COLUMN(R, DataWidth, "DATA BITS", "Width of the data, in bits")),
+    extra(without(ZELDB_COLUMN(R, TotalWidth, "TOTAL BITS", "Width with error correction, in bits"), 0)),
+    extra(without(ZELDB_COLUMN(R, DataWidth, "DATA BITS", "Width of the data, in bits"), 0)),
     extra(ZELDB_COLUMN(R, FormFactor, "FORM", "SMBIOS form factor")),
-    extra(ZELDB_COLUMN(R, MemType, "TYPE", "SMBIOS memory type")),
+    extra(in_words(ZELDB_COLUMN(R, MemType, "TYPE", "SMBIOS memory type"), memory_type_word)),
     extra(ZELDB_COLUMN(R, TypeDetail, "DETAIL", "SMBIOS type detail, bits; 4096 is non-volatile")),
-    extra(ZELDB_COLUMN(R, MaxSpeed, "MAX MT/S", "Highest speed in MT/s")),
+    extra(without(ZELDB_COLUMN(R, MaxSpeed, "MAX MT/S", "Highest speed in MT/s"), 0)),
     extra(whole(ZELDB_COLUMN(R, AssetTag, "ASSET", "Asset tag"))),
     extra(ZELDB_COLUMN(R, Attributes, "ATTRIBUTES", "SMBIOS attributes: ranks")),
     extra(ZELDB_COLUMN(R, NodeIndex, "NODE", "Node that it belongs to")),
@@ -169,11 +170,15 @@ void setup_memory(CLI::App& app) {
   exclude_each_other({slot, where});
   Listing(app)
       .view(kColumns, [options] { return read_chosen(*options); })
+      .order({"DevLocator"})
       .view("--hbm", "High-bandwidth memory of the processors", kColumns, read_high_bandwidth)
+      .order({"DevLocator"})
       .without({slot, where})
       .view("--persistent", "Persistent memory", kPersistentColumns, read_persistent)
+      .order({"DevLocator"})
       .without({slot, where})
-      .view("--health", "Health codes by slot", kHealthColumns, [options] { return read_health(*options); });
+      .view("--health", "Health codes by slot", kHealthColumns, [options] { return read_health(*options); })
+      .order({"SlotNo"});
 }
 
 }  // namespace zeldb::cli

@@ -4,6 +4,7 @@
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "cli/words.h"
 
 namespace zeldb::cli {
 
@@ -29,10 +30,10 @@ constexpr Column kPhysicalColumns[] = {
     PORT_COLUMN(Idx, "PORT", "Index of the port"),
     whole(PORT_COLUMN(PermanentAddress, "ADDRESS", "Permanent address")),
     minor(PORT_COLUMN(ConnectorLayoutText, "CONNECTOR", "Layout of the connector")),
-    PORT_COLUMN(LinkStatus, "LINK", "1 when the link is up"),
-    PORT_COLUMN(LinkSpeed, "MBIT/S", "Speed of the link in Mbit/s"),
-    minor(PORT_COLUMN(TxUtil, "TX %", "Utilisation of the sending side in percent")),
-    minor(PORT_COLUMN(RxUtil, "RX %", "Utilisation of the receiving side in percent")),
+    in_words(PORT_COLUMN(LinkStatus, "LINK", "1 when the link is up"), link_word),
+    without(PORT_COLUMN(LinkSpeed, "MBIT/S", "Speed of the link in Mbit/s"), 0),
+    minor(only_if(PORT_COLUMN(TxUtil, "TX %", "Utilisation of the sending side in percent"), "LinkStatus")),
+    minor(only_if(PORT_COLUMN(RxUtil, "RX %", "Utilisation of the receiving side in percent"), "LinkStatus")),
     extra(PORT_COLUMN(ConnectorLayout, "CONNECTOR CODE", "Code of the connector's layout")),
     extra(PORT_COLUMN(NumberofLogicalPorts, "LOGICAL", "Logical ports on it")),
 };
@@ -48,22 +49,23 @@ constexpr Column kLogicalColumns[] = {
     minor(PORT_COLUMN(NetworkAddresses, "NETWORK", "Network addresses")),
     minor(PORT_COLUMN(LinkTechnologyText, "TECHNOLOGY", "Technology of the link")),
     PORT_COLUMN(ProtocolTypeText, "PROTOCOL", "Protocol"),
-    PORT_COLUMN(MaxSpeed, "MAX BIT/S", "Highest speed in bit/s"),
+    without(PORT_COLUMN(MaxSpeed, "MAX BIT/S", "Highest speed in bit/s"), 0),
     extra(PORT_COLUMN(LinkTechnology, "TECHNOLOGY CODE", "Code of the technology of the link")),
     extra(PORT_COLUMN(ProtocolType, "PROTOCOL CODE", "IANA interface type")),
-    extra(PORT_COLUMN(MaxDataSize, "MTU", "Largest data size")),
+    extra(without(PORT_COLUMN(MaxDataSize, "MTU", "Largest data size"), 0)),
     extra(PORT_COLUMN(vNICMode, "VNIC CODE", "Code of the virtual NIC mode")),
     extra(PORT_COLUMN(vNICModeText, "VNIC", "Virtual NIC mode")),
-    extra(PORT_COLUMN(Ethernet, "ETHERNET", "1 when Ethernet is enabled")),
-    extra(PORT_COLUMN(FCoEFC, "FCOE", "1 when Fibre Channel is enabled")),
-    extra(PORT_COLUMN(iSCSI, "ISCSI", "1 when iSCSI is enabled")),
+    extra(in_words(PORT_COLUMN(Ethernet, "ETHERNET", "1 when Ethernet is enabled"), yes_or_no)),
+    extra(in_words(PORT_COLUMN(FCoEFC, "FCOE", "1 when Fibre Channel is enabled"), yes_or_no)),
+    extra(in_words(PORT_COLUMN(iSCSI, "ISCSI", "1 when iSCSI is enabled"), yes_or_no)),
     extra(whole(PORT_COLUMN(FCoEPermanentAddress, "FCOE ADDRESS", "Permanent FCoE address"))),
     extra(whole(PORT_COLUMN(FCoENetworkAddressess, "FCOE NETWORK", "FCoE network addresses"))),
     extra(PORT_COLUMN(ConnectionType, "CONNECTION CODE", "Code of the Fibre Channel connection")),
     extra(PORT_COLUMN(ConnectionTypeText, "CONNECTION", "Fibre Channel connection")),
     extra(PORT_COLUMN(Role, "ROLE CODE", "Code of the Fibre Channel role")),
     extra(PORT_COLUMN(RoleText, "ROLE", "Fibre Channel role")),
-    extra(PORT_COLUMN(TargetRelativePortNumber, "TARGET PORT", "Relative port number as a target")),
+    extra(
+        without(PORT_COLUMN(TargetRelativePortNumber, "TARGET PORT", "Relative port number as a target"), 0)),
 };
 #undef PORT_COLUMN
 
@@ -71,10 +73,10 @@ constexpr Column kLogicalColumns[] = {
 constexpr Column kLinkColumns[] = {
     hex(ZELDB_COLUMN(Link, Key, "KEY", "Key of the function")),
     PORT_COLUMN(Idx, "PORT", "Index of the port"),
-    PORT_COLUMN(LinkStatus, "LINK", "1 when the link is up"),
-    PORT_COLUMN(LinkSpeed, "MBIT/S", "Speed of the link in Mbit/s"),
-    PORT_COLUMN(TxUtil, "TX %", "Utilisation of the sending side in percent"),
-    PORT_COLUMN(RxUtil, "RX %", "Utilisation of the receiving side in percent"),
+    in_words(PORT_COLUMN(LinkStatus, "LINK", "1 when the link is up"), link_word),
+    without(PORT_COLUMN(LinkSpeed, "MBIT/S", "Speed of the link in Mbit/s"), 0),
+    only_if(PORT_COLUMN(TxUtil, "TX %", "Utilisation of the sending side in percent"), "LinkStatus"),
+    only_if(PORT_COLUMN(RxUtil, "RX %", "Utilisation of the receiving side in percent"), "LinkStatus"),
 };
 #undef PORT_COLUMN
 

@@ -17,15 +17,15 @@ constexpr Column kColumns[] = {
     summed(ZELDB_COLUMN(R, CoreCount, "CORES", "Number of cores")),
     summed(ZELDB_COLUMN(R, CoreEnabled, "ENABLED", "Cores that are enabled")),
     summed(ZELDB_COLUMN(R, ThreadCount, "THREADS", "Threads of all cores")),
-    ZELDB_COLUMN(R, MaxSpeed, "MAX MHZ", "Highest clock rate in MHz"),
-    ZELDB_COLUMN(R, CurSpeed, "MHZ", "Clock rate in MHz"),
+    without(ZELDB_COLUMN(R, MaxSpeed, "MAX MHZ", "Highest clock rate in MHz"), 0),
+    without(ZELDB_COLUMN(R, CurSpeed, "MHZ", "Clock rate in MHz"), 0),
     minor(ZELDB_COLUMN(R, NodeIndex, "NODE", "Node that it belongs to")),
     extra(ZELDB_COLUMN(R, _id, "ID", "Row of the table")),
     extra(ZELDB_COLUMN(R, ProcId, "CPUID", "Signature and features")),
     extra(ZELDB_COLUMN(R, ProcType, "TYPE", "SMBIOS processor type")),
     extra(ZELDB_COLUMN(R, Family, "FAMILY", "SMBIOS processor family")),
     extra(ZELDB_COLUMN(R, Voltage, "VOLTAGE", "SMBIOS voltage code")),
-    extra(ZELDB_COLUMN(R, ExtClock, "EXT MHZ", "External clock rate in MHz")),
+    extra(without(ZELDB_COLUMN(R, ExtClock, "EXT MHZ", "External clock rate in MHz"), 0)),
     extra(ZELDB_COLUMN(R, Status, "STATUS", "SMBIOS status: bit 6 populated, bits 0 to 2 the state")),
     extra(ZELDB_COLUMN(R, Upgrade, "UPGRADE", "SMBIOS processor upgrade")),
     extra(whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number"))),
@@ -64,7 +64,7 @@ std::vector<_ZELDB_Processor> read_processors() {
 }
 
 void setup_processors(CLI::App& app) {
-  Listing(app).view(kColumns, read_processors);
+  Listing(app).view(kColumns, read_processors).order({"NodeIndex", "Socket"});
 }
 
 }  // namespace zeldb::cli

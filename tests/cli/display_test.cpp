@@ -48,6 +48,13 @@ class Display : public testing::Test {
   Database database_;
 };
 
+TEST_F(Display, RawShowsCodesAsTheyAre) {
+  const Texts raw = {"ports", "--slot", "10", "--raw", "--no-headings", "--output", "LinkStatus,LinkSpeed"};
+  EXPECT_EQ(run_zeldb(raw).out, "1\t10000\n1\t10000\n1\t1000\n0\t0\n");
+  const Texts classes = {"functions", "--slot", "1", "--raw", "--no-headings", "--output", "ClsCode"};
+  EXPECT_EQ(run_zeldb(classes).out, "010400\n");
+}
+
 TEST_F(Display, FitsATerminalAndNothingElse) {
   const std::string wide = on_terminal("slots", {"COLUMNS=200", "NO_COLOR=1"});
   EXPECT_EQ(wide, run_zeldb({"slots"}, {"COLUMNS=40"}).out);

@@ -125,7 +125,7 @@ class Golden : public testing::TestWithParam<std::tuple<Engine, std::string>> {
 
 // What a reader meets while another process writes, or after one that has written nonsense: keys and ids of
 // rows that cannot be read by them, cards without any product data, and a setting without flag 2. And
-// high-bandwidth memory, which no processor has beside persistent modules.
+// high-bandwidth memory: no processor has it beside persistent modules.
 const std::vector<std::string> kOdd = {
     "INSERT INTO PCIs (FunKey, SlotNo, Location) VALUES (-1, 5, 1)",
     "INSERT INTO Memory (_id, SlotNo, DevLocator) VALUES (-7, 40, 'DIMM 40')",
