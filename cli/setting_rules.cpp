@@ -102,7 +102,8 @@ void judge_choice(const R& setting, const std::string& value, Verdict& verdict) 
   const bool is_whole =
       list.size() + 1 < sizeof(setting.Choices) && static_cast<int64_t>(choices.size()) == setting.Numchoices;
   const bool is_list = setting.Maxinstances > 1;
-  const std::vector<std::string> values = is_list ? split(value) : std::vector<std::string>{value};
+  std::vector<std::string> values{value};
+  if (is_list) values = split(value);
   const auto is_choice = [&choices](const std::string& one) {
     return std::ranges::find(choices, one) != choices.end();
   };
@@ -111,8 +112,8 @@ void judge_choice(const R& setting, const std::string& value, Verdict& verdict) 
     if (!is_whole)
       verdict.doubts.emplace_back("cannot be checked: its choices are not all known");
     else
-      verdict.objection =
-          (is_list ? "has " + *other + ", which is" : std::string("is")) + " none of " + listed(choices);
+      verdict.objection = is_list ? "has " + *other + ", which is" : "is";
+    if (is_whole) verdict.objection += " none of " + listed(choices);
     return;
   }
   const auto count = static_cast<int64_t>(values.size());

@@ -33,11 +33,6 @@ std::string resolved(const std::string& path) {
   return error ? path : target.string();
 }
 
-std::string folder_of(const std::string& path) {
-  const std::string folder = std::filesystem::path(path).parent_path().string();
-  return folder.empty() ? "." : folder;
-}
-
 }  // namespace
 
 FileDescriptor::~FileDescriptor() {
@@ -66,7 +61,8 @@ std::optional<std::string> read_file(const std::string& path) {
 }
 
 Replacement::Replacement(const std::string& path)
-    : path_(resolved(path)), folder_(open(folder_of(path_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    : path_(resolved(path)),
+      folder_(open(std::filesystem::path(path_).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   checked(folder_.get(), "cannot open the folder");
   while (flock(folder_.get(), LOCK_EX) != 0) {
     if (errno != EINTR) fail(errno, "cannot lock the folder");

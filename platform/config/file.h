@@ -29,6 +29,7 @@ std::optional<std::string> read_file(const std::string& path);
 // same folder wait.
 class Replacement {
  public:
+  // The path names its folder, also the current one: "./FILE".
   explicit Replacement(const std::string& path);
 
   // The file to read and replace: symbolic links in the path are followed, so that a link stays a link.

@@ -151,7 +151,8 @@ std::string shown(std::string_view text) {
   if (text.starts_with("sqlite://")) return std::string(text);
   const size_t mark = text.find(kMark);
   if (mark != std::string_view::npos) return std::string(text.substr(0, mark + kMark.size())) + "...";
-  return text.find_first_of("@:") == std::string_view::npos ? std::string(text) : "...";
+  if (text.find_first_of("@:") != std::string_view::npos) return "...";
+  return std::string(text);
 }
 
 }  // namespace

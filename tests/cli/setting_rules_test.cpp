@@ -47,6 +47,7 @@ const Case kCases[] = {
     {1, 0, 0, 2, "Off;On", "on", "is none of Off, On"},
     {1, 0, 0, 2, "Off;On", "Off;On", "is none of Off, On"},
     {1, 0, 0, 3, "Off;On", "Auto", "? cannot be checked: its choices are not all known"},
+    {1, 0, 0, 1, std::string(100000, 'a'), "b", "? cannot be checked: its choices are not all known"},
     {6, 2, 268435455, 3, "a;b;c", "c;a", ""},
     {6, 2, 268435455, 3, "a;b;c", "c", "does not have 2 to 268435455 choices"},
     {6, 1, 2, 3, "a;b;c", "a;b;c", "does not have 1 to 2 choices"},

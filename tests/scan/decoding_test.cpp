@@ -36,6 +36,9 @@ TEST(ScanTexts, AreFitForAColumn) {
       {"A\0B"s, "A"},
       {"\xC3\xA9t\xC3", "\xC3\xA9t?"},
       {"\xC0\x80 \xED\xA0\x80 \xF5", "?? ??? ?"},
+      {"\xC3( \xE0\x80\x80 \xF0\x80\x80\x80 \xF4\x90\x80\x80", "?( ??? ???? ????"},
+      {"\xE0\xA0\x80\xE2\x82\xAC\xED\x80\x80\xF4\x80\x80\x80",
+       "\xE0\xA0\x80\xE2\x82\xAC\xED\x80\x80\xF4\x80\x80\x80"},
       {"ab\xC3\xA9", "ab", 3},
       {"ab\xC3\xA9", "ab\xC3\xA9", 4},
       {"\xF0\x9F\x98\x80x", "\xF0\x9F\x98\x80", 4},
@@ -83,14 +86,16 @@ TEST(ScanVpd, CountsWithItsChecksumAlone) {
     for (const char byte : name + head) sum += static_cast<unsigned char>(byte);
     return name + head + static_cast<char>(0 - sum + static_cast<unsigned>(wrong)) + "\x78";
   };
-  const std::string whole = list("PN\x02P1SN\x03S\0\x01"s);
+  const std::string whole = list("MN\x01MPN\x02P1SN\x03S\0\x01"s);
   ASSERT_TRUE(decode_vpd(whole));
   EXPECT_EQ(decode_vpd(whole)->name, "Nm");
+  EXPECT_EQ(decode_vpd(whole)->maker, "M");
   EXPECT_EQ(decode_vpd(whole)->part, "P1");
   EXPECT_EQ(decode_vpd(whole)->serial, "S\0\x01"s);
   EXPECT_FALSE(decode_vpd(list("PN\x02P1", 1)));
   EXPECT_FALSE(decode_vpd(list("PN\x7FP1")));
   EXPECT_FALSE(decode_vpd(name + "\x90\x05\x00PN\x02P1"s));  // no checksum
+  EXPECT_FALSE(decode_vpd(name + "\x90\x03\x00RV\x00"s));
   EXPECT_FALSE(decode_vpd(std::string(64, '\0')));
   EXPECT_FALSE(decode_vpd(std::string(64, '\xFF')));
   for (size_t length = 0; length + 1 < whole.size(); ++length)

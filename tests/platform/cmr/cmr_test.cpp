@@ -1,16 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/cmr.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "platform/predicates.h"
 #include "tests/support/libc_shim.h"
@@ -22,7 +28,53 @@ namespace fs = std::filesystem;
 const std::string kBios = R"({"zeta":1,"collections":[{"name":"A-1","attributes":[
   {"AttributeName":"x","Minim":-1,"Numchoices":4294967295,"ShortDesc":"cut\u0000off",
    "current":"now","pending":"then"},
-  {"pending":""}]},{"name":null,"attributes":[]}],"alpha":1.5})";
+  {"pending":""}]},{"name":null,"attributes":[]}],"alpha":[1.5,true,false,null]})";
+
+// The nth call of the function fails with the error.
+struct Fault {
+  std::string function;
+  int error;
+  int nth;
+} fault;
+
+bool fails(const char* function) {
+  if (fault.function != function || --fault.nth != 0) return false;
+  errno = fault.error;
+  return true;
+}
+
+}  // namespace
+
+#pragma GCC visibility push(default)
+extern "C" {
+#define FAILS_OR(name, symbol, ...) \
+  fails(#name) ? -1 : reinterpret_cast<decltype(&(name))>(dlsym(RTLD_NEXT, symbol))(__VA_ARGS__)
+
+int fstat(int file, struct stat* status) noexcept {
+  return FAILS_OR(fstat, "fstat64", file, status);
+}
+ssize_t read(int file, void* to, size_t size) {
+  return FAILS_OR(read, "read", file, to, size);
+}
+ssize_t write(int file, const void* from, size_t size) {
+  return FAILS_OR(write, "write", file, from, size);
+}
+int flock(int file, int operation) noexcept {
+  return FAILS_OR(flock, "flock", file, operation);
+}
+int fchmod(int file, mode_t mode) noexcept {
+  return FAILS_OR(fchmod, "fchmod", file, mode);
+}
+int fsync(int file) {
+  return FAILS_OR(fsync, "fsync", file);
+}
+int rename(const char* from, const char* to) noexcept {
+  return FAILS_OR(rename, "rename", from, to);
+}
+}  // extern "C"
+#pragma GCC visibility pop
+
+namespace {
 
 void write(const char* file, const std::string& text) {
   std::ofstream(file) << text;
@@ -93,6 +145,7 @@ TEST_F(Cmr, RecordsAndSessions) {
 TEST_F(Cmr, BrokenFilesAreOneLine) {
   const std::pair<std::string, const char*> cases[] = {
       {"{\n\"a\": tru}", "byte 11: parse error at line 2, column 9: "},
+      {"[]", "not a JSON object"},
       {R"({"collections":[{}]})", "collections[0]: attributes: not an array"},
       {R"({"collections":[{"attributes":[{},7]}]})", "attributes[1]: not an object"},
       {R"({"collections":[{"attributes":[{"Bus":4294967296}]}]})", "Bus: not a 32-bit number"},
@@ -153,6 +206,61 @@ TEST_F(Cmr, SetKeepsTheRestOfTheFile) {
   write("bios.json", "{");
   EXPECT_NE(set("A-1.x", "lost"), 0);
   EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.x", 1}}) + read("bios.json"), "<later><now>{");
+}
+
+TEST_F(Cmr, FilesThatCannotBeReadOrReplacedStayAsTheyAre) {
+  const struct {
+    Fault fault;
+    const char* log;  // null: the call goes on
+  } cases[] = {
+      {{"fstat", EIO, 1}, "error: BIOS: cannot read: Input/output error\n"},
+      {{"read", EINTR, 1}, nullptr},
+      {{"read", EIO, 2}, "error: BIOS: cannot read: Input/output error\n"},
+      {{"flock", EINTR, 1}, nullptr},
+      {{"flock", ENOLCK, 1}, "error: BIOS: cannot lock the folder: No locks available\n"},
+      {{"fchmod", EPERM, 1}, "error: BIOS: cannot set the mode of the new file: Operation not permitted\n"},
+      {{"write", EINTR, 1}, nullptr},
+      {{"write", ENOSPC, 1}, "error: BIOS: cannot write the new file: No space left on device\n"},
+      {{"fsync", EIO, 1}, "error: BIOS: cannot sync the new file: Input/output error\n"},
+      {{"fsync", EIO, 2}, "warning: BIOS: cannot sync the folder: Input/output error\n"},
+      {{"rename", EXDEV, 1}, "error: BIOS: cannot replace: Invalid cross-device link\n"},
+  };
+  ASSERT_EQ(cmr_api_initialize(), 0);
+  for (const auto& [wanted, log] : cases) {
+    write("bios.json", kBios);
+    fs::remove("log");
+    fault = wanted;
+    const bool good = set("A-1.x", "new") == 0;
+    EXPECT_LE(std::exchange(fault, {}).nth, 0) << wanted.function;
+    std::string said = read("log");
+    for (const std::string& path : {fs::canonical("bios.json").string(), std::string("./bios.json")})
+      if (const size_t at = said.find(path); at != std::string::npos) said.replace(at, path.size(), "BIOS");
+    EXPECT_EQ(said, log != nullptr ? log : "") << wanted.function;
+    EXPECT_EQ(good, said.find("error: ") != 0) << said;
+    EXPECT_EQ(read("bios.json") == kBios, !good) << said;
+    EXPECT_FALSE(fs::exists("bios.json.new")) << said;
+  }
+}
+
+TEST_F(Cmr, ReadsFilesOfABoundedLengthOnly) {
+  const std::tuple<const char*, void (*)(), const char*> cases[] = {
+      {".", [] { fs::resize_file("bios.json", (64U << 20U) + 1); }, "longer than 64 MiB"},
+      {".", [] { fs::remove("bios.json"), fs::create_directory("bios.json"); }, "not a regular file"},
+      {".", [] { fs::remove("bios.json"), fs::create_symlink("bios.json", "bios.json"); }, "cannot open: "},
+      {".", [] { fs::create_directory("bios.json.new"); }, "cannot create the new file: "},
+      {"gone", [] {}, "cannot open the folder: "},
+  };
+  for (const auto& [folder, change, reason] : cases) {
+    fs::remove_all("bios.json");
+    write("bios.json", kBios);
+    setenv("ZEL_PLATFORM_DIR", ".", 1);
+    ASSERT_EQ(cmr_api_initialize(), 0);
+    change();
+    setenv("ZEL_PLATFORM_DIR", folder, 1);
+    EXPECT_NE(set("A-1.x", "new"), 0) << reason;
+    EXPECT_NE(read("log").find(reason), std::string::npos) << read("log");
+    EXPECT_EQ(cmr_api_uninitialize(), 0);
+  }
 }
 
 TEST_F(Cmr, ProcessesDoNotLoseEachOthersValues) {

@@ -94,6 +94,8 @@ TEST_F(Interfaces, AdapterConfigurationIsCreatedAndKept) {
   EXPECT_EQ(read("trace"),
             "aim_config_get_int|bits|0\naim_config_set_int|bits,-3,0|0\naim_config_set_int|other,0,0|0\n"
             "aim_config_get_int|bits|1\naim_config_get_int|bits|0\naim_config_set_int|bits,1,0|-1\n");
+  EXPECT_EQ(aim_config_get_int(nullptr, &value) + aim_config_get_int("bits", nullptr), 0);
+  EXPECT_NE(aim_config_set_int(nullptr, 1, 0), 0);
 }
 
 TEST_F(Interfaces, PeciAnswersByItsScript) {
