@@ -42,7 +42,7 @@ def measure(words):
     used = resource.getrusage(resource.RUSAGE_CHILDREN)
     processor = used.ru_utime + used.ru_stime - before.ru_utime - before.ru_stime
     megabytes = used.ru_maxrss / 1024
-    print(f"{' '.join(map(str, words[:-1])):24} {seconds:6.1f} s, {processor:5.1f} s of processors, {megabytes:4.0f} MB at most",
+    print(f"{' '.join(word for word in words if isinstance(word, str)):24} {seconds:6.1f} s, {processor:5.1f} s of processors, {megabytes:4.0f} MB at most",
           flush=True)
     return not done.stderr and seconds <= max(10, COUNT / 100) and megabytes <= 200
 
@@ -54,7 +54,7 @@ def main():
         fleet = folder / "fleet"
         print(f"{COUNT} machines:")
         works = [["memory", "--from", fleet], ["slots", "--from", fleet], ["disks", "--from", fleet],
-                 ["check", "--from", fleet], ["functions", "--json", "--from", fleet]]
+                 ["check", "--from", fleet], ["diff", folder / "one.zeldb", "--from", fleet], ["diff", "--fleet", fleet], ["functions", "--json", "--from", fleet]]
         return 0 if all([measure(words) for words in works]) else 1
     finally:
         shutil.rmtree(folder)

@@ -26,6 +26,7 @@ constexpr struct {
   std::string_view kind;
 } kIdentifying[] = {
     {kMachineKey, "machine"},
+    {"Names", "machine"},
     {"SerialNo", "serial"},
     {"PreviousSerialNo", "serial"},
     {"SupplierSN", "serial"},
@@ -77,6 +78,7 @@ constexpr Unmasked kUnmasked[] = {
     {"Capacity", kProduct},
     {"Name", kProduct},
     {"Detail", kProduct},
+    {"Value", kProduct},
     {"VersionString", kVersion},
     {"PendingVersionString", kVersion},
     {"PkgVersionString", kVersion},
@@ -124,6 +126,7 @@ constexpr Unmasked kUnmasked[] = {
     {"GenID", kCode},
     {"Change", kCode},
     {"Kind", kCode},
+    {"What", kCode},
     {"Severity", kCode},
     {"Type", kCode},
     {"Defaultaction", kSetting},

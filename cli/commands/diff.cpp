@@ -10,6 +10,8 @@
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/file.h"
+#include "cli/fleet.h"
+#include "cli/fleet_diff.h"
 #include "cli/listing.h"
 #include "cli/parts_diff.h"
 
@@ -32,24 +34,68 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Name, "NAME", "Name"),
 };
 
+using G = FleetGroup;
+
+constexpr Column kFleetColumns[] = {
+    ZELDB_COLUMN(G, Machines, "MACHINES", "Number of machines"),
+    ZELDB_COLUMN(G, Kind, "KIND", "Kind of part"),
+    whole(ZELDB_COLUMN(G, Place, "PLACE", "Where it sits; an adapter's location and slot")),
+    ZELDB_COLUMN(G, What, "WHAT", "What differs: part (whether one is there), firmware, ..."),
+    whole(ZELDB_COLUMN(G, Value, "VALUE", "Value of these machines")),
+    ZELDB_COLUMN(G, Names, "NAMES", "Their names, the first ones"),
+};
+
 enum DiffExit : int { kSame = 0, kDifferent = 1, kTrouble = 2 };
 
 struct Options {
   std::string file;
   bool hardware = false;
+  bool is_fleet = false;
+  std::vector<Part> before{};
   bool differs = false;
+  bool is_whole = true;
 };
 
+bool is_database(const std::string& file) {
+  constexpr std::string_view kStart = "SQLite format 3";
+  return read_file(file, kStart.size()) == kStart;
+}
+
+// Of a baseline, or of a reference machine.
+std::vector<Part> reference_parts(const std::string& file) {
+  if (!is_database(file)) return parts_of_baseline(read_file(file), file);
+  std::vector<Part> parts;
+  const size_t unread = ask_each(
+      machines_of({file}), [] { return as_baseline(read_parts()); },
+      [&](const Machine&, std::string_view answer) { parts = parts_of_baseline(std::string(answer), file); });
+  if (unread != 0) throw Failure("");
+  return parts;
+}
+
 std::vector<Difference> compare(const Options& options) {
-  std::vector<Difference> rows =
-      differences(parts_of_baseline(read_file(options.file), options.file), read_parts());
+  std::vector<Difference> rows = differences(options.before, read_parts());
   if (options.hardware)
     std::erase_if(rows, [](const Difference& row) { return std::strcmp(row.Change, "changed") == 0; });
   return rows;
 }
 
-void run(const Options& options, const std::function<void()>& show) {
-  show_answer("diff", kTrouble, show);
+std::vector<FleetGroup> compare_fleet(Options& options) {
+  FleetDiff diff;
+  const auto take = [&diff](const Machine& machine, std::string_view answer) {
+    diff.add(machine.name, parts_of_baseline(std::string(answer), machine.file));
+  };
+  const size_t unread = ask_each(
+      machines_of({options.file}), [] { return as_baseline(read_parts()); }, take);
+  options.is_whole = unread == 0;
+  return diff.groups();
+}
+
+void run(Options& options, const std::function<void()>& show) {
+  show_answer("diff", kTrouble, [&] {
+    if (!options.is_fleet) options.before = reference_parts(options.file);
+    show();
+    if (!options.is_whole) throw Failure("");
+  });
   if (options.differs) throw Failure("", kDifferent);
 }
 
@@ -57,19 +103,25 @@ void run(const Options& options, const std::function<void()>& show) {
 
 void setup_diff(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  require(add_text(
-      app, "FILE", options->file, "",
-      "A file that zeldb baseline has written; the exit status is 0 without differences, 1 with some, 2 "
-      "after a failure"));
-  add_flag(app, "--hardware", options->hardware,
-           "Leave out changes of parts that have stayed, such as firmware");
-  Listing(app)
-      .view(kColumns, [options] { return compare(*options); })
+  require(
+      add_text(app, "FILE", options->file, "",
+               "A file that zeldb baseline has written, or an export of a reference machine; the exit status "
+               "is 0 without differences, 1 with some, 2 after a failure"));
+  CLI::Option* const hardware = add_flag(app, "--hardware", options->hardware,
+                                         "Leave out changes of parts that have stayed, such as firmware");
+  Listing listing(app);
+  listing.view(kColumns, [options] { return compare(*options); })
+      .view("--fleet", "Group the machines whose exports are in the folder FILE by what differs among them",
+            kFleetColumns, [options] { return compare_fleet(*options); })
+      .without({hardware, app.get_option("--from")})
       .judge([options](const Judged& judged) {
         options->differs = !judged.rows.empty();
         return options->differs || !judged.is_for_people;  // without rows no headings either
       })
-      .around([options](const std::function<void()>& show) { run(*options, show); });
+      .around([options, &app](const std::function<void()>& show) {
+        options->is_fleet = app.count("--fleet") != 0;
+        run(*options, show);
+      });
 }
 
 }  // namespace zeldb::cli

@@ -83,5 +83,36 @@ TEST_P(Fleet, IsOneListing) {
   EXPECT_TRUE(fs::is_empty(temporary_));
 }
 
+// With machines of other firmware, and one without a drive.
+TEST_P(Fleet, DiffersAmongItself) {
+  fs::remove(fleet_ / "web-3.zeldb");
+  const std::string reference = fleet_ / "web-2.zeldb";
+  const Outcome two = zeldb(
+      {"diff", reference, "--raw", "--no-headings", "--from", fleet_, "--output", "Machine,Change,Place"});
+  EXPECT_EQ(two.exit_status, 1) << two.err;
+  EXPECT_NE(two.out.find("web-10\treplaced\tBay 1\n"), std::string::npos) << two.out;
+  EXPECT_EQ(two.out.find("web-2"), std::string::npos) << two.out;
+  EXPECT_EQ(zeldb({"diff", reference, "--from", reference}).exit_status, 0);
+
+  EXPECT_EQ(zeldb({"diff", "--fleet", fleet_}).exit_status, 0);
+  database.run("UPDATE AimDisks SET FwVersion='older' WHERE Location='Bay 1'");
+  add("web-11.db");
+  database.run("DELETE FROM AimDisks WHERE Location='Bay 1'");
+  add("web-12.db");
+  const Outcome groups = zeldb({"diff", "--fleet", fleet_, "--raw", "--no-headings"});
+  EXPECT_EQ(groups.exit_status, 1) << groups.err;
+  EXPECT_EQ(groups.out,
+            "4\tdrive\tBay 1\tpart\tthere\tweb-2 web-9 web-10 web-11\n"
+            "1\tdrive\tBay 1\tpart\tnot there\tweb-12\n"
+            "3\tdrive\tBay 1\tfirmware\tD3MU401\tweb-2 web-9 web-10\n"
+            "1\tdrive\tBay 1\tfirmware\tolder\tweb-11\n");
+  std::ofstream(fleet_ / "web-13") << "x";
+  const Outcome damaged = zeldb({"diff", "--fleet", fleet_, "--json"});
+  EXPECT_EQ(damaged.exit_status, 2);
+  EXPECT_EQ(damaged.err, "zeldb: " + (fleet_ / "web-13").string() + ": is no export of zeldb\n");
+  EXPECT_EQ(Json::parse(damaged.out).at("rows").size(), 4U);
+  expect_failure(zeldb({"diff", fleet_ / "web-13", "--from", fleet_}), 2, "web-13: is no baseline");
+}
+
 }  // namespace
 }  // namespace zeldb_test
