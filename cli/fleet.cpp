@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/fleet.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,6 +16,7 @@
 #include <optional>
 #include <thread>
 
+#include "cli/apart.h"
 #include "cli/at_signal.h"
 #include "cli/command.h"
 #include "cli/snapshot.h"
@@ -66,15 +66,6 @@ std::string reply_of(const Machine& machine, const SnapshotFolder& folder,
   return kFailed + (why.starts_with(start) ? "" : start) + why;
 }
 
-[[noreturn]] void reply(int to, const std::string& text) {
-  for (size_t sent = 0; sent < text.size();) {
-    const ssize_t size = write(to, text.data() + sent, text.size() - sent);
-    if (size < 0) _exit(1);
-    sent += static_cast<size_t>(size);
-  }
-  _exit(0);  // without the destructors of the parent, whose copy this process is
-}
-
 // Shows the progress in a line on a terminal, after the first second.
 class Progress {
  public:
@@ -122,18 +113,8 @@ class Crew final : AtSignal {
     const auto free = std::ranges::find(members_, -1, &Member::child);
     if (free == members_.end()) return false;
     const SnapshotFolder& folder = folders_[static_cast<size_t>(free - members_.begin())];
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw Failure(std::string("pipe: ") + std::strerror(errno));
-    std::fflush(nullptr);
-    const SignalsBlocked blocked;
-    const pid_t child = fork();
-    if (child == 0) reply(ends[1], reply_of(machines[machine], folder, ask));
-    close(ends[1]);
-    if (child < 0) {
-      close(ends[0]);
-      throw Failure(std::string("fork: ") + std::strerror(errno));
-    }
-    *free = {.child = child, .pipe = ends[0], .machine = machine, .text = {}};
+    const Apart apart = start_apart([&](int to) { send(to, reply_of(machines[machine], folder, ask)); });
+    *free = {.child = apart.child, .pipe = apart.pipe, .machine = machine, .text = {}};
     return true;
   }
 

@@ -235,7 +235,7 @@ class ManyView {
   std::vector<Row> read(const View& of_one, const std::vector<Machine>& machines) {
     std::vector<Row> rows;
     const auto take = [&rows](const Machine& machine, std::string_view answer) {
-      for (Row& row : unpacked(answer, Value(machine.name))) rows.push_back(std::move(row));
+      for (Row& row : unpacked(answer, {machine.name})) rows.push_back(std::move(row));
     };
     unread_ = ask_each(
         machines, [&of_one] { return packed(ordered_rows(of_one)); }, take);

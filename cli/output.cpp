@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/output.h"
 
-#include <nlohmann/json.hpp>
-
+#include "cli/json_value.h"
 #include "cli/text.h"
 
 namespace zeldb::cli {
@@ -37,17 +36,6 @@ std::string cell_of(const Column& column, const Value& value) {
   const std::string text = printable(text_of(value), Escape::Terminal);
   return text.empty() ? kNothing : text;
 }
-
-namespace {
-
-nlohmann::ordered_json json_of(const Value& value) {
-  if (const auto* number = std::get_if<uint64_t>(&value)) return *number;
-  if (const auto* number = std::get_if<int64_t>(&value)) return *number;
-  if (const auto* text = std::get_if<std::string>(&value)) return *text;
-  return nullptr;
-}
-
-}  // namespace
 
 std::string as_raw(const Table& table, bool has_headings) {
   std::string shown;

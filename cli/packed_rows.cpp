@@ -71,11 +71,11 @@ std::string packed(const std::vector<Row>& rows) {
   return text;
 }
 
-std::vector<Row> unpacked(std::string_view text, const Value& first) {
+std::vector<Row> unpacked(std::string_view text, const Row& first) {
   std::vector<Row> rows;
   for (Reader reader(text); !reader.is_at_end();) {
     const auto size = reader.number<uint32_t>();
-    Row& row = rows.emplace_back(Row{first});
+    Row& row = rows.emplace_back(first);
     for (uint32_t place = 0; place < size; ++place) row.push_back(reader.value());
   }
   return rows;

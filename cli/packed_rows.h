@@ -13,7 +13,7 @@ namespace zeldb::cli {
 // Rows in the form in which one process passes them to another.
 std::string packed(const std::vector<Row>& rows);
 // Adds first in front of each row. Throws std::runtime_error for a text of another form.
-std::vector<Row> unpacked(std::string_view text, const Value& first);
+std::vector<Row> unpacked(std::string_view text, const Row& first = {});
 
 }  // namespace zeldb::cli
 

@@ -180,7 +180,8 @@ TEST(GoldenFiles, ShowEveryView) {
   }
   for (const auto& [view, definition] : schema().at("$defs").items()) {
     EXPECT_TRUE(seen[view].contains("# sample") || view == "retimer" || view == kOfExports) << view;
-    const bool needs_no_database = view == kOfExports || std::regex_match(view, std::regex("cards|retimer|decode-vpd.*|columns.*"));
+    const bool needs_no_database =
+        view == kOfExports || std::regex_match(view, std::regex("cards|retimer|decode-vpd.*|columns.*"));
     if (needs_no_database) continue;
     EXPECT_TRUE(seen[view].contains("# empty")) << view;
     EXPECT_TRUE(seen[view].contains("# away")) << view;
