@@ -118,7 +118,7 @@ TEST_P(Snapshot, ShowsWhatTheControllerShows) {
   EXPECT_EQ(text_of(file_, "SELECT Name, hex(Content) FROM ZeldbFiles WHERE Name='bios.json'"), "bios.json,");
 
   const auto commands = commands_of_views();
-  EXPECT_EQ(commands.size(), schema().at("$defs").size());
+  EXPECT_EQ(commands.size() + 1, schema().at("$defs").size());  // all but that of many exports
   for (const auto& [view, command] : commands) {
     std::vector<std::string> words = words_of(command);
     words.emplace_back("--json");
