@@ -73,6 +73,16 @@ std::vector<uint32_t> functions_in_slot(const Place& slot) {
   });
 }
 
+std::vector<uint32_t> chosen_functions(const Key& function, const std::optional<Place>& slot) {
+  if (function) {
+    read_function(*function);
+    return {*function};
+  }
+  if (!slot) return function_keys();
+  require_slot(*slot);
+  return functions_in_slot(*slot);
+}
+
 _ZELDB_PCI_Generic_Info read_function(uint32_t key) {
   const auto function = find_function(key);
   if (!function) fail_not_found("function " + key_text(key));

@@ -28,6 +28,8 @@ std::vector<aim_disk_info_t> read_drives();
 std::vector<uint32_t> function_keys(std::string condition = "1=1");
 std::vector<uint32_t> functions_of_adapter(uint32_t adapter);
 std::vector<uint32_t> functions_in_slot(const Place& slot);
+// The function with this key, or those in a slot, which have to be there; all without either.
+std::vector<uint32_t> chosen_functions(const Key& function, const std::optional<Place>& slot);
 
 // A function that the user asked for: throws if it is not there. A listing uses find_function, because a
 // function may be removed before it is read.

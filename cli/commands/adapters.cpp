@@ -3,6 +3,7 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/condition.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
@@ -80,9 +81,11 @@ std::vector<R> read_adapters(Options& options) {
                                   "DPUs", [](auto* list) { return zeldb_get_dpu_keys(list); }));
   }
   if (options.where.empty()) return adapters;
-  return those_of(adapters, list_of<_ZELDB_PCI_FunKey_List>("adapters", [&](auto* list) {
-                    return zeldb_get_pci_keys(list, options.where.data());
-                  }));
+  const auto read_keys = [&options] {
+    return list_of<_ZELDB_PCI_FunKey_List>(
+        "adapters", [&options](auto* list) { return zeldb_get_pci_keys(list, options.where.data()); });
+  };
+  return those_of(adapters, read_where(options.where, "PCIs", kColumns, read_keys));
 }
 
 std::vector<Ncsi> read_ncsi(const Options& options) {

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <set>
 
 #include "cli/arguments.h"
 #include "cli/command.h"
@@ -33,6 +36,7 @@ struct PciIds {
 
 struct Options {
   Key function;
+  std::optional<Place> slot;
   std::string ids;
 };
 
@@ -56,7 +60,20 @@ PciIds ids_of(uint32_t function) {
   return ids;
 }
 
+std::vector<R> cards_in_slot(const Place& slot) {
+  std::set<const R*> cards;
+  for (const uint32_t function : chosen_functions({}, slot)) {
+    const PciIds ids = ids_of(function);
+    cards.insert(zeldb_find_hc_card(ids.vendor, ids.device, ids.sub_vendor, ids.sub_device));
+  }
+  cards.erase(nullptr);
+  std::vector<R> rows;
+  std::ranges::transform(cards, std::back_inserter(rows), [](const R* card) { return *card; });
+  return rows;
+}
+
 std::vector<R> read_cards(const Options& options) {
+  if (options.slot) return cards_in_slot(*options.slot);
   if (!options.function && options.ids.empty())
     return {hc_card_table, hc_card_table + zeldb_get_hc_card_count()};
   const PciIds ids = options.function ? ids_of(*options.function) : parse(options.ids);
@@ -73,6 +90,7 @@ void setup_cards(CLI::App& app) {
   auto options = std::make_shared<Options>();
   exclude_each_other({
       add_key(app, "--key", options->function, "The card of the function with this key"),
+      add_place(app, "--slot", options->slot, "The cards of the functions in this slot"),
       add_text(app, "--ids", options->ids, "V:D:SV:SD", "The card with these PCI ids, in hexadecimal digits"),
   });
   Listing(app).view(kColumns, [options] { return read_cards(*options); });

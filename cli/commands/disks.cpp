@@ -5,6 +5,7 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/condition.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
@@ -67,6 +68,7 @@ struct Options {
   bool unlisted = false;
   Number controller;
   std::optional<Place> place;
+  std::optional<Place> slot;
   Key function;
 };
 
@@ -114,18 +116,37 @@ std::vector<R> read_behind(uint32_t slot) {
   return drives;
 }
 
+std::vector<R> read_table(const std::string& table, const char* where) {
+  return list_of<List>("drives", [&](List* list) {
+    return table == "aim" ? zeldb_get_disk_list_with_filter(list, where)
+                          : zeldb_get_nvme_disk_list_from_mi_filter(list, where);
+  });
+}
+
+// Reads the drives in a slot or bay, and those that its functions control.
+std::vector<R> read_slot(const Place& slot) {
+  const std::vector<uint32_t> functions = functions_in_slot(slot);
+  std::vector<R> drives = read_drives();
+  std::erase_if(drives, [&](const R& drive) {
+    const bool is_here = drive.LocationId == slot.location && drive.BayNo == slot.number;
+    return !is_here && std::ranges::find(functions, drive.PCIFuncKey) == functions.end();
+  });
+  if (drives.empty()) require_slot(slot);
+  return drives;
+}
+
 // Nothing where all are asked for.
 std::optional<std::vector<R>> read_chosen(const Options& options) {
   const char* const where = options.where.empty() ? nullptr : options.where.c_str();
   require_inventory("drives");
   if (options.place) return read_place(*options.place);
+  if (options.slot) return read_slot(*options.slot);
   if (!options.bay.empty())
     return list_of<List>("drives", [&](List* list) { return read_bay(options, list); });
-  if (options.table == "aim")
-    return list_of<List>("drives", [&](List* list) { return zeldb_get_disk_list_with_filter(list, where); });
-  if (options.table == "nvme")
-    return list_of<List>("drives",
-                         [&](List* list) { return zeldb_get_nvme_disk_list_from_mi_filter(list, where); });
+  if (where != nullptr)
+    return read_where(options.where, options.table == "aim" ? "AimDisks" : "NVMeDrives", kColumns,
+                      [&] { return read_table(options.table, where); });
+  if (!options.table.empty()) return read_table(options.table, where);
   if (options.present) return list_of<List>("drives", [](List* list) { return zeldb_get_disk_list(list); });
   if (options.controller) return read_behind(*options.controller);
   if (options.function) {
@@ -162,6 +183,7 @@ void setup_disks(CLI::App& app) {
                  "Drives behind the controller in this slot"),
       add_place(app, "--place", options->place,
                 "The NVMe drive in a slot (1:N), backplane bay (2:N) or M.2 bay (3:N)"),
+      add_place(app, "--slot", options->slot, "Drives in this slot or bay, or behind its functions"),
       add_key(app, "--key", options->function, "Drives with this function key"),
   };
   exclude_each_other(choices);

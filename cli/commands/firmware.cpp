@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zeldb/firmware.h"
 
+#include <algorithm>
+
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/condition.h"
+#include "cli/firmware_rows.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
@@ -15,29 +19,35 @@ namespace {
 using R = _ZELDB_PldmFirmware;
 using List = _ZELDB_PldmFirmware_List;
 
+#define COMPONENT_COLUMN(Member, Heading, Help) ZELDB_COLUMN_IN(FirmwareRow, Component, Member, Heading, Help)
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Location, "LOC", "0 on the system board, 1 in a slot"),
-    ZELDB_COLUMN(R, SlotNo, "SLOT", "Number of the slot"),
-    ZELDB_COLUMN(R, DeviceName, "DEVICE", "Name of the device"),
-    minor(whole(ZELDB_COLUMN(R, SoftwareID, "SOFTWARE", "Id of the component for updates"))),
-    whole(ZELDB_COLUMN(R, VersionString, "VERSION", "Running version")),
-    whole(ZELDB_COLUMN(R, PendingVersionString, "PENDING", "Version that waits for its activation")),
-    ZELDB_COLUMN(R, UpdateErrString, "ERROR", "Why an update failed"),
-    extra(ZELDB_COLUMN(R, DeviceType, "TYPE", "Kind of device")),
-    extra(hex(ZELDB_COLUMN(R, PCIKey, "ADAPTER", "Key of the adapter"))),
-    extra(hex(ZELDB_COLUMN(R, PCIFuncKey, "FUNCTION", "Key of the function"))),
-    extra(ZELDB_COLUMN(R, Manufacture, "MAKER", "Who made it")),
-    extra(ZELDB_COLUMN(R, PkgVersionString, "PACKAGE", "Version of the update package")),
-    extra(ZELDB_COLUMN(R, ReleaseDate, "RELEASED", "When the version was released")),
-    extra(ZELDB_COLUMN(R, PendingReleaseDate, "PENDING RELEASED", "When the waiting version was released")),
-    extra(in_words(ZELDB_COLUMN(R, UpdateSupport, "UPDATABLE", "0: cannot be updated"), yes_or_no)),
-    extra(in_words(ZELDB_COLUMN(R, Updated, "UPDATED", "Not 0 after an update"), yes_or_no)),
-    extra(ZELDB_COLUMN(R, UpdateMethod, "METHOD", "How it is updated, bits")),
-    extra(ZELDB_COLUMN(R, UpdateAuxInfo, "AUX", "Further information from an update")),
-    extra(without(ZELDB_COLUMN(R, UpdateErrCode, "ERROR CODE", "0: no error"), 0)),
-    extra(in_words(without(ZELDB_COLUMN(R, Status, "STATUS", "2: an update waits for its activation"), 0),
+    without(COMPONENT_COLUMN(Location, "LOC",
+                             "0 on the system board, 1 in a slot, 2 to 4 in a bay as drives are; 255: none"),
+            kNoLocation),
+    without(COMPONENT_COLUMN(SlotNo, "SLOT", "Number of the slot or bay; 65535: none"), kNoSlot),
+    ZELDB_COLUMN(FirmwareRow, Kind, "KIND",
+                 "component (updated by PLDM), adapter, drive, embedded or memory"),
+    COMPONENT_COLUMN(DeviceName, "DEVICE", "Name of the device"),
+    minor(whole(ZELDB_COLUMN(FirmwareRow, SoftwareID, "SOFTWARE", "Id of the component for updates"))),
+    whole(COMPONENT_COLUMN(VersionString, "VERSION", "Running version")),
+    whole(COMPONENT_COLUMN(PendingVersionString, "PENDING", "Version that waits for its activation")),
+    COMPONENT_COLUMN(UpdateErrString, "ERROR", "Why an update failed"),
+    extra(COMPONENT_COLUMN(DeviceType, "TYPE", "Kind of device")),
+    extra(hex(COMPONENT_COLUMN(PCIKey, "ADAPTER", "Key of the adapter"))),
+    extra(hex(COMPONENT_COLUMN(PCIFuncKey, "FUNCTION", "Key of the function"))),
+    extra(COMPONENT_COLUMN(Manufacture, "MAKER", "Who made it")),
+    extra(COMPONENT_COLUMN(PkgVersionString, "PACKAGE", "Version of the update package")),
+    extra(COMPONENT_COLUMN(ReleaseDate, "RELEASED", "When the version was released")),
+    extra(COMPONENT_COLUMN(PendingReleaseDate, "PENDING RELEASED", "When the waiting version was released")),
+    extra(in_words(COMPONENT_COLUMN(UpdateSupport, "UPDATABLE", "0: cannot be updated"), yes_or_no)),
+    extra(in_words(COMPONENT_COLUMN(Updated, "UPDATED", "Not 0 after an update"), yes_or_no)),
+    extra(COMPONENT_COLUMN(UpdateMethod, "METHOD", "How it is updated, bits")),
+    extra(COMPONENT_COLUMN(UpdateAuxInfo, "AUX", "Further information from an update")),
+    extra(without(COMPONENT_COLUMN(UpdateErrCode, "ERROR CODE", "0: no error"), 0)),
+    extra(in_words(without(COMPONENT_COLUMN(Status, "STATUS", "2: an update waits for its activation"), 0),
                    update_status_word)),
 };
+#undef COMPONENT_COLUMN
 
 // The part number of a disk that a controller has.
 struct Downstream {
@@ -70,14 +80,12 @@ struct Options {
   std::string where;
 };
 
-std::vector<R> read_component(const Options& options) {
-  constexpr HexPair kAnyDevice{-1, -1};
-  const auto [bus, device] = options.device.value_or(kAnyDevice);
+R read_component(const Options& options) {
   R component = {};
-  const int status =
-      zeldb_get_pldm_firmware(options.slot->location, options.slot->number, &component, bus, device);
-  check(status, "firmware of slot " + place_text(*options.slot));
-  return {component};
+  check(zeldb_get_pldm_firmware(options.slot->location, options.slot->number, &component,
+                                options.device->first, options.device->second),
+        "firmware of slot " + place_text(*options.slot));
+  return component;
 }
 
 int read_list(const Options& options, List* list) {
@@ -88,9 +96,31 @@ int read_list(const Options& options, List* list) {
   return zeldb_get_pldm_firmware_list(list);
 }
 
-std::vector<R> read_components(const Options& options) {
-  if (options.slot) return read_component(options);
-  return list_of<List>("firmware", [&](List* list) { return read_list(options, list); });
+std::vector<FirmwareRow> read_components(const Options& options) {
+  std::vector<FirmwareRow> rows;
+  for (const R& component : list_of<List>("firmware", [&](List* list) { return read_list(options, list); }))
+    rows.push_back(firmware_of_component(component));
+  return rows;
+}
+
+std::vector<FirmwareRow> read_place(const Place& place) {
+  std::vector<FirmwareRow> rows = read_all_firmware();
+  std::erase_if(rows, [&place](const FirmwareRow& row) {
+    return row.Component.Location != place.location || row.Component.SlotNo != place.number;
+  });
+  if (rows.empty()) require_slot(place);
+  return rows;
+}
+
+std::vector<FirmwareRow> read_firmware(const Options& options) {
+  if (options.device) return {firmware_of_component(read_component(options))};
+  if (options.slot) return read_place(*options.slot);
+  if (!options.where.empty()) {
+    return read_where(options.where, "PldmDeviceFirmware", kColumns,
+                      [&options] { return read_components(options); });
+  }
+  const bool is_list = std::ranges::find(options.lists, true) != std::end(options.lists);
+  return is_list ? read_components(options) : read_all_firmware();
 }
 
 std::vector<Downstream> read_downstream(const Options& options) {
@@ -111,8 +141,7 @@ std::vector<Downstream> read_downstream(const Options& options) {
 
 void setup_firmware(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  CLI::Option* slot =
-      add_place(app, "--slot", options->slot, "The component of this slot that can be updated");
+  CLI::Option* slot = add_place(app, "--slot", options->slot, "All firmware in this slot or bay");
   std::vector<CLI::Option*> choices{slot, add_text(app, "--where", options->where, "CONDITION",
                                                    "Components that an SQL condition selects")};
   for (size_t list = 0; list < std::size(kLists); ++list)
@@ -122,7 +151,8 @@ void setup_firmware(CLI::App& app) {
                     "With --slot: the component of this device (hexadecimal)"),
        slot);
   Listing(app)
-      .view(kColumns, [options] { return read_components(*options); })
+      .view(kColumns, [options] { return read_firmware(*options); })
+      .order({"Location", "SlotNo"})
       .view("--downstream", "Ids of the disks behind the RAID controller in --slot", kDownstreamColumns,
             [options] { return read_downstream(*options); })
       .without({choices.begin() + 1, choices.end()});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/condition.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
@@ -135,7 +136,8 @@ std::vector<uint32_t> chosen_keys(const Options& options) {
     if (keys.empty()) fail_not_found("adapter " + key_text(*options.adapter));
     return keys;
   }
-  return options.where.empty() ? function_keys() : function_keys(options.where);
+  if (options.where.empty()) return function_keys();
+  return read_where(options.where, "PCIs", kColumns, [&options] { return function_keys(options.where); });
 }
 
 // Values that the adapter tables lack stay 0.

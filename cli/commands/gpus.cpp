@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/inventory.h"
@@ -66,13 +68,20 @@ constexpr Column kChipColumns[] = {
 };
 #undef CHIP_COLUMN
 
-std::vector<_ZELDB_PCI_GPU> read_ids() {
-  return list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); });
+using Slot = std::optional<Place>;
+
+std::vector<_ZELDB_PCI_GPU> read_ids(const Slot& slot) {
+  auto ids = list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); });
+  if (!slot) return ids;
+  require_slot(*slot);
+  const std::vector<uint32_t> here = functions_in_slot(*slot);
+  std::erase_if(ids, [&](const auto& id) { return std::ranges::find(here, id.FunKey) == here.end(); });
+  return ids;
 }
 
-std::vector<Gpu> read_gpus() {
+std::vector<Gpu> read_gpus(const Slot& slot) {
   std::vector<Gpu> rows;
-  for (const _ZELDB_PCI_GPU& id : read_ids()) {
+  for (const _ZELDB_PCI_GPU& id : read_ids(slot)) {
     const auto function = find_function(id.FunKey);
     if (!function) continue;
     Gpu& row = rows.emplace_back();
@@ -87,9 +96,9 @@ std::vector<Gpu> read_gpus() {
   return rows;
 }
 
-std::vector<ChipRow> read_chips() {
+std::vector<ChipRow> read_chips(const Slot& slot) {
   std::vector<ChipRow> rows;
-  for (const _ZELDB_PCI_GPU& id : read_ids()) {
+  for (const _ZELDB_PCI_GPU& id : read_ids(slot)) {
     for (const _ZELDB_GPU_Chip& chip : list_of<_ZELDB_GPU_Chip_List>(
              "chips of " + key_text(id.FunKey),
              [&](auto* list) { return zeldb_get_gpu_chip_list(id.FunKey, list); }, {ZELDB_NO_MORE_ROWS})) {
@@ -102,7 +111,12 @@ std::vector<ChipRow> read_chips() {
 }  // namespace
 
 void setup_gpus(CLI::App& app) {
-  Listing(app).view(kColumns, read_gpus).view("--chips", "The chips of each", kChipColumns, read_chips);
+  auto slot = std::make_shared<Slot>();
+  add_place(app, "--slot", *slot, "Those in this slot");
+  Listing(app)
+      .view(kColumns, [slot] { return read_gpus(*slot); })
+      .order({"SlotNo"})
+      .view("--chips", "The chips of each", kChipColumns, [slot] { return read_chips(*slot); });
 }
 
 }  // namespace zeldb::cli

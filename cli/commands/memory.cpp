@@ -3,6 +3,7 @@
 
 #include "cli/arguments.h"
 #include "cli/command.h"
+#include "cli/condition.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
@@ -122,8 +123,10 @@ std::vector<R> read_chosen(const Options& options) {
   constexpr uint32_t kUnsigned = 3;
   const _zel_db_param_t value{
       .Type = kUnsigned, .Reserved = 0, .Count = 1, .Value = options.value.value_or(0)};
-  check(zeldb_get_memory_with_filter(&module, options.where.c_str(), &value), "memory");
-  return {module};
+  return read_where(options.where, "Memory", kColumns, [&] {
+    check(zeldb_get_memory_with_filter(&module, options.where.c_str(), &value), "memory");
+    return std::vector<R>{module};
+  });
 }
 
 std::vector<R> read_high_bandwidth() {

@@ -44,12 +44,13 @@ struct Options {
   std::vector<std::string> set;
   std::vector<std::string> cancelled;
   bool unchecked = false;
+  std::optional<Place> slot;
 };
 
 // The settings of all functions; values that the inventory lacks are those of the BIOS.
-std::vector<R> read_all_with_secrets() {
+std::vector<R> read_all_with_secrets(const std::optional<Place>& slot = {}) {
   std::vector<R> all;
-  for (const uint32_t function : function_keys()) {
+  for (const uint32_t function : chosen_functions({}, slot)) {
     if (find_function(function))
       std::ranges::copy(read_settings_with_secrets(function), std::back_inserter(all));
   }
@@ -57,8 +58,8 @@ std::vector<R> read_all_with_secrets() {
   return all;
 }
 
-std::vector<R> read_pending() {
-  std::vector<R> rows = read_all_with_secrets();
+std::vector<R> read_pending(const std::optional<Place>& slot) {
+  std::vector<R> rows = read_all_with_secrets(slot);
   std::erase_if(
       rows, [](const R& setting) { return text_of(setting.CurrentValue) == text_of(setting.PendingValue); });
   std::ranges::for_each(rows, hide_secret);
@@ -176,8 +177,10 @@ void setup_pending(CLI::App& app) {
              "Keep the current value for the next start; for a secret whose value is not known, an empty one")
           ->type_name("ID"),
   };
+  CLI::Option* slot = add_place(app, "--slot", options->slot, "Settings of the functions in this slot");
   for (CLI::Option* option : changing) {
     option->allow_extra_args(false);
+    option->excludes(slot);
     for (CLI::Option* other : output) {
       if (other->get_group() == "Output") option->excludes(other);
     }
@@ -190,12 +193,13 @@ void setup_pending(CLI::App& app) {
       "(password, secret, credential, private key, ...). No command shows their values, and exports do "
       "not contain them: (secret) stands for them, (other secret) for a pending one that differs. Give "
       "them as ID=-, because other users can see a command line.");
-  listing.view(kColumns, read_pending).around([options](const std::function<void()>& show) {
-    if (options->set.empty() && options->cancelled.empty())
-      show();
-    else
-      change(*options);
-  });
+  listing.view(kColumns, [options] { return read_pending(options->slot); })
+      .around([options](const std::function<void()>& show) {
+        if (options->set.empty() && options->cancelled.empty())
+          show();
+        else
+          change(*options);
+      });
 }
 
 }  // namespace zeldb::cli

@@ -100,16 +100,6 @@ void add_ports(std::vector<Of<std::remove_reference_t<decltype(*List::Items)>>>&
   }
 }
 
-std::vector<uint32_t> chosen_functions(const Options& options) {
-  if (options.function) {
-    read_function(*options.function);  // throws if it is not there
-    return {*options.function};
-  }
-  if (!options.slot) return function_keys();
-  require_slot(*options.slot);
-  return functions_in_slot(*options.slot);
-}
-
 // The name of an adapter; throws if it is not there.
 std::string adapter_name(uint32_t key) {
   for (const _ZELDB_PCI_Adapter& adapter : list_of<_ZELDB_PCI_Adapter_List>(
@@ -136,7 +126,7 @@ std::vector<Physical> read_physical(const Options& options) {
         [&](auto* list) { return zeldb_get_all_network_physical_port_list(*options.adapter, list); });
     return rows;
   }
-  for (const uint32_t key : chosen_functions(options)) {
+  for (const uint32_t key : chosen_functions(options.function, options.slot)) {
     add_ports<_ZELDB_PhysicalPort_List>(rows, key, card_name(key), [&](auto* list) {
       return zeldb_get_network_physical_port_list(key, list);
     });
@@ -153,7 +143,7 @@ std::vector<Logical> read_logical(const Options& options) {
         [&](auto* list) { return zeldb_get_all_network_logical_port_list(*options.adapter, list); });
     return rows;
   }
-  for (const uint32_t key : chosen_functions(options)) {
+  for (const uint32_t key : chosen_functions(options.function, options.slot)) {
     add_ports<_ZELDB_LogicalPort_List>(rows, key, card_name(key), [&](auto* list) {
       return options.port ? zeldb_get_network_logical_port_list2(key, static_cast<int>(*options.port), list)
                           : zeldb_get_network_logical_port_list(key, list);

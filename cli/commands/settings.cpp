@@ -61,6 +61,7 @@ constexpr Column kSetColumns[] = {
 
 struct Options {
   Key function;
+  std::optional<Place> slot;
   std::string prefix;
   bool flagged = false;
 };
@@ -69,7 +70,7 @@ struct Options {
 std::vector<R> read_all(const Options& options) {
   if (options.function) return read_settings(*options.function, options.prefix, options.flagged);
   std::vector<R> all;
-  for (const uint32_t function : function_keys()) {
+  for (const uint32_t function : chosen_functions({}, options.slot)) {
     if (find_function(function))
       std::ranges::copy(read_settings(function, options.prefix, options.flagged), std::back_inserter(all));
   }
@@ -97,14 +98,17 @@ std::vector<Set> read_sets(const Options& options) {
 
 void setup_settings(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  add_key(app, "KEY", options->function, "A function's key; all functions without one");
+  CLI::Option* function =
+      add_key(app, "KEY", options->function, "A function's key; all functions without one");
+  CLI::Option* slot = add_place(app, "--slot", options->slot, "The functions in this slot");
+  exclude_each_other({function, slot});
   CLI::Option* set = add_text(app, "--set", options->prefix, "PREFIX",
                               "Settings whose id begins with this text (_ and % are wildcards)");
   CLI::Option* flagged = add_flag(app, "--flagged", options->flagged, "Only settings with flag 2");
   Listing(app)
       .view(kColumns, [options] { return read_all(*options); })
       .view("--sets", "Names of the sets", kSetColumns, [options] { return read_sets(*options); })
-      .without({set, flagged});
+      .without({slot, set, flagged});
 }
 
 }  // namespace zeldb::cli

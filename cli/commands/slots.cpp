@@ -187,14 +187,16 @@ void count_ports(R& slot) {
   }
 }
 
-std::vector<Shown> read_shown() {
+std::vector<Shown> read_shown(const std::optional<Place>& wanted) {
   std::vector<Shown> rows;
   for (const R& slot : read_slots()) {
+    if (wanted && (slot.Location != wanted->location || slot.SlotNo != wanted->number)) continue;
     Shown& row = rows.emplace_back();
     row.Slot = slot;
     if (slot.PCIKey != 0) copy_text(row.PCIKey, key_text(slot.PCIKey));
     if (slot.Functions != 0) copy_text(row.FunKey, key_text(slot.FunKey));
   }
+  if (wanted && rows.empty()) fail_not_found("slot " + place_text(*wanted));
   return rows;
 }
 
@@ -233,7 +235,9 @@ std::vector<SlotRow> read_slots() {
 }
 
 void setup_slots(CLI::App& app) {
-  Listing(app).view(kColumns, read_shown);
+  auto slot = std::make_shared<std::optional<Place>>();
+  add_place(app, "--slot", *slot, "This slot alone");
+  Listing(app).view(kColumns, [slot] { return read_shown(*slot); });
 }
 
 }  // namespace zeldb::cli

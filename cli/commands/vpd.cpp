@@ -36,19 +36,9 @@ struct Options {
   std::optional<Place> slot;
 };
 
-std::vector<uint32_t> chosen_functions(const Options& options) {
-  if (options.function) {
-    read_function(*options.function);  // throws if it is not there
-    return {*options.function};
-  }
-  if (!options.slot) return function_keys();
-  require_slot(*options.slot);
-  return functions_in_slot(*options.slot);
-}
-
 std::vector<Product> read_products(const Options& options) {
   std::vector<Product> rows;
-  for (const uint32_t key : chosen_functions(options)) {
+  for (const uint32_t key : chosen_functions(options.function, options.slot)) {
     if (const auto product = find_product(key)) rows.push_back({.FunKey = key, .Vpd = *product});
   }
   if (options.function && rows.empty()) fail_not_found("product data of " + key_text(*options.function));

@@ -99,7 +99,7 @@ const struct {
     {"zeldb_get_pci_seg_bits", "platform"},
     {"zeldb_get_pci_vpd_info", "vpd"},
     {"zeldb_get_pldm_downstream_software_ids", "firmware --slot 1 --downstream"},
-    {"zeldb_get_pldm_firmware", "firmware --slot"},
+    {"zeldb_get_pldm_firmware", "firmware --slot 2 --device"},
     {"zeldb_get_pldm_firmware_list", "firmware"},
     {"zeldb_get_pldm_firmware_marvell_ctrl_list", "firmware --onboard-raid"},
     {"zeldb_get_pldm_firmware_pending_list", "firmware --pending"},
