@@ -28,7 +28,7 @@ constexpr struct {
                {"adapters", "Adapters"},
                {"ports", "Network ports"},
                {"gpus", "GPUs and accelerators"},
-               {"firmware", "Firmware components"},
+               {"firmware", "Firmware"},
                {"embedded", "Firmware of the controller's own devices"},
                {"vpd", "Vital product data"},
                {"functions", "PCI functions"},
