@@ -84,18 +84,11 @@ MariaDbServer::~MariaDbServer() {
 
 void MariaDbServer::start(const std::vector<std::string>& options) {
   const std::string log = folder_ / "log";
-  std::vector<std::string> words = {"mariadbd",
-                                    "--no-defaults",
-                                    "--user=root",
-                                    "--datadir=" + data().string(),
-                                    // a starting server removes the temporary tables of its tmpdir, whose ever
-                                    "--tmpdir=" + folder_.string(),
-                                    "--socket=" + socket(),
-                                    "--pid-file=" + (folder_ / "pid").string(),
-                                    "--skip-name-resolve",
-                                    "--innodb-buffer-pool-size=16M",
-                                    "--innodb-log-file-size=4M",
-                                    "--debug-no-sync"};
+  std::vector<std::string> words = {
+      "mariadbd", "--no-defaults", "--user=root", "--datadir=" + data().string(),
+      // a starting server removes the temporary tables of its tmpdir, whose ever
+      "--tmpdir=" + folder_.string(), "--socket=" + socket(), "--pid-file=" + (folder_ / "pid").string(),
+      "--skip-name-resolve", "--innodb-buffer-pool-size=16M", "--innodb-log-file-size=4M", "--debug-no-sync"};
   words.insert(words.end(), options.begin(), options.end());
   pid_ = start_program(words, log);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
