@@ -44,13 +44,22 @@ void settle_health([[maybe_unused]] std::vector<Drive>& drives) {
 #endif
 }
 
-std::vector<Drive> read_drives() {
+namespace {
+
+std::vector<Drive> merged_drives() {
   require_inventory("drives");
   auto drives = list_of<aim_disk_list_t>("drives", [](auto* list) {
     zeldb_get_merged_disk_list(list);
     return ZELDB_OK;
   });
   settle_health(drives);
+  return drives;
+}
+
+}  // namespace
+
+std::vector<Drive> read_drives() {
+  static const std::vector<Drive> drives = merged_drives();
   return drives;
 }
 

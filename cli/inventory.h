@@ -21,7 +21,7 @@ std::vector<_ZELDB_Memory> read_memory();
 // A drive without a sensor reads as sound. Of those that a scan has found, health is what they tell: unknown,
 // where that is nothing.
 void settle_health(std::vector<aim_disk_info_t>& drives);
-// All drives.
+// All drives. Read once in a run.
 std::vector<aim_disk_info_t> read_drives();
 
 // Keys of the functions that an SQL condition selects, ascending.

@@ -337,6 +337,10 @@ Value shown_value(const View& view, const Row& row, const Column& column) {
   return (other == Value(uint64_t{0})) == is_zero ? value : Value();
 }
 
+const View& view_called(std::string_view name) {
+  return *std::ranges::find(views(), name, name_of);
+}
+
 std::string name_of(const View& view) {
   return view.option.empty() ? view.command : view.command + " " + view.option;
 }

@@ -35,6 +35,7 @@ struct View {
 // The views of all commands, in their order. The name of a view is the command's, or "ports --logical".
 const std::vector<View>& views();
 std::string name_of(const View& view);
+const View& view_called(std::string_view name);
 // The name in the schema, where a reference has no blanks: "ports-logical".
 std::string schema_name_of(const View& view);
 // The value in the column with this key.

@@ -102,10 +102,6 @@ std::vector<PCISetting_info> settings_of(const std::set<std::string>& functions,
 
 }  // namespace
 
-const View& view_called(std::string_view name) {
-  return *std::ranges::find(views(), name, name_of);
-}
-
 std::string text_at(const View& view, const Row& row, std::string_view key) {
   const Value& value = value_of(view, row, key);
   if (const auto* number = std::get_if<uint64_t>(&value)) return std::to_string(*number);
@@ -133,13 +129,12 @@ void PlaceReader::read_settings_of(const std::set<std::string>& functions) {
 }
 
 Listed PlaceReader::read(const View& view) {
-  Listed listed;
   if (view.command == "settings" || view.command == "pending") {
     std::vector<PCISetting_info> settings = settings_;
     if (view.command == "pending") std::erase_if(settings, stays);
     return {rows_of(view, settings, mask_), settings_trouble_};
   }
-  if (view.command == "dpu-log") return listed;
+  Listed listed;
   listed.rows = read_or_tell(listed.trouble, [&] { return read_rows(view, mask_); });
   return listed;
 }

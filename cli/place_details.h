@@ -51,7 +51,7 @@ class PlaceReader {
 
   // Has to be called before details_of reads settings.
   void read_settings_of(const std::set<std::string>& functions);
-  // "settings" and "pending" are those of these functions, "dpu-log" has no rows.
+  // "settings" and "pending" are those of these functions; "dpu-log" is asked for by slot.
   const Listed& listed(std::string_view name);
   std::vector<PlaceDetails> details_of(const WantedPlace& wanted);
   Listed dpu_log(int slot);
@@ -66,7 +66,6 @@ class PlaceReader {
   std::map<std::string, Listed, std::less<>> listed_;
 };
 
-const View& view_called(std::string_view name);
 // A cell as a text to be compared; empty if it is not known.
 std::string text_at(const View& view, const Row& row, std::string_view key);
 

@@ -23,7 +23,7 @@ struct SlotRow {
   uint32_t PortsUp;
 };
 
-// The slots by location and number; unknown values are 0 or empty.
+// The slots by location and number; unknown values are 0 or empty. Read once in a run.
 std::vector<SlotRow> read_slots();
 
 }  // namespace zeldb::cli

@@ -50,8 +50,7 @@ std::string plain(const std::string& name) {
   return letters;
 }
 
-std::vector<PlaceDetails> all_called(const std::string& name, Mask* mask) {
-  PlaceReader reader(mask);
+std::vector<PlaceDetails> all_called(PlaceReader& reader, const std::string& name) {
   std::vector<PlaceDetails> all;
   for (const auto& [view_name, title, column] : kNamed) {
     const View& view = view_called(view_name);
@@ -65,14 +64,16 @@ std::vector<PlaceDetails> all_called(const std::string& name, Mask* mask) {
 
 // The slot of the function or adapter with this key, or of the function at this address (of segment 0 where
 // it has none), with the adapter.
-std::optional<WantedPlace> slot_of_function(const std::string& text) {
+std::optional<WantedPlace> slot_of_function(PlaceReader& reader, const std::string& text) {
   constexpr const char* kDigits = "0123456789abcdefABCDEF";
   const std::string key = text.starts_with("0x") || text.starts_with("0X") ? text.substr(2) : text;
   const bool is_key = key.size() == 8 && key.find_first_not_of(kDigits) == std::string::npos;
   if (!is_key && text.find('.') == std::string::npos) return std::nullopt;
   const std::string address = std::ranges::count(text, ':') == 1 ? "0000:" + text : text;
   const View& view = view_called("functions");
-  for (const Row& row : read_rows(view, nullptr)) {
+  const auto& [rows, trouble] = reader.listed("functions");
+  if (!trouble.empty()) throw Failure(trouble);
+  for (const Row& row : rows) {
     const auto is_it = [&](const char* column, const std::string& wanted) {
       return strcasecmp(text_at(view, row, column).c_str(), wanted.c_str()) == 0;
     };
@@ -89,10 +90,11 @@ std::optional<WantedPlace> slot_of_function(const std::string& text) {
 
 std::vector<PlaceDetails> find(const std::string& text, Mask* mask) {
   require_inventory("show");
-  std::optional<WantedPlace> wanted = slot_of_function(text);
+  PlaceReader reader(mask);
+  std::optional<WantedPlace> wanted = slot_of_function(reader, text);
   if (!wanted) {
     const auto place = place_of(text);
-    if (!place) return all_called(text, mask);
+    if (!place) return all_called(reader, text);
     wanted = WantedPlace{*place, {}};
   }
   for (const uint32_t key : functions_in_slot(wanted->place)) {
@@ -100,7 +102,6 @@ std::vector<PlaceDetails> find(const std::string& text, Mask* mask) {
     if (function && (wanted->adapter.empty() || key_text(function->DevKey) == wanted->adapter))
       wanted->functions.insert(key_text(key));
   }
-  PlaceReader reader(mask);
   reader.read_settings_of(wanted->functions);
   return reader.details_of(*wanted);
 }

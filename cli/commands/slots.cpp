@@ -209,10 +209,8 @@ Components components_if_told() {
   }
 }
 
-}  // namespace
-
 // Reads each list once and joins them: a query per slot would be slow on a controller.
-std::vector<SlotRow> read_slots() {
+std::vector<R> joined_slots() {
   require_inventory("slots");
   Slots slots;
   const std::vector<Function> functions = read_functions();
@@ -232,6 +230,13 @@ std::vector<SlotRow> read_slots() {
     rows.push_back(row);
   }
   return rows;
+}
+
+}  // namespace
+
+std::vector<SlotRow> read_slots() {
+  static const std::vector<R> slots = joined_slots();
+  return slots;
 }
 
 void setup_slots(CLI::App& app) {

@@ -34,10 +34,6 @@ constexpr struct {
 // Numbers that change all the time, and what says nothing of a machine.
 constexpr std::string_view kNotWatched[] = {"_id", "Temperature", "TxUtil", "RxUtil", "CurSpeed"};
 
-const View& view_called(const std::string& listing) {
-  return *std::ranges::find(views(), listing, name_of);
-}
-
 std::string place_of(const View& view, std::string_view keys, const Row& row) {
   std::string place;
   while (!keys.empty()) {
