@@ -6,8 +6,9 @@
 namespace zeldb::cli {
 
 std::vector<_ZELDB_PldmFirmware> read_components() {
-  return list_of<_ZELDB_PldmFirmware_List>("firmware",
-                                           [](auto* list) { return zeldb_get_pldm_firmware_list(list); });
+  static const auto components = list_of<_ZELDB_PldmFirmware_List>(
+      "firmware", [](auto* list) { return zeldb_get_pldm_firmware_list(list); });
+  return components;
 }
 
 bool has_failed(const _ZELDB_PldmFirmware& component) {

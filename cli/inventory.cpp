@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/library.h"
 
 namespace zeldb::cli {
@@ -63,6 +65,18 @@ std::vector<Drive> read_drives() {
   return drives;
 }
 
+std::vector<_ZELDB_PCI_Adapter> all_adapters() {
+  static const auto adapters = list_of<_ZELDB_PCI_Adapter_List>(
+      "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); });
+  return adapters;
+}
+
+std::vector<_ZELDB_PCI_GPU> all_gpus() {
+  static const auto gpus =
+      list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); });
+  return gpus;
+}
+
 std::vector<uint32_t> function_keys(std::string condition) {
   std::string order = "FunKey";
   return list_of<_ZELDB_PCI_FunKey_List>("functions", [&](auto* list) {
@@ -99,10 +113,13 @@ _ZELDB_PCI_Generic_Info read_function(uint32_t key) {
 }
 
 std::optional<_ZELDB_PCI_Generic_Info> find_function(uint32_t key) {
+  static std::map<uint32_t, std::optional<_ZELDB_PCI_Generic_Info>> known;
+  const auto found = known.find(key);
+  if (found != known.end()) return found->second;
   _ZELDB_PCI_Generic_Info function = {};
   const int status = zeldb_get_pci_generic_info(key, &function);
-  if (!check_found(status, "function " + key_text(key))) return std::nullopt;
-  return function;
+  const bool is_there = check_found(status, "function " + key_text(key));
+  return known[key] = is_there ? std::optional(function) : std::nullopt;
 }
 
 void require_slot(const Place& slot) {
@@ -114,7 +131,41 @@ void require_slot(const Place& slot) {
 
 namespace {
 
+// The functions that a condition selects, to answer many questions about single ones with one query.
+class Selected {
+ public:
+  explicit Selected(const char* condition) : condition_(condition) {}
+
+  // True for those that are selected, and for a while for others.
+  bool may_include(uint32_t function) { return !knows_all() || keys_->contains(function); }
+  bool includes(uint32_t function) { return knows_all() && keys_->contains(function); }
+
+ private:
+  bool knows_all() {
+    constexpr int kFew = 2;  // a command about one function needs no list
+    if (++asked_ == kFew) read();
+    return keys_.has_value();
+  }
+
+  // An inventory of another version may lack the table: then each function is asked for.
+  void read() {
+    try {
+      const auto keys = function_keys(condition_);
+      keys_.emplace(keys.begin(), keys.end());
+    } catch (const Failure&) {
+      keys_.reset();
+    }
+  }
+
+  const char* condition_;
+  int asked_ = 0;
+  std::optional<std::set<uint32_t>> keys_;
+};
+
 std::optional<_ZELDB_PCIVpdInfo> ask_for_product(uint32_t function) {
+  static Selected with_product(
+      "coalesce(HardwareId,0) IN (SELECT HardwareId FROM VPDs WHERE HardwareTypeId=3)");
+  if (!with_product.may_include(function)) return std::nullopt;
   _ZELDB_PCIVpdInfo product = {};
   const int status = zeldb_get_pci_vpd_info(function, &product);
   if (status == ZELDB_INVALID_ARGUMENT || !check_found(status, "product data of " + key_text(function)))
@@ -126,9 +177,7 @@ using Products = std::map<uint32_t, std::optional<_ZELDB_PCIVpdInfo>>;
 
 Products gpu_products() {
   Products products;
-  for (const _ZELDB_PCI_GPU& gpu :
-       list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); }))
-    products.emplace(gpu.FunKey, ask_for_product(gpu.FunKey));
+  for (const _ZELDB_PCI_GPU& gpu : all_gpus()) products.emplace(gpu.FunKey, ask_for_product(gpu.FunKey));
   return products;
 }
 
@@ -146,14 +195,45 @@ void prepare_products() {
 }
 
 std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function) {
-  const auto known = products_of_gpus().find(function);
-  return known != products_of_gpus().end() ? known->second : ask_for_product(function);
+  static Products products = products_of_gpus();
+  const auto known = products.find(function);
+  return known != products.end() ? known->second
+                                 : products.emplace(function, ask_for_product(function)).first->second;
+}
+
+bool may_have_adapter_row(uint32_t function) {
+  static Selected with_row("FunKey IN (SELECT PCIFuncKey FROM PCIAdapter)");
+  return with_row.may_include(function);
+}
+
+bool may_have_settings(uint32_t function) {
+  static Selected with_settings("FunKey IN (SELECT PfaKey FROM PCISetting)");
+  return with_settings.may_include(function);
+}
+
+bool may_have_network_row(uint32_t function) {
+  static Selected with_row("FunKey IN (SELECT PCIFuncKey FROM PCINetwork)");
+  return with_row.may_include(function);
 }
 
 std::string card_name(uint32_t function) {
-  char name[129] = {};
-  zeldb_get_pci_cardname_by_funkey(function, name, sizeof(name));
-  return name;
+  static std::map<uint32_t, std::string> names;
+  const auto [name, is_new] = names.try_emplace(function);
+  if (is_new && may_have_adapter_row(function)) {
+    char text[129] = {};
+    zeldb_get_pci_cardname_by_funkey(function, text, sizeof(text));
+    name->second = text;
+  }
+  return name->second;
+}
+
+Hardware hardware_of(uint32_t function) {
+  constexpr uint8_t kPciFunction = 3;
+  static Selected with_its_key("HardwareId=FunKey AND HardwareTypeId=3");
+  if (with_its_key.includes(function)) return {function, kPciFunction};
+  Hardware hardware = {};
+  zeldb_get_pci_hardwareidtype_by_funkey(function, &hardware.id, &hardware.type);
+  return hardware;
 }
 
 std::string pci_address(unsigned segment, unsigned bus, unsigned device, unsigned function) {

@@ -24,6 +24,10 @@ void settle_health(std::vector<aim_disk_info_t>& drives);
 // All drives. Read once in a run.
 std::vector<aim_disk_info_t> read_drives();
 
+// All adapters and all GPUs. Each is read once in a run.
+std::vector<_ZELDB_PCI_Adapter> all_adapters();
+std::vector<_ZELDB_PCI_GPU> all_gpus();
+
 // Keys of the functions that an SQL condition selects, ascending.
 std::vector<uint32_t> function_keys(std::string condition = "1=1");
 std::vector<uint32_t> functions_of_adapter(uint32_t adapter);
@@ -45,6 +49,19 @@ std::optional<_ZELDB_PCIVpdInfo> find_product(uint32_t function);
 
 // Empty when it has none.
 std::string card_name(uint32_t function);
+
+struct Hardware {
+  uint32_t id;
+  uint8_t type;
+};
+// Zeros where the function is not known.
+Hardware hardware_of(uint32_t function);
+
+// False only if a function of the inventory has no row in PCIAdapter, PCINetwork or PCISetting: then there is
+// nothing to ask for.
+bool may_have_adapter_row(uint32_t function);
+bool may_have_network_row(uint32_t function);
+bool may_have_settings(uint32_t function);
 
 // "0000:17:00.0"
 std::string pci_address(unsigned segment, unsigned bus, unsigned device, unsigned function);

@@ -156,8 +156,7 @@ Parts adapters(const Inventory& inventory) {
 
 Parts gpus(const Inventory&) {
   Parts parts;
-  for (const _ZELDB_PCI_GPU& gpu :
-       list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); })) {
+  for (const _ZELDB_PCI_GPU& gpu : all_gpus()) {
     const auto function = find_function(gpu.FunKey);
     if (!function) continue;
     const std::string slot = place_text({function->Location, function->SlotNo});

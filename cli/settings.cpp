@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/arguments.h"
+#include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/secrets.h"
 
@@ -35,6 +36,7 @@ std::vector<PCISetting_info> read_settings(uint32_t function, std::string prefix
 std::vector<PCISetting_info> read_settings_with_secrets(uint32_t function, std::string prefix,
                                                         bool only_flagged) {
   auto* const beginning = prefix.empty() ? nullptr : reinterpret_cast<unsigned char*>(prefix.data());
+  if (prefix.empty() && !may_have_settings(function)) return {};
   // The parser may change their number between the two questions.
   for (int attempt = 0;; ++attempt) {
     constexpr int kAttempts = 5;

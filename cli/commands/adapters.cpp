@@ -69,8 +69,7 @@ uint32_t key_of(const Place& slot) {
 
 std::vector<R> read_adapters(Options& options) {
   if (options.where.size() > kLongestCondition) throw WrongUse("--where: more than 112 characters");
-  auto adapters = list_of<_ZELDB_PCI_Adapter_List>(
-      "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); });
+  std::vector<R> adapters = all_adapters();
   if (options.slot) {
     auto chosen = those_of(adapters, {key_of(*options.slot)});
     if (chosen.empty()) fail_not_found("slot " + place_text(*options.slot));

@@ -147,10 +147,13 @@ Function function_of(uint32_t key, const _ZELDB_PCI_Generic_Info& info) {
   row.Info = info;
   copy_text(row.Address, pci_address(row.Info.SegNo, row.Info.BusNo, row.Info.DeviceNo, row.Info.FunctionNo));
   copy_text(row.CardName, card_name(key));
-  zeldb_get_pci_function_type(key, &row.FunType);
-  zeldb_get_pci_function_oob_type(key, &row.AIMSupported, &row.OOBSrc);
-  zeldb_get_pci_hardwareidtype_by_funkey(key, &row.HardwareId, &row.HardwareTypeId);
-  zeldb_get_network_info(key, &row.Network);
+  row.FunType = info.FunType;
+  if (row.FunType == 0) zeldb_get_pci_function_type(key, &row.FunType);  // which tells 0 from nothing
+  if (may_have_adapter_row(key)) zeldb_get_pci_function_oob_type(key, &row.AIMSupported, &row.OOBSrc);
+  const Hardware hardware = hardware_of(key);
+  row.HardwareId = hardware.id;
+  row.HardwareTypeId = hardware.type;
+  if (may_have_network_row(key)) zeldb_get_network_info(key, &row.Network);
   return row;
 }
 

@@ -71,7 +71,7 @@ constexpr Column kChipColumns[] = {
 using Slot = std::optional<Place>;
 
 std::vector<_ZELDB_PCI_GPU> read_ids(const Slot& slot) {
-  auto ids = list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); });
+  auto ids = all_gpus();
   if (!slot) return ids;
   require_slot(*slot);
   const std::vector<uint32_t> here = functions_in_slot(*slot);

@@ -161,7 +161,8 @@ std::vector<SlotHealth> read_health(const Options& options) {
 }  // namespace
 
 std::vector<_ZELDB_Memory> read_memory() {
-  return modules_of([](auto* list) { return zeldb_get_memory_list(list); });
+  static const auto modules = modules_of([](auto* list) { return zeldb_get_memory_list(list); });
+  return modules;
 }
 
 void setup_memory(CLI::App& app) {

@@ -102,8 +102,7 @@ void add_ports(std::vector<Of<std::remove_reference_t<decltype(*List::Items)>>>&
 
 // The name of an adapter; throws if it is not there.
 std::string adapter_name(uint32_t key) {
-  for (const _ZELDB_PCI_Adapter& adapter : list_of<_ZELDB_PCI_Adapter_List>(
-           "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); })) {
+  for (const _ZELDB_PCI_Adapter& adapter : all_adapters()) {
     if (adapter.PCIKey == key) return adapter.CardName;
   }
   const auto functions = functions_of_adapter(key);
@@ -127,6 +126,7 @@ std::vector<Physical> read_physical(const Options& options) {
     return rows;
   }
   for (const uint32_t key : chosen_functions(options.function, options.slot)) {
+    if (!may_have_network_row(key)) continue;
     add_ports<_ZELDB_PhysicalPort_List>(rows, key, card_name(key), [&](auto* list) {
       return zeldb_get_network_physical_port_list(key, list);
     });

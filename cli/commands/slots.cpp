@@ -116,8 +116,7 @@ void add_functions(Slots& slots, const std::vector<Function>& functions) {
 }
 
 void add_adapters(Slots& slots) {
-  for (const _ZELDB_PCI_Adapter& adapter : list_of<_ZELDB_PCI_Adapter_List>(
-           "adapters", [](auto* list) { return zeldb_get_pci_adapter_list(list); })) {
+  for (const _ZELDB_PCI_Adapter& adapter : all_adapters()) {
     R& slot = slots[{adapter.Location, adapter.SlotNo}].shown;
     copy_text(slot.Address, pci_address(adapter.SegNo, adapter.BusNo, adapter.DeviceNo, 0));
     copy_text(slot.CardName, adapter.CardName);
@@ -146,11 +145,10 @@ void complete_from_components(R& slot, const Components& components) {
 }
 
 void complete_from_images(R& slot, uint32_t function) {
-  uint32_t hardware = 0;
-  uint8_t type = 0;
+  if (*slot.FirmwareVersion != '\0') return;
+  const uint32_t hardware = hardware_of(function).id;
   char version[33] = {};
-  if (*slot.FirmwareVersion == '\0' &&
-      zeldb_get_pci_hardwareidtype_by_funkey(function, &hardware, &type) == ZELDB_OK && hardware != 0 &&
+  if (hardware != 0 &&
       zeldb_get_firmware_version(static_cast<int>(hardware), version, sizeof(version) - 1) == ZELDB_OK) {
     complete(slot.FirmwareVersion, version);
   }

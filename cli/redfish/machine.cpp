@@ -167,8 +167,7 @@ Function* function_of(Machine& machine, uint32_t key) {
 void add_gpus(Machine& machine) {
   Ids ids;
   for (const Processor& processor : machine.processors) ids(processor.id);
-  for (const _ZELDB_PCI_GPU& gpu :
-       list_of<_ZELDB_PCI_GPU_List>("GPUs", [](auto* list) { return zeldb_get_pci_gpu_list(list); })) {
+  for (const _ZELDB_PCI_GPU& gpu : all_gpus()) {
     Function* const function = function_of(machine, gpu.FunKey);
     if (function == nullptr) continue;
     for (const _ZELDB_GPU_Chip& record : list_of<_ZELDB_GPU_Chip_List>(
