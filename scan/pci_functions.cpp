@@ -24,6 +24,7 @@ char error_text[256];
 
 void keep_text(char* format, va_list arguments) {
   std::vsnprintf(error_text, sizeof(error_text), format, arguments);
+  error_text[std::strcspn(error_text, "\n")] = '\0';
 }
 // As libpci declares it.
 __attribute__((noreturn)) void fail(char* format, ...) {
@@ -47,6 +48,10 @@ template <typename Argument>
 void start(pci_access* access, const void* /*unused*/) {
   pci_init(access);
   pci_scan_bus(access);
+}
+// Before the first name is looked up, where an error of the list would have nowhere to go.
+void load_names(pci_access* access, const void* /*unused*/) {
+  pci_load_name_list(access);
 }
 void fill(pci_access* /*access*/, pci_dev* device) {
   pci_fill_info(device, PCI_FILL_IDENT | PCI_FILL_CLASS | PCI_FILL_CAPS | PCI_FILL_NUMA_NODE);
@@ -334,14 +339,14 @@ Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Fu
   return row;
 }
 
-// Nothing if the list of names does not have the device.
-std::string name_of(pci_access* access, const pci_dev& device) {
+// NULL if the list of names does not have the device.
+Value name_of(pci_access* access, const pci_dev& device) {
   char text[512];
   const char* const name =
       pci_lookup_name(access, text, sizeof(text),
                       PCI_LOOKUP_VENDOR | PCI_LOOKUP_DEVICE | PCI_LOOKUP_NO_NUMBERS | PCI_LOOKUP_NO_HWDB,
                       device.vendor_id, device.device_id);
-  return name != nullptr ? name : "";
+  return name != nullptr ? text_value(name) : Value();
 }
 
 // The kernel counts the errors that a device reports; without the counters its health is unknown. Counts
@@ -356,6 +361,7 @@ Value health_of(const Machine& machine, const Address& address) {
   return kError;
 }
 
+// Without access there are no names.
 Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_dev* device,
                 const Function& function) {
   const Address address = address_of_device(*device);
@@ -375,7 +381,7 @@ Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_de
       {"AIMSupported", uint64_t{0}},
       {"HealthStatus", is_dump ? Value(Kept()) : health_of(machine, address)},
       {"ConnectorType", Value()},
-      {"CardName", text_value(name_of(access, *device))},
+      {"CardName", access != nullptr ? name_of(access, *device) : Value(Kept())},
   };
   if (const auto* const type = std::get_if<uint64_t>(&place.type); type != nullptr && place.location != 0)
     row.cells[row.cells.size() - 2].value = std::to_string(*type);
@@ -506,6 +512,11 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
       is_complete = false;
     }
   }
+  pci_access* names = access.access;
+  if (!survives<const void>(load_names, names, nullptr)) {
+    findings.troubles.push_back(std::string("names of functions: ") + error_text);
+    names = nullptr;
+  }
   const Places places(machine, question, devices);
   std::set<unsigned> keys;
   std::vector<Address> twins;
@@ -524,7 +535,7 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
     const Function& function = functions.emplace(address, Function{key, placement}).first->second;
     findings.rows.push_back(function_row(machine, is_dump, device, function, places.bridge_above(address)));
     if (base_class(*device) != kBridge) {
-      findings.rows.push_back(adapter_row(machine, access.access, is_dump, device, function));
+      findings.rows.push_back(adapter_row(machine, names, is_dump, device, function));
       findings.rows.push_back(packaging_row(machine, is_dump, device, function));
     }
     if (holds_gpu(function_type(*device, placement)))
