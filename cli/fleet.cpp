@@ -35,12 +35,18 @@ std::string name_of(const fs::path& file) {
   return is_ending ? file.stem() : file.filename();
 }
 
+// What SQLite keeps beside a database in use is no file of its own.
+bool is_left_out(const std::string& name) {
+  return name.starts_with('.') || name.ends_with("-wal") || name.ends_with("-shm") ||
+         name.ends_with("-journal");
+}
+
 std::vector<std::string> files_in(const std::string& folder) {
   std::vector<std::string> files;
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-    const bool is_hidden = entry.path().filename().string().starts_with('.');
-    if (!is_hidden && !fs::is_directory(entry.path(), error)) files.push_back(entry.path());
+    if (!is_left_out(entry.path().filename()) && !fs::is_directory(entry.path(), error))
+      files.push_back(entry.path());
   }
   if (error) throw Failure(folder + ": " + error.message());
   if (files.empty()) throw Failure(folder + ": has no files");

@@ -18,7 +18,7 @@ struct Machine {
 
 // Whether files stand for more than one machine: there are several, or one is a folder.
 bool are_many(const std::vector<std::string>& files);
-// A folder stands for all files in it but hidden ones, in the order of their names.
+// A folder stands for all files in it but hidden ones and the logs of SQLite, in the order of their names.
 std::vector<Machine> machines_of(const std::vector<std::string>& files);
 
 // Reads each machine in a process of its own, because the library opens one inventory per process. Several

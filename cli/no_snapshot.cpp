@@ -18,6 +18,10 @@ void use_snapshot(const std::string& file) {
   throw Failure(file + ": this build of zeldb reads no exports");
 }
 
+std::optional<int64_t> time_of_snapshot() {
+  return std::nullopt;
+}
+
 bool reads_snapshot() {
   return false;
 }

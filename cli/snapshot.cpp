@@ -28,6 +28,7 @@ namespace fs = std::filesystem;
 constexpr const char* kInventory = "inventory.sqlite";
 
 bool snapshot_in_use = false;
+std::optional<int64_t> snapshot_time;
 
 Failure no_export(const std::string& file) {
   return Failure(file + ": is no export of zeldb");
@@ -56,6 +57,18 @@ void require_export(const SqliteFile& inventory, const std::string& file) {
     throw Failure(file + ": written by a newer zeldb (format " + std::to_string(version) +
                   ", known are up to " + std::to_string(kSnapshotVersion) + ")");
   }
+}
+
+std::optional<int64_t> time_in(const SqliteFile& inventory) {
+  SqliteStatement known =
+      inventory.prepare("SELECT 1 FROM pragma_table_info('ZeldbExport', 'export') WHERE name='Written'");
+  if (!known.step()) return std::nullopt;
+  // Not before 1970 and not after the year 9999.
+  SqliteStatement time = inventory.prepare(
+      "SELECT seconds FROM (SELECT CAST(strftime('%s', Written) AS INTEGER) AS seconds FROM "
+      "export.ZeldbExport) "
+      "WHERE seconds BETWEEN 0 AND 253402300799");
+  return time.step() ? std::optional(time.number(0)) : std::nullopt;
 }
 
 // What the export lacks stays NULL or empty: an older zeldb knew fewer tables and columns.
@@ -133,6 +146,7 @@ std::string SnapshotFolder::unpack(const std::string& file, NewerSchema newer) c
   inventory.run("PRAGMA synchronous=OFF");
   inventory.run("ATTACH 'file:" + percent_encoded(fs::absolute(file)) + "?mode=ro' AS export");
   require_export(inventory, file);
+  snapshot_time = time_in(inventory);
   if (newer == NewerSchema::Refuse) require_known_schema(inventory, file);
   inventory.run("BEGIN");
   for (const InventoryTable& table : tables_of(inventory)) copy_table(inventory, table);
@@ -158,6 +172,10 @@ void use_snapshot(const std::string& file) {
 std::string unpacked_for_import(const std::string& file) {
   static const SnapshotFolder folder;
   return folder.unpack(file, NewerSchema::Refuse);
+}
+
+std::optional<int64_t> time_of_snapshot() {
+  return snapshot_time;
 }
 
 bool reads_snapshot() {

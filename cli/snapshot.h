@@ -48,6 +48,9 @@ void use_snapshot(const std::string& file);
 // Whether what is read comes from such a file, so that the present state of this machine must not be shown.
 bool reads_snapshot();
 
+// When that file was written, as it says itself, in seconds since 1970.
+std::optional<int64_t> time_of_snapshot();
+
 // The path of the tables of such a file, in this program's schema. A file of a newer schema is refused,
 // because something of it would be lost.
 std::string unpacked_for_import(const std::string& file);

@@ -60,7 +60,8 @@ std::string printable(std::string_view text, Escape escape) {
     const Character character = first_character(text);
     if (!character.valid) {
       shown += kReplacement;
-    } else if (steers_a_terminal(character.code) || (escape == Escape::Ascii && character.code >= 0x80)) {
+    } else if ((steers_a_terminal(character.code) && escape != Escape::None) ||
+               (escape == Escape::Ascii && character.code >= 0x80)) {
       char code[16];
       std::snprintf(code, sizeof(code), character.code < 0x100 ? "\\x%02x" : "\\u%04x",
                     static_cast<unsigned>(character.code));

@@ -11,8 +11,8 @@ namespace zeldb::cli {
 
 // Terminal: characters that would control a terminal are shown as \x1b; bytes that are no UTF-8 become
 // U+FFFD. Raw: the same, and a backslash as \\. Ascii: as Terminal, but other characters than ASCII are shown
-// as \xe4 or \u20ac.
-enum class Escape { Terminal, Raw, Ascii };
+// as \xe4 or \u20ac. None: only the bytes that are no UTF-8 are replaced.
+enum class Escape { Terminal, Raw, Ascii, None };
 std::string printable(std::string_view text, Escape escape);
 
 // The text, or as many of its characters as leave room for the ellipsis that ends it.

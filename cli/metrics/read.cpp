@@ -17,6 +17,7 @@
 #include "cli/parts_diff.h"
 #include "cli/settings.h"
 #include "cli/slots.h"
+#include "cli/snapshot.h"
 #include "platform/zel_db.h"
 #include "zeldb/firmware.h"
 
@@ -280,12 +281,12 @@ void Reader::databases() {
     if (ask(handle, "SELECT Version FROM ZeldbSchema", &number))
       metrics_.add("zeldb_schema_version", {}, static_cast<double>(number));
     // An export says when it was written; a server knows when a table was changed, as long as it runs.
+    number = time_of_snapshot().value_or(0);
     const bool is_told =
-        ask(handle, "SELECT CAST(strftime('%s', Written) AS INTEGER) FROM ZeldbExport", &number) ||
-        ask(handle,
-            "SELECT UNIX_TIMESTAMP(MAX(UPDATE_TIME)) FROM information_schema.TABLES WHERE "
-            "TABLE_SCHEMA=DATABASE()",
-            &number);
+        number != 0 || ask(handle,
+                           "SELECT UNIX_TIMESTAMP(MAX(UPDATE_TIME)) FROM information_schema.TABLES WHERE "
+                           "TABLE_SCHEMA=DATABASE()",
+                           &number);
     if (!is_told) number = newest_file();
     if (number != 0)
       metrics_.add("zeldb_inventory_changed_timestamp_seconds", {}, static_cast<double>(number));

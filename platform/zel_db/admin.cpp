@@ -46,16 +46,22 @@ void define(Connection& connection, const std::string& database, const Dialect& 
   if (dialect.commit_definitions != nullptr) run_once(connection, dialect.commit_definitions);
 }
 
+std::unique_ptr<Connection> created(const Target& target, const Engine*& engine) {
+  std::string error;
+  DatabaseUrl parts;
+  engine = engine_of(target, &parts, &error);
+  if (engine == nullptr) throw Failure(kInvalidArgument, error);
+  std::unique_ptr<Connection> connection = engine->create(parts, target, &error);
+  if (connection == nullptr) throw Failure(kSqlError, error);
+  return connection;
+}
+
 void create(const std::string& url, std::string_view database) {
   std::string error;
   const Target target{url, std::string(database), "root", ""};
-  DatabaseUrl parts;
-  const Engine* engine = engine_of(target, &parts, &error);
-  if (engine == nullptr) throw Failure(kInvalidArgument, error);
-  const auto connection = engine->create(parts, target, &error);
-  if (connection == nullptr || !has_known_schema(*connection, &error)) {
-    throw Failure(kSqlError, error);
-  }
+  const Engine* engine = nullptr;
+  const auto connection = created(target, engine);
+  if (!has_known_schema(*connection, &error)) throw Failure(kSqlError, error);
   try {
     define(*connection, target.database, engine->dialect());
   } catch (const Failure& failure) {
@@ -153,6 +159,13 @@ using namespace zel_db;  // NOLINT(google-build-using-namespace): exported C fun
 int zel_db_create(const char* url, char* error, unsigned capacity) {
   return reported(error, capacity, [&] {
     for (const std::string_view database : kDatabases) create(url_or_environment(url), database);
+  });
+}
+
+int zel_db_create_fleet(const char* url, char* error, unsigned capacity) {
+  return reported(error, capacity, [&] {
+    const Engine* engine = nullptr;
+    created({url_or_environment(url), std::string(kFleetDatabase), "root", ""}, engine);
   });
 }
 

@@ -21,6 +21,7 @@ struct Dialect;
 
 inline constexpr int64_t kSchemaVersion = 3;
 inline constexpr std::array<std::string_view, 2> kDatabases = {"dmdb", "propertiesdb"};
+inline constexpr std::string_view kFleetDatabase = "fleet";  // its tables are its users'
 
 enum class Kind : uint8_t { Integer, Unsigned64, Text, Blob };
 enum class Index : uint8_t { None, Plain, Unique };

@@ -63,7 +63,8 @@ std::string_view environment_url() {
 const Engine* engine_of(const Target& target, DatabaseUrl* url, std::string* error) {
   std::optional<DatabaseUrl> parsed = parse_database_url(target.url, error);
   if (!parsed) return nullptr;
-  if (std::find(kDatabases.begin(), kDatabases.end(), target.database) == kDatabases.end()) {
+  if (std::find(kDatabases.begin(), kDatabases.end(), target.database) == kDatabases.end() &&
+      target.database != kFleetDatabase) {
     *error = "there is no database \"" + target.database + "\", only dmdb and propertiesdb";
     return nullptr;
   }

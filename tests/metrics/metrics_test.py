@@ -5,6 +5,7 @@
 import os
 import pathlib
 import re
+import sqlite3
 import subprocess
 import sys
 import time
@@ -88,6 +89,12 @@ class Metrics(Inventory):
                           for slot in range(100, 2100)))
         self.assertEqual(zeldb("metrics", "--mask", file), "")
         self.assertEqual(file.stat().st_mode & 0o777, 0o644)
+        exported = self.path / "export"
+        zeldb("export", exported)
+        with sqlite3.connect(exported) as database:
+            database.execute("UPDATE ZeldbExport SET Written='2001-09-09 01:46:40'")
+        aged = read(zeldb("metrics", "--from", exported))
+        self.assertEqual(value(aged, "zeldb_inventory_changed_timestamp_seconds"), 1e9)
         text = file.read_text()
         metrics = read(text)
         self.assertEqual(len(metrics["zeldb_part_info"]), 2000)

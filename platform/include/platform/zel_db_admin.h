@@ -17,6 +17,10 @@ extern "C" {
  * where. */
 int zel_db_create(const char* url, char* error, unsigned capacity);
 
+/* Makes the database "fleet" if it is missing: zel_db_open then opens it as the other two. Its tables are the
+ * caller's own. error as above. */
+int zel_db_create_fleet(const char* url, char* error, unsigned capacity);
+
 /* Runs the statements of the file at path, split at ";" outside quotes and comments, in the named database
  * ("dmdb" or "propertiesdb"). Stops at the first that fails: error names the file, the statement's number
  * (from 1) and the reason. */
