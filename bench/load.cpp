@@ -20,7 +20,7 @@
 #include <thread>
 #include <vector>
 
-#include "bench/works.h"
+#include "bench/records.h"
 #include "platform/zel_db.h"
 #include "platform/zel_db_admin.h"
 #include "zeldb/firmware.h"

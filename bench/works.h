@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The four works that are measured, as the library does them and as code written by hand for one engine does
-// them.
+// The works that are measured: as the library does them, as code tuned by hand for one engine does them, and
+// as somebody would write them with another library.
 #ifndef BENCH_WORKS_H
 #define BENCH_WORKS_H
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "bench/calls.h"
+#include "zeldb/pci.h"
+#include "zeldb/storage.h"
 #include "zeldb/ucm.h"
 
 namespace bench {
-
-inline constexpr unsigned kSettings = 10'000;
-inline constexpr unsigned kKeys = 1'000;
 
 // Twenty-one columns of PCISetting.
 struct ListRow {
@@ -41,33 +42,38 @@ struct ListRow {
   uint32_t Maxinstances;
 };
 
-class Works {
+class Replayer {
  public:
-  Works() = default;
-  Works(const Works&) = delete;
-  Works& operator=(const Works&) = delete;
-  virtual ~Works() = default;
+  Replayer() = default;
+  Replayer(const Replayer&) = delete;
+  Replayer& operator=(const Replayer&) = delete;
+  virtual ~Replayer() = default;
 
+  // Reads all rows of calls that the library was seen to make.
+  virtual void replay(const Calls& calls) = 0;
+};
+
+class Works : public Replayer {
+ public:
+  virtual void clear_settings() = 0;
   // Inserts the setting or updates it where it differs.
   virtual void store(const PCISetting_info& record) = 0;
   // The number of rows read into an array.
-  virtual unsigned list() = 0;
+  virtual unsigned list_settings() = 0;
+  virtual unsigned list_drives() = 0;
+  // Two columns of a row, and 27.
   virtual unsigned aim_supported(uint32_t function_key) = 0;
+  virtual unsigned device_id(uint32_t function_key) = 0;
+  // Opens the property database, reads a value, closes it.
+  virtual unsigned property() = 0;
 };
 
-std::unique_ptr<Works> library();
-std::unique_ptr<Works> hand_sqlite(const std::string& path);
-std::unique_ptr<Works> hand_mariadb(const std::string& socket);
-
-PCISetting_info setting(unsigned number);
-uint32_t function_key(unsigned number);
-
-// The texts of a read and a store: the same for both.
-std::string function_filter(uint32_t function_key);
-std::string key_filter(const PCISetting_info& record);
-std::string change_filter(const PCISetting_info& record);
-
-[[noreturn]] void give_up(const std::string& what);
+// Where the databases are: a folder for SQLite; for MariaDB the path of the server's socket, and behind a #
+// what stands before the names of the databases.
+using Factory = std::unique_ptr<Works>(const std::string& where);
+Factory library, tuned_sqlite, sqlitecpp, soci_sqlite, tuned_mariadb, soci_mariadb;
+std::unique_ptr<Replayer> replayer_sqlite(const std::string& where);
+std::unique_ptr<Replayer> replayer_mariadb(const std::string& where);
 
 }  // namespace bench
 

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "bench/hand_sql.h"
-
-#include "bench/setting_columns.h"
+#include "bench/hand.h"
 
 namespace bench {
 
