@@ -39,3 +39,5 @@ USERADD_PARAM:${PN} = "--system --user-group --no-create-home --home-dir /var/li
 
 PACKAGES =+ "${PN}-platform"
 FILES:${PN}-platform = "${libdir}/libvrel_log.so.* ${libdir}/libzel_db.so.* ${libdir}/libzel_platform.so.*"
+# The client library of MariaDB, which the first connection to a server loads.
+RRECOMMENDS:${PN}-platform += "libmysqlclient"

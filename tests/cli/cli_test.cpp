@@ -65,6 +65,18 @@ TEST_F(Cli, InitCreatesPrivateFilesAndKeepsWhatIsThere) {
   expect_error(load("INSERT INTO PCIs (FunKey) VALUES (7);"), 1, {"statement 1"});
 }
 
+// What stands before the client library in the linker's search is none.
+TEST_F(Cli, AServerNeedsItsClientLibraryAndAFileDoesNot) {
+  ASSERT_EQ(zeldb({"init"}).exit_status, 0);
+  std::ofstream(folder_ / "libmariadb.so.3") << std::flush;
+  const auto slots = [this](const std::string& url) {
+    return zeldb_test::run_program({.argv = {ZELDB_COMMAND, "slots"},
+                                    .env = {"LD_LIBRARY_PATH=" + folder_.string(), "ZEL_DB_URL=" + url}});
+  };
+  EXPECT_EQ(slots("sqlite://" + database().string()).exit_status, 0);
+  expect_error(slots("mariadb://root@localhost/"), 1, {"cannot open dmdb at localhost", "libmariadb.so.3"});
+}
+
 TEST_F(Cli, ANewerSchemaIsRefusedAndAMissingVersionIsNot) {
   ASSERT_EQ(zeldb({"init"}).exit_status, 0);
   expect_silence(load("DROP TABLE ZeldbSchema;"));

@@ -72,7 +72,7 @@ int MariadbConnection::fail(unsigned code, const char* message) {
 void MariadbConnection::report_loss(const char* reason) {
   if (!lost_) vrel_log::logWarn("zel_db: lost the connection to %s: %s", name_.c_str(), reason);
   lost_ = true;
-  const int fd = mysql_get_socket(client());
+  const int fd = api.mysql_get_socket(client());
   if (fd >= 0) shutdown(fd, SHUT_RDWR);
 }
 
@@ -97,7 +97,7 @@ bool MariadbConnection::release_oldest(const MariadbStatement* other_than) {
 // A server sends nothing unasked, except when it closes the connection.
 bool MariadbConnection::is_usable() {
   if (lost_) return false;
-  pollfd socket{mysql_get_socket(client()), POLLIN, 0};
+  pollfd socket{api.mysql_get_socket(client()), POLLIN, 0};
   if (socket.fd >= 0 && poll(&socket, 1, 0) == 0) return true;
   report_loss("the server has closed it");
   return false;
@@ -105,7 +105,7 @@ bool MariadbConnection::is_usable() {
 
 bool MariadbConnection::in_transaction() {
   unsigned status = 0;
-  mariadb_get_infov(client(), MARIADB_CONNECTION_SERVER_STATUS, &status);
+  api.mariadb_get_infov(client(), MARIADB_CONNECTION_SERVER_STATUS, &status);
   return (status & SERVER_STATUS_IN_TRANS) != 0 || (status & SERVER_STATUS_AUTOCOMMIT) == 0;
 }
 

@@ -2,18 +2,17 @@
 #ifndef ZEL_DB_MARIADB_CONNECTION_H
 #define ZEL_DB_MARIADB_CONNECTION_H
 
-#include <mysql.h>
-
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "zel_db/engine.h"
+#include "zel_db/engines/mariadb/client_library.h"
 
 namespace zel_db {
 
 struct CloseMariadb {
-  void operator()(MYSQL* client) const { mysql_close(client); }
+  void operator()(MYSQL* client) const { api.mysql_close(client); }
 };
 using MariadbClient = std::unique_ptr<MYSQL, CloseMariadb>;
 

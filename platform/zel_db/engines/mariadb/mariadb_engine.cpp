@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <mutex>
 #include <optional>
 #include <system_error>
 
@@ -75,38 +74,36 @@ std::string name_of(const DatabaseUrl& url, const DatabaseUrl::Host& host, const
 }
 
 MariadbClient new_client(bool local) {
-  static std::once_flag once;
-  std::call_once(once, [] { mysql_library_init(0, nullptr, nullptr); });
-  MariadbClient client(mysql_init(nullptr));
+  MariadbClient client(api.mysql_init(nullptr));
   if (client == nullptr) throw std::bad_alloc();
   const unsigned protocol = local ? MYSQL_PROTOCOL_SOCKET : MYSQL_PROTOCOL_TCP;
   const unsigned local_infile = 0;
-  mysql_optionsv(client.get(), MYSQL_OPT_PROTOCOL, &protocol);
-  mysql_optionsv(client.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectSeconds);
-  mysql_optionsv(client.get(), MYSQL_OPT_READ_TIMEOUT, &kAnswerSeconds);
-  mysql_optionsv(client.get(), MYSQL_OPT_WRITE_TIMEOUT, &kAnswerSeconds);
-  mysql_optionsv(client.get(), MYSQL_OPT_LOCAL_INFILE, &local_infile);
-  mysql_optionsv(client.get(), MYSQL_SET_CHARSET_NAME, "latin1");
+  api.mysql_optionsv(client.get(), MYSQL_OPT_PROTOCOL, &protocol);
+  api.mysql_optionsv(client.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectSeconds);
+  api.mysql_optionsv(client.get(), MYSQL_OPT_READ_TIMEOUT, &kAnswerSeconds);
+  api.mysql_optionsv(client.get(), MYSQL_OPT_WRITE_TIMEOUT, &kAnswerSeconds);
+  api.mysql_optionsv(client.get(), MYSQL_OPT_LOCAL_INFILE, &local_infile);
+  api.mysql_optionsv(client.get(), MYSQL_SET_CHARSET_NAME, "latin1");
   return client;
 }
 
 bool run(MYSQL* client, const std::string& sql) {
-  return mysql_real_query(client, sql.data(), static_cast<unsigned long>(sql.size())) == 0;
+  return api.mysql_real_query(client, sql.data(), static_cast<unsigned long>(sql.size())) == 0;
 }
 
 bool make_database(MYSQL* client, const std::string& name) {
   return run(client, "CREATE DATABASE IF NOT EXISTS `" + name + "`" + kCharacters) &&
-         mysql_select_db(client, name.c_str()) == 0;
+         api.mysql_select_db(client, name.c_str()) == 0;
 }
 
 void set_tls(MYSQL* client, const DatabaseUrl& url) {
   const auto file = [](const std::string& path) { return path.empty() ? nullptr : path.c_str(); };
   const my_bool on = 1;
   const my_bool verifies = url.verifies ? 1 : 0;
-  mysql_ssl_set(client, file(url.tls_key), file(url.tls_certificate), file(url.tls_authority), nullptr,
-                nullptr);
-  mysql_optionsv(client, MYSQL_OPT_SSL_ENFORCE, &on);
-  mysql_optionsv(client, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verifies);
+  api.mysql_ssl_set(client, file(url.tls_key), file(url.tls_certificate), file(url.tls_authority), nullptr,
+                    nullptr);
+  api.mysql_optionsv(client, MYSQL_OPT_SSL_ENFORCE, &on);
+  api.mysql_optionsv(client, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verifies);
 }
 
 // The first line of the file; nothing, and the reason, if it cannot be read or others may read it.
@@ -147,18 +144,20 @@ std::unique_ptr<Connection> connect(const DatabaseUrl& url, const DatabaseUrl::H
     if (!read) return nullptr;
     password = std::move(*read);
   }
+  if (!load_client_library(error)) return nullptr;
   MariadbClient client = new_client(local);
   if (url.uses_tls(host)) set_tls(client.get(), url);
   const bool connected =
-      mysql_real_connect(client.get(), host.name.c_str(), url.user.value_or(target.user).c_str(),
-                         password.c_str(), makes ? nullptr : database.c_str(), host.port,
-                         local && !url.socket.empty() ? url.socket.c_str() : nullptr,
-                         CLIENT_FOUND_ROWS) != nullptr;
+      api.mysql_real_connect(client.get(), host.name.c_str(), url.user.value_or(target.user).c_str(),
+                             password.c_str(), makes ? nullptr : database.c_str(), host.port,
+                             local && !url.socket.empty() ? url.socket.c_str() : nullptr,
+                             CLIENT_FOUND_ROWS) != nullptr;
   if (connected && run(client.get(), kSessionSettings) && (!makes || make_database(client.get(), database))) {
     return std::make_unique<MariadbConnection>(std::move(client), name_of(url, host, target));
   }
-  *error = mysql_error(client.get());
-  if (mysql_errno(client.get()) == ER_BAD_DB_ERROR) error->append(" (\"zeldb init\" makes the databases)");
+  *error = api.mysql_error(client.get());
+  if (api.mysql_errno(client.get()) == ER_BAD_DB_ERROR)
+    error->append(" (\"zeldb init\" makes the databases)");
   return nullptr;
 }
 

@@ -91,7 +91,7 @@ MariadbStatement::MariadbStatement(MariadbConnection& connection, std::string_vi
 }
 
 int MariadbStatement::fail(MYSQL_STMT* statement) {
-  return connection_.fail(mysql_stmt_errno(statement), mysql_stmt_error(statement));
+  return connection_.fail(api.mysql_stmt_errno(statement), api.mysql_stmt_error(statement));
 }
 
 // A server limits the statements of all its clients together. At the limit this connection releases one.
@@ -99,16 +99,16 @@ int MariadbStatement::prepare() {
   int status = kOk;
   unsigned code = 0;
   do {
-    std::unique_ptr<MYSQL_STMT, CloseStatement> statement(mysql_stmt_init(connection_.client()));
+    std::unique_ptr<MYSQL_STMT, CloseStatement> statement(api.mysql_stmt_init(connection_.client()));
     if (statement == nullptr) {
-      return connection_.fail(mysql_errno(connection_.client()), mysql_error(connection_.client()));
+      return connection_.fail(api.mysql_errno(connection_.client()), api.mysql_error(connection_.client()));
     }
-    if (mysql_stmt_prepare(statement.get(), sql_.data(), sql_.size()) == 0) {
-      begin_binding(mysql_stmt_param_count(statement.get()));
+    if (api.mysql_stmt_prepare(statement.get(), sql_.data(), sql_.size()) == 0) {
+      begin_binding(api.mysql_stmt_param_count(statement.get()));
       statement_ = std::move(statement);
       return kOk;
     }
-    code = mysql_stmt_errno(statement.get());
+    code = api.mysql_stmt_errno(statement.get());
     status = fail(statement.get());
   } while (code == ER_MAX_PREPARED_STMT_COUNT_REACHED && connection_.release_oldest(this));
   return status;
@@ -152,7 +152,8 @@ bool MariadbStatement::bind(std::span<const Value> values) {
     }
     if (parameter.size != 0) std::memcpy(bind.buffer, bytes.data(), bytes.size());
   }
-  is_bound_ = is_bound_ || values.empty() || mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
+  is_bound_ =
+      is_bound_ || values.empty() || api.mysql_stmt_bind_param(statement_.get(), parameters_.data()) == 0;
   return is_bound_;
 }
 
@@ -164,16 +165,16 @@ int MariadbStatement::execute(std::span<const Value> values) {
     }
     if (parameters_.size() != values.size())
       return connection_.refuse("placeholders of another kind than \"?\"");
-    if (bind(values) && mysql_stmt_execute(statement_.get()) == 0) return kOk;
-    if (again || !is_outdated(mysql_stmt_errno(statement_.get()))) return fail(statement_.get());
+    if (bind(values) && api.mysql_stmt_execute(statement_.get()) == 0) return kOk;
+    if (again || !is_outdated(api.mysql_stmt_errno(statement_.get()))) return fail(statement_.get());
     release();
   }
 }
 
 // A column's type may differ from the last run: its table was altered, or the column is a parameter.
 bool MariadbStatement::bind_columns() {
-  const std::span fields(mariadb_stmt_fetch_fields(statement_.get()),
-                         mysql_stmt_field_count(statement_.get()));
+  const std::span fields(api.mariadb_stmt_fetch_fields(statement_.get()),
+                         api.mysql_stmt_field_count(statement_.get()));
   const auto fits = [](const FetchedCell& from, const MYSQL_FIELD& field) {
     return from.type == type_of(field);
   };
@@ -203,7 +204,7 @@ bool MariadbStatement::bind_columns() {
       cell.buffer = &from.real;
     }
   }
-  if (mysql_stmt_bind_result(statement_.get(), cells.data()) != 0) return false;
+  if (api.mysql_stmt_bind_result(statement_.get(), cells.data()) != 0) return false;
   columns_ = std::move(names);
   fetched_ = std::move(fetched);
   return true;
@@ -221,7 +222,7 @@ void MariadbStatement::append_text(size_t column, Result& rows) {
   cell.buffer_type = MYSQL_TYPE_STRING;
   cell.buffer = text;
   cell.buffer_length = from.size;
-  mysql_stmt_fetch_column(statement_.get(), &cell, static_cast<unsigned>(column), 0);
+  api.mysql_stmt_fetch_column(statement_.get(), &cell, static_cast<unsigned>(column), 0);
 }
 
 void MariadbStatement::append_row(Result& rows) {
@@ -254,24 +255,24 @@ void MariadbStatement::append_row(Result& rows) {
 }
 
 int MariadbStatement::fetch(Result* rows) {
-  const auto free_result = [](MYSQL_STMT* statement) { mysql_stmt_free_result(statement); };
+  const auto free_result = [](MYSQL_STMT* statement) { api.mysql_stmt_free_result(statement); };
   const std::unique_ptr<MYSQL_STMT, decltype(free_result)> release(statement_.get());
   if (rows == nullptr) return kOk;
   if (!bind_columns()) return fail(statement_.get());
   rows->set_columns(columns_);
-  int code = mysql_stmt_fetch(statement_.get());
+  int code = api.mysql_stmt_fetch(statement_.get());
   while (code == 0 || code == MYSQL_DATA_TRUNCATED) {
     append_row(*rows);
-    code = mysql_stmt_fetch(statement_.get());
+    code = api.mysql_stmt_fetch(statement_.get());
   }
   return code == MYSQL_NO_DATA ? static_cast<int>(kOk) : fail(statement_.get());
 }
 
 int MariadbStatement::complete(Result* rows, Outcome* outcome) {
-  if (mysql_stmt_field_count(statement_.get()) != 0) return fetch(rows);
+  if (api.mysql_stmt_field_count(statement_.get()) != 0) return fetch(rows);
   if (outcome != nullptr) {
-    outcome->row_id = static_cast<int64_t>(mysql_stmt_insert_id(statement_.get()));
-    outcome->changed = static_cast<int64_t>(mysql_stmt_affected_rows(statement_.get()));
+    outcome->row_id = static_cast<int64_t>(api.mysql_stmt_insert_id(statement_.get()));
+    outcome->changed = static_cast<int64_t>(api.mysql_stmt_affected_rows(statement_.get()));
   }
   return kOk;
 }

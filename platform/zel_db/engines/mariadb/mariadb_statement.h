@@ -28,7 +28,7 @@ class MariadbStatement : public Prepared {
 
  private:
   struct CloseStatement {
-    void operator()(MYSQL_STMT* statement) const { mysql_stmt_close(statement); }
+    void operator()(MYSQL_STMT* statement) const { api.mysql_stmt_close(statement); }
   };
   // The buffer from which the client library takes a parameter.
   struct Parameter {
