@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "cli/command.h"
+#include "cli/fleet.h"
 #include "cli/text.h"
 
 namespace zeldb::cli {
@@ -92,6 +94,18 @@ CLI::Option* add_hex_pair(CLI::App& app, const std::string& name, std::optional<
                           const std::string& type, const std::string& help) {
   return add_parsed(app, name, value, parse_hex_pair, "no pair of hexadecimal numbers", help)
       ->type_name(type);
+}
+
+void add_snapshot(CLI::App& app, std::string& file) {
+  const auto take = [&file](const std::vector<std::string>& files) {
+    if (are_many(files))
+      throw WrongUse("--from: takes one file, of one machine; listings and metrics take several");
+    file = files.front();
+  };
+  app.add_option_function<std::vector<std::string>>("--from", take,
+                                                    "Read a file that zeldb export has written")
+      ->allow_extra_args(false)
+      ->type_name("FILE");
 }
 
 void require(CLI::Option* option) {

@@ -45,6 +45,8 @@ struct HexPair {
 };
 CLI::Option* add_hex_pair(CLI::App& app, const std::string& name, std::optional<HexPair>& value,
                           const std::string& type, const std::string& help);
+// --from, of one machine.
+void add_snapshot(CLI::App& app, std::string& file);
 
 void require(CLI::Option* option);
 // The first option needs the second one.

@@ -31,7 +31,7 @@ void setup_baseline(CLI::App& app) {
   require(add_text(app, "FILE", options->file, "",
                    "The file to write, readable by its owner only; - is standard output"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
-  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  add_snapshot(app, options->from);
   set_action(
       app, [options] { write_baseline(*options); }, "zeldb diff FILE tells what has become of these parts.");
 }

@@ -32,7 +32,7 @@ void setup_export(CLI::App& app) {
   require(add_text(app, "FILE", options->file, "", "The file to write, readable by its owner only"));
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
-  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  add_snapshot(app, options->from);
   set_action(
       app, [options] { write_export(*options); },
       "The file holds both databases and the files of the platform folder (ZEL_PLATFORM_DIR), in one "

@@ -7,10 +7,14 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/file.h"
+#include "cli/fleet.h"
 #include "cli/snapshot.h"
 
 namespace zeldb::cli {
@@ -20,14 +24,36 @@ namespace {
 struct Options {
   std::string file;
   std::string baseline;
-  std::string from;
+  std::vector<std::string> from{};
   bool masked = false;
 };
 
+using Baseline = std::optional<std::vector<Part>>;
+
+// Whole, or not.
+constexpr char kWhole = 'W';
+constexpr char kPart = 'P';
+
+metrics::Read read_machines(const Options& options, const Baseline& baseline) {
+  if (options.masked) throw WrongUse("--mask: takes one machine; zeldb export --mask masks each");
+  metrics::Read all;
+  const auto ask = [&baseline] {
+    const metrics::Read one = metrics::read_metrics({nullptr, baseline ? &*baseline : nullptr});
+    return (one.is_whole ? kWhole : kPart) + one.metrics.text();
+  };
+  const auto take = [&all](const Machine& machine, std::string_view answer) {
+    all.metrics.add_machine(machine.name, answer.substr(1));
+    all.is_whole &= answer.front() == kWhole;
+  };
+  if (ask_each(machines_of(options.from), ask, take) != 0) all.is_whole = false;
+  return all;
+}
+
 metrics::Read read(const Options& options) {
-  std::optional<std::vector<Part>> baseline;
+  Baseline baseline;
   if (!options.baseline.empty()) baseline = parts_of_baseline(read_file(options.baseline), options.baseline);
-  if (!options.from.empty()) use_snapshot(options.from);
+  if (are_many(options.from)) return read_machines(options, baseline);
+  if (!options.from.empty()) use_snapshot(options.from.front());
   Mask mask;
   return metrics::read_metrics({options.masked ? &mask : nullptr, baseline ? &*baseline : nullptr});
 }
@@ -60,7 +86,12 @@ void setup_metrics(CLI::App& app) {
   add_text(app, "--baseline", options->baseline, "FILE",
            "Also show the differences from a file that zeldb baseline has written");
   add_flag(app, "--mask", options->masked, kMaskHelp);
-  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  app.add_option(
+         "--from", options->from,
+         "Read a file that zeldb export has written; several of them, or a folder: all these machines, "
+         "with their names in the label machine")
+      ->allow_extra_args(false)
+      ->type_name("FILE");
   set_action(
       app, [options] { write_metrics(*options); },
       "The format is that of Prometheus and OpenMetrics; all metrics are gauges. A label has at most 64 "

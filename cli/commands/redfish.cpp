@@ -41,7 +41,7 @@ void setup_redfish(CLI::App& app) {
            "The folder to write the tree to, as redfish/v1/.../index.json; it is created if it is missing");
   add_flag(app, "--force", options->replace, "Replace the tree if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
-  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  add_snapshot(app, options->from);
   add_flag(app, "--document", options->document,
            "Print the column of each property, without writing the tree");
   set_action(

@@ -51,7 +51,7 @@ void setup_report(CLI::App& app) {
                    "The page to write, readable by its owner only; - is standard output"));
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
-  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  add_snapshot(app, options->from);
   add_text(app, "--name", options->name, "NAME",
            "The name of the machine on the page; by default that of this host, with --from that of the file, "
            "with --mask none");

@@ -182,7 +182,7 @@ void setup_show(CLI::App& app) {
       "One JSON object: listings has what each listing prints of the place, under its name in the schema");
   add_flag(app, "--wide", options->is_wide, "Do not cut texts to the width of the terminal");
   add_flag(app, "--mask", options->masked, kMaskHelp);
-  add_text(app, "--from", options->from, "FILE", "Read a file that zeldb export has written");
+  add_snapshot(app, options->from);
   set_action(
       app, [options] { show(*options); },
       "For a slot it shows the card and its health; firmware that runs, waits or has failed; network "

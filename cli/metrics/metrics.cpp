@@ -6,11 +6,15 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "cli/command.h"
 #include "cli/text.h"
 
 namespace zeldb::cli::metrics {
 
 namespace {
+
+constexpr const char* kLeftOut = "zeldb_series_left_out";
+constexpr const char* kLeftOutHelp = "Series beyond the bounds, or equal to another one.";
 
 constexpr struct {
   const char* name;
@@ -35,17 +39,20 @@ constexpr struct {
     {"zeldb_table_rows", "Rows of a table."},
     {"zeldb_schema_version", "Version of the schema of the databases."},
     {"zeldb_section_up", "1 when this section of the metrics could be read."},
+    {kLeftOut, kLeftOutHelp},
 };
-constexpr const char* kLeftOut = "zeldb_series_left_out";
-constexpr const char* kLeftOutHelp = "Series beyond the bounds, or equal to another one.";
+
+std::string escaped(const std::string& text) {
+  std::string value;
+  for (const char c : text) {
+    if (c == '\\' || c == '"') value += '\\';
+    value += c;
+  }
+  return value;
+}
 
 std::string label_value(const std::string& text) {
-  std::string escaped;
-  for (const char c : cut(printable(text, Escape::Terminal), kLongestLabel)) {
-    if (c == '\\' || c == '"') escaped += '\\';
-    escaped += c;
-  }
-  return escaped;
+  return escaped(cut(printable(text, Escape::Terminal), kLongestLabel));
 }
 
 std::string number_text(double number) {
@@ -84,6 +91,21 @@ void Metrics::add(const std::string& family, const Labels& labels, double value)
     lines.push_back(name + " " + number_text(value) + "\n");
 }
 
+void Metrics::add_machine(const std::string& machine, std::string_view text) {
+  const std::string label = "{machine=\"" + escaped(printable(machine, Escape::Terminal)) + "\"";
+  if (!known_.insert(label).second) throw Failure(machine + ": another machine has the same name");
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n') + 1);
+    text.remove_prefix(line.size());
+    if (line.starts_with('#')) continue;
+    const size_t end = line.find_first_of("{ ");
+    const std::string family(line.substr(0, end));
+    const bool has_labels = line[end] == '{';
+    series_[family].push_back(family + label + (has_labels ? "," : "}") +
+                              std::string(line.substr(has_labels ? end + 1 : end)));
+  }
+}
+
 std::string Metrics::text() const {
   std::string text;
   size_t shown = 0;
@@ -95,7 +117,8 @@ std::string Metrics::text() const {
     for (const std::string& line : family->second) text += line;
   }
   if (shown != series_.size()) throw std::logic_error("a metric without a help text");
-  text += heading(kLeftOut, kLeftOutHelp) + kLeftOut + " " + std::to_string(left_out_) + "\n";
+  if (!series_.contains(kLeftOut))
+    text += heading(kLeftOut, kLeftOutHelp) + kLeftOut + " " + std::to_string(left_out_) + "\n";
   return text + "# EOF\n";
 }
 

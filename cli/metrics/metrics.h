@@ -9,6 +9,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,8 @@ class Metrics {
   // A family that the table of families lists. Labels that are empty are left out. What is beyond the bounds,
   // or there already, is counted instead.
   void add(const std::string& family, const Labels& labels, double value);
+  // What another one has as its text, as series of this machine. The bounds held there.
+  void add_machine(const std::string& machine, std::string_view text);
   // Families in the order of their table, each with what it means.
   std::string text() const;
 
@@ -46,7 +49,7 @@ struct Sources {
 // Failure.
 struct Read {
   Metrics metrics;
-  bool is_whole;
+  bool is_whole = true;
 };
 Read read_metrics(const Sources& sources);
 

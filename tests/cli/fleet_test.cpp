@@ -80,6 +80,9 @@ TEST_P(Fleet, IsOneListing) {
   EXPECT_EQ(checked.exit_status, 3);
   EXPECT_TRUE(checked.out.starts_with("UNKNOWN: 0 critical, ")) << checked.out;
   EXPECT_NE(checked.out.find("warnings, 1 not read\nMACHINE"), std::string::npos);
+  for (const std::vector<std::string>& of_one : std::vector<std::vector<std::string>>{
+           {"show", "10"}, {"report", "-"}, {"redfish", "x"}, {"baseline", "-"}, {"export", "x"}})
+    expect_failure(zeldb({"--from", fleet_, of_one[0], of_one[1]}), 2, ": --from: takes one file, of one");
   EXPECT_TRUE(fs::is_empty(temporary_));
 }
 

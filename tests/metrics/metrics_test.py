@@ -5,6 +5,7 @@
 import os
 import pathlib
 import re
+import shutil
 import sqlite3
 import subprocess
 import sys
@@ -95,6 +96,17 @@ class Metrics(Inventory):
             database.execute("UPDATE ZeldbExport SET Written='2001-09-09 01:46:40'")
         aged = read(zeldb("metrics", "--from", exported))
         self.assertEqual(value(aged, "zeldb_inventory_changed_timestamp_seconds"), 1e9)
+        fleet = [option for name in (exported, SAMPLES / "none", self.path / 'o"ne.db') for option in ("--from", name)]
+        shutil.copy(exported, fleet[-1])
+        done = subprocess.run([sys.argv[1], "metrics", *fleet], capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1), done.stderr)
+        self.assertEqual(subprocess.run([sys.argv[3], "check", "metrics"], input=done.stdout, text=True).returncode, 0)
+        many = read(done.stdout)
+        for name, series in aged.items():
+            for labels, number in series.items():
+                for machine in "export", r"o\"ne":
+                    self.assertEqual(many[name][labels | {("machine", machine)}], number)
+            self.assertEqual(len(many[name]), 2 * len(series))
         text = file.read_text()
         metrics = read(text)
         self.assertEqual(len(metrics["zeldb_part_info"]), 2000)
