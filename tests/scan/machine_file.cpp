@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/scan/machine_file.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <numeric>
@@ -266,6 +267,17 @@ void unpack(const fs::path& file, const fs::path& root) {
   std::vector<std::string> lines;
   for (std::string line; std::getline(stream, line);) lines.push_back(line);
   Folder(root).make(lines, 0, lines.size(), {});
+}
+
+Scratch::Scratch() {
+  std::string name =
+      (fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) / "zeldb-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error(name);
+  folder = name;
+}
+
+Scratch::~Scratch() {
+  fs::remove_all(folder);
 }
 
 }  // namespace zeldb_test

@@ -27,6 +27,17 @@ namespace zeldb_test {
 // Throws std::runtime_error with the line that is wrong.
 void unpack(const std::filesystem::path& file, const std::filesystem::path& root);
 
+// A folder of its own, in memory where that is to be had: a machine has thousands of files.
+class Scratch {
+ public:
+  Scratch();
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
+  ~Scratch();
+
+  std::filesystem::path folder;
+};
+
 }  // namespace zeldb_test
 
 #endif

@@ -54,7 +54,7 @@ class Scan : public DatabaseTest {
   void SetUp() override {
     if (!ZELDB_SCANS_PCI) GTEST_SKIP() << "no libpci";
   }
-  fs::path root() const { return fs::path(database.folder()) / "machine"; }
+  fs::path root() const { return scratch_.folder / "machine"; }
   Outcome scan(std::vector<std::string> more = {}) const {
     std::vector<std::string> arguments{"scan", "--root", root().string()};
     arguments.insert(arguments.end(), more.begin(), more.end());
@@ -114,6 +114,9 @@ class Scan : public DatabaseTest {
               database.text(std::string("SELECT * FROM ") + table + " ORDER BY _id") + "\n";
     return text;
   }
+
+ private:
+  Scratch scratch_;
 };
 
 TEST_P(Scan, ShowsAServer) {
