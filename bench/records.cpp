@@ -134,6 +134,9 @@ std::vector<std::string> adapter_rows(unsigned count) {
              "16",
              "4",
              "4"}));
+    rows.push_back(
+        row("VPDs (HardwareId,HardwareTypeId,Location,SlotNo,ProductName,Manufacture,SerialNo,PartNo)",
+            {key, "3", "1", slot, "'Ethernet adapter'", "'Maker'", quoted("SN" + key), "'01PE123'"}));
     if (i < 250) {
       rows.push_back(row("NCSIPackageID (Location,SlotNo,Type,PackageID1,PackageID2)",
                          {"1", slot, "1", std::to_string(i % 8), "255"}));
