@@ -6,6 +6,7 @@ What a row costs where there are 1,000, 10,000 or 100,000 of them, on SQLite: in
 allocations, and KiB of memory for all of them. What costs more than 1.1 times as much as with the fewest has a mark."""
 import sys
 
+sys.dont_write_bytecode = True
 from counting import Scene
 
 # The words for a work of so many rows.
