@@ -54,6 +54,7 @@ void add_function(const fs::path& sys, int nth) {
     write(sys / "class/nvme" / name / file, text + "\n");
   fs::create_directories(sys / "block" / (name + "n1"));
   write(sys / "block" / (name + "n1") / "size", "7501476528\n");
+  fs::create_directory_symlink(sys / "class/nvme" / name, sys / "block" / (name + "n1") / "device");
 }
 
 void make_machine(const fs::path& root) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <map>
 
 #include "db/tables.h"
 #include "scan/drive_answers.h"
@@ -23,7 +24,7 @@ constexpr const char* kNvme = "3";
 
 struct Drive {
   std::string key;
-  const char* type;
+  const char* type = kSata;
   std::optional<std::string> model, serial, maker, firmware, unique_id;
   std::optional<uint64_t> bytes;
   std::optional<uint64_t> medium;  // 1: solid state; else revolutions per minute
@@ -36,15 +37,26 @@ void add_health(const Drive& drive, Row& row) {
   constexpr uint64_t kTold = 31;  // the value of drives that report all of these
   constexpr uint64_t kToleratedDegrees = 2;
   const auto& health = drive.health;
-  row.cells.push_back({"Warning", health ? Value(uint64_t{health->warning}) : Value(Kept())});
+  row.add("Warning", health ? Value(uint64_t{health->warning}) : Value(Kept()));
   row.cells.push_back(
       {"Temperature", health ? Value(Near{health->celsius, kToleratedDegrees}) : Value(Kept())});
-  row.cells.push_back({"RemainLife", health ? Value(uint64_t{health->life_left}) : Value(Kept())});
-  row.cells.push_back({"InfoMask", health ? Value(kTold) : Value(Kept())});
+  row.add("RemainLife", health ? Value(uint64_t{health->life_left}) : Value(Kept()));
+  row.add("InfoMask", health ? Value(kTold) : Value(Kept()));
+}
+
+Value medium_value(const Drive& drive) {
+  if (!drive.medium) return {};
+  return std::to_string(*drive.medium);
+}
+
+Value capacity_value(const Drive& drive, bool has_all_blocks) {
+  if (!has_all_blocks) return Kept();
+  if (!drive.bytes) return {};
+  return capacity_text(*drive.bytes);
 }
 
 Row row_of(const Drive& drive, const Functions* functions, bool has_all_blocks) {
-  Row row{tables::kDisks, kDrives, drive.key, {"SerialNo", "Model"}, {}};
+  Row row(tables::kDisks, kDrives, drive.key, {"SerialNo", "Model"});
   Value key = functions != nullptr ? Value() : Value(Kept());
   Value number = key;
   Value location = key;
@@ -59,23 +71,19 @@ Row row_of(const Drive& drive, const Functions* functions, bool has_all_blocks) 
       place = "Slot " + std::to_string(*function.placement.slot);
     }
   }
-  row.cells = {
-      {"PCIFuncKey", key},
-      {"BayNo", number},
-      {"LocationId", location},
-      {"Location", place},
-      {"DriveTypeId", std::string(drive.type)},
-      {"MediaTypeId", drive.medium ? Value(std::to_string(*drive.medium)) : Value()},
-      {"SerialNo", value_of(drive.serial)},
-      {"Model", value_of(drive.model)},
-      {"UUID", value_of(drive.unique_id)},
-      {"Manufacture", value_of(drive.maker)},
-      {"FwVersion", value_of(drive.firmware)},
-      {"Capacity", !has_all_blocks ? Value(Kept())
-                   : drive.bytes   ? Value(capacity_text(*drive.bytes))
-                                   : Value()},
-      {"Presence", uint64_t{1}},
-  };
+  row.add("PCIFuncKey", key);
+  row.add("BayNo", number);
+  row.add("LocationId", location);
+  row.add("Location", place);
+  row.add("DriveTypeId", std::string(drive.type));
+  row.add("MediaTypeId", medium_value(drive));
+  row.add("SerialNo", value_of(drive.serial));
+  row.add("Model", value_of(drive.model));
+  row.add("UUID", value_of(drive.unique_id));
+  row.add("Manufacture", value_of(drive.maker));
+  row.add("FwVersion", value_of(drive.firmware));
+  row.add("Capacity", capacity_value(drive, has_all_blocks));
+  row.add("Presence", uint64_t{1});
   add_health(drive, row);
   return row;
 }
@@ -87,15 +95,17 @@ std::optional<uint64_t> size_of(const Machine& machine, const std::string& block
   return *sectors * kSector;
 }
 
-// All name spaces of a controller together.
-std::optional<uint64_t> size_of_controller(const Machine& machine, const std::string& controller,
-                                           const std::vector<std::string>& blocks) {
-  std::optional<uint64_t> total;
+// By controller, all of its name spaces together. The number in the name of one is not always the
+// controller's: where a drive may have several paths, it is the subsystem's.
+std::map<std::string, uint64_t> sizes_of_controllers(const Machine& machine,
+                                                     const std::vector<std::string>& blocks) {
+  std::map<std::string, uint64_t> sizes;
   for (const std::string& block : blocks) {
-    if (!block.starts_with(controller + "n")) continue;
-    if (const auto bytes = size_of(machine, block)) total = total.value_or(0) + *bytes;
+    const auto controller = machine.target("sys/block/" + block + "/device");
+    const auto bytes = size_of(machine, block);
+    if (controller && bytes) sizes[controller->substr(controller->rfind('/') + 1)] += *bytes;
   }
-  return total;
+  return sizes;
 }
 
 // Reports the first trouble only: a user who may not ask one drive may not ask the others.
@@ -103,26 +113,27 @@ void add_nvme(const Machine& machine, const std::vector<std::string>& blocks, st
               Findings& findings) {
   bool is_told = false;
   const std::string folder = "sys/class/nvme/";
+  const auto sizes = sizes_of_controllers(machine, blocks);
   for (const std::string& name : machine.names(folder)) {
     const std::string own = folder + name + "/";
     if (machine.text(own + "transport") != "pcie") continue;
-    Drive drive{.key = {},
-                .type = kNvme,
-                .model = machine.text(own + "model"),
-                .serial = machine.text(own + "serial"),
-                .maker = {},
-                .firmware = machine.text(own + "firmware_rev"),
-                .unique_id = {},
-                .bytes = size_of_controller(machine, name, blocks),
-                .medium = 1,
-                .function = {}};
+    Drive drive;
+    drive.type = kNvme;
+    drive.model = machine.text(own + "model");
+    drive.serial = machine.text(own + "serial");
+    drive.firmware = machine.text(own + "firmware_rev");
+    if (const auto size = sizes.find(name); size != sizes.end()) drive.bytes = size->second;
+    drive.medium = 1;
     const auto address = machine.text(own + "address");
     if (address) drive.function = address_of(*address);
     drive.key = drive.serial.value_or(address.value_or(name));
-    const NvmeAnswer answer = machine.is_running_system() ? ask_nvme(name) : NvmeAnswer();
+    NvmeAnswer answer;
+    if (machine.is_running_system()) answer = ask_nvme(name);
     drive.health = answer.health;
-    if (answer.trouble && !is_told) findings.troubles.push_back("health of drives: " + *answer.trouble);
-    is_told = is_told || answer.trouble;
+    if (answer.trouble) {
+      if (!is_told) findings.troubles.push_back("health of drives: " + *answer.trouble);
+      is_told = true;
+    }
     drives.push_back(std::move(drive));
   }
 }
@@ -155,19 +166,18 @@ const char* type_of(const std::string& path, const std::optional<std::string>& v
 
 // The whole of a model that SCSI cut, and values that sys lacks.
 void complete(Drive& drive, const UdevAnswer& answer) {
-  if (answer.model) {
-    const Value model = text_value(*answer.model);
-    const auto* const text = std::get_if<std::string>(&model);
-    if (text != nullptr && text->size() > drive.model.value_or("").size()) drive.model = *text;
-  }
+  const size_t length = drive.model ? drive.model->size() : 0;
+  const Value model = value_of(answer.model);
+  const auto* const text = std::get_if<std::string>(&model);
+  if (text != nullptr && text->size() > length) drive.model = *text;
   if (!drive.serial) drive.serial = answer.serial;
   if (!drive.firmware) drive.firmware = answer.firmware;
   if (!drive.unique_id) drive.unique_id = answer.unique_id;
   uint64_t rate = 0;
   if (drive.medium || !answer.rotation_rate) return;
-  const std::string& text = *answer.rotation_rate;
-  const auto read = std::from_chars(text.data(), text.data() + text.size(), rate);
-  if (read.ec == std::errc() && rate >= kSlowest && rate <= kFastest) drive.medium = rate;
+  const std::string& digits = *answer.rotation_rate;
+  std::from_chars(digits.data(), digits.data() + digits.size(), rate);
+  if (rate >= kSlowest && rate <= kFastest) drive.medium = rate;
 }
 
 void add_scsi(const Machine& machine, const std::vector<std::string>& blocks, std::vector<Drive>& drives) {
@@ -176,21 +186,22 @@ void add_scsi(const Machine& machine, const std::vector<std::string>& blocks, st
     const std::string own = "sys/block/" + block + "/";
     const std::string device = own + "device/";
     const auto path = machine.target(own + "device");
-    if (!path || machine.number(device + "type") != kDisk) continue;
+    if (!path) continue;
+    if (machine.number(device + "type") != kDisk) continue;
     if (machine.number(own + "removable") == uint64_t{1}) continue;
     const auto vendor = machine.text(device + "vendor");
     const char* const type = type_of(*path, vendor);
     if (type == nullptr) continue;
-    Drive drive{.key = {},
-                .type = type,
-                .model = machine.text(device + "model"),
-                .serial = page_of(machine, device + "vpd_pg80"),
-                .maker = vendor == "ATA" ? std::nullopt : vendor,
-                .firmware = machine.text(device + "rev"),
-                .unique_id = machine.text(device + "wwid"),
-                .bytes = size_of(machine, block),
-                .medium = medium_of(machine, block),
-                .function = function_on_path(*path)};
+    Drive drive;
+    drive.type = type;
+    drive.model = machine.text(device + "model");
+    drive.serial = page_of(machine, device + "vpd_pg80");
+    if (vendor != "ATA") drive.maker = vendor;
+    drive.firmware = machine.text(device + "rev");
+    drive.unique_id = machine.text(device + "wwid");
+    drive.bytes = size_of(machine, block);
+    drive.medium = medium_of(machine, block);
+    drive.function = function_on_path(*path);
     if (machine.is_running_system()) complete(drive, ask_udev(block));
     drive.key = drive.serial.value_or(drive.unique_id.value_or(path->substr(path->rfind('/') + 1)));
     drives.push_back(std::move(drive));
@@ -214,9 +225,8 @@ void read_drives(const Machine& machine, const Functions* functions, Findings& f
   const std::vector<std::string> blocks = machine.names("sys/block");
   const auto blocks_trouble = machine.trouble_in("sys/block");
   const auto controllers_trouble = machine.trouble_in("sys/class/nvme");
-  for (const auto& trouble : {blocks_trouble, controllers_trouble}) {
-    if (trouble) findings.troubles.push_back("drives: " + *trouble);
-  }
+  if (blocks_trouble) findings.troubles.push_back("drives: " + *blocks_trouble);
+  if (controllers_trouble) findings.troubles.push_back("drives: " + *controllers_trouble);
   const bool has_all_blocks = !blocks_trouble;
   std::vector<Drive> drives;
   add_nvme(machine, blocks, drives, findings);
@@ -225,10 +235,13 @@ void read_drives(const Machine& machine, const Functions* functions, Findings& f
   for (Drive& drive : drives) {
     // A drive with two paths is one drive; drives without a serial number that look alike are not.
     const Value clean = text_value(drive.key, 64);
-    drive.key = std::holds_alternative<std::string>(clean) ? std::get<std::string>(clean) : "";
+    const auto* const text = std::get_if<std::string>(&clean);
+    drive.key.clear();
+    if (text != nullptr) drive.key = *text;
     if (keys.insert(drive.key).second) findings.rows.push_back(row_of(drive, functions, has_all_blocks));
   }
-  if (has_all_blocks && !controllers_trouble) findings.complete.insert(kDrives);
+  if (blocks_trouble || controllers_trouble) return;
+  findings.complete.insert(kDrives);
 }
 
 }  // namespace zeldb::scan

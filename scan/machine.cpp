@@ -29,12 +29,11 @@ struct File {
       : descriptor(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)) {}
   File(const File&) = delete;
   File& operator=(const File&) = delete;
-  ~File() {
-    if (descriptor >= 0) close(descriptor);
-  }
+  ~File() { close(descriptor); }
   bool is_regular() const {
-    struct stat status = {};
-    return descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    struct stat status = {};  // as it stays where there is none
+    fstat(descriptor, &status);
+    return S_ISREG(status.st_mode);
   }
 
   int descriptor;
@@ -51,7 +50,8 @@ Machine::Machine(const std::string& root) {
 
 std::optional<std::string> Machine::real(const std::string& path) const {
   auto found = resolved(this->path(path));
-  if (!found || (*found != root_ && !found->starts_with(root_ + "/"))) return std::nullopt;
+  if (!found || !found->starts_with(root_)) return std::nullopt;
+  if (found->size() > root_.size() && (*found)[root_.size()] != '/') return std::nullopt;
   return found;
 }
 
@@ -64,7 +64,6 @@ std::optional<std::string> Machine::bytes(const std::string& path, size_t limit)
   char block[4096];
   while (content.size() < limit) {
     const ssize_t count = read(file.descriptor, block, std::min(sizeof(block), limit - content.size()));
-    if (count < 0 && errno == EINTR) continue;
     if (count < 0) return std::nullopt;
     if (count == 0) break;
     content.append(block, static_cast<size_t>(count));
@@ -76,7 +75,8 @@ std::optional<std::string> Machine::text(const std::string& path) const {
   auto content = bytes(path);
   if (!content) return std::nullopt;
   content->erase(content->find_last_not_of(std::string(" \t\r\n\0", 5)) + 1);
-  return content->empty() ? std::nullopt : content;
+  if (content->empty()) content.reset();
+  return content;
 }
 
 std::optional<uint64_t> Machine::number(const std::string& path) const {
@@ -92,14 +92,13 @@ std::optional<uint64_t> Machine::number(const std::string& path) const {
 }
 
 std::vector<std::string> Machine::names(const std::string& folder) const {
-  constexpr size_t kMost = 65536;
   std::vector<std::string> found;
   const auto real_folder = real(folder);
   if (!real_folder) return found;
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(real_folder->c_str()), closedir);
   if (stream == nullptr) return found;
   while (const dirent* const entry = readdir(stream.get())) {
-    if (entry->d_name[0] != '.' && found.size() < kMost) found.emplace_back(entry->d_name);
+    if (entry->d_name[0] != '.') found.emplace_back(entry->d_name);
   }
   std::sort(found.begin(), found.end());
   return found;
@@ -113,7 +112,8 @@ std::optional<std::string> Machine::target(const std::string& path) const {
 
 std::optional<std::string> Machine::trouble(const std::string& path) const {
   if (!resolved(this->path(path))) {
-    return errno == ENOENT || errno == ENOTDIR ? std::nullopt : std::optional<std::string>(strerror(errno));
+    if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+    return std::strerror(errno);
   }
   const auto found = real(path);
   if (!found) return "leads out of the folder";
@@ -133,7 +133,8 @@ std::optional<std::string> Machine::trouble_in(const std::string& folder) const 
 bool Machine::leads_outside(const std::string& folder) const {
   if (is_running_system()) return false;
   const auto is_outside = [this](const std::string& path) {
-    return resolved(this->path(path)).has_value() && !has(path);
+    const bool is_there = resolved(this->path(path)).has_value();
+    return is_there && !has(path);
   };
   if (is_outside(folder)) return true;
   const std::vector<std::string> entries = names(folder);

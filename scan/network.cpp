@@ -19,8 +19,12 @@ namespace zeldb::scan {
 
 namespace {
 
+constexpr struct Technology {
+  uint64_t type;
+  const char* technology;
+  uint64_t protocol;
+} kTechnologies[] = {{1, "2", 6}, {32, "3", 199}};  // Ethernet, InfiniBand
 constexpr uint64_t kEthernet = 1;
-constexpr uint64_t kInfiniBand = 32;
 
 struct Interface {
   std::string name;
@@ -35,9 +39,7 @@ class Ethtool {
   Ethtool() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
   Ethtool(const Ethtool&) = delete;
   Ethtool& operator=(const Ethtool&) = delete;
-  ~Ethtool() {
-    if (socket_ >= 0) close(socket_);
-  }
+  ~Ethtool() { close(socket_); }
 
   std::optional<std::string> firmware(const std::string& name) const {
     ethtool_drvinfo info = {};
@@ -68,7 +70,7 @@ class Ethtool {
  private:
   bool ask(const std::string& name, void* question) const {
     ifreq request = {};
-    if (socket_ < 0 || name.size() >= sizeof(request.ifr_name)) return false;
+    if (name.size() >= sizeof(request.ifr_name)) return false;
     std::memcpy(request.ifr_name, name.c_str(), name.size());
     request.ifr_data = static_cast<char*>(question);
     return ioctl(socket_, SIOCETHTOOL, &request) == 0;
@@ -101,23 +103,24 @@ std::string key_of(const Address& address, const Interface& interface) {
 Row logical_port(const Machine& machine, const Address& address, const Function& function,
                  const Interface& interface, const std::optional<std::string>& permanent) {
   const auto type = machine.number(interface.folder + "type");
-  Row row{tables::kLogicalPorts, kNetwork, key_of(address, interface), {"PCIFuncKey", "Idx"}, {}};
-  row.cells = {
-      {"PCIKey", value_of(adapter_key(function.placement))},
-      {"PCIFuncKey", uint64_t{function.key}},
-      {"MaxDataSize", value_of(machine.number(interface.folder + "mtu"))},
-      {"PermanentAddress", value_of(permanent)},
-      {"NetworkAddresses", value_of(upper(machine.text(interface.folder + "address")))},
-      {"PhyIdx", interface.is_virtual_function ? Value() : Value(interface.port + 1)},
-      {"Idx", interface.port + 1},
-      {"LinkTechnology", type == kEthernet     ? Value(std::string("2"))
-                         : type == kInfiniBand ? Value(std::string("3"))
-                                               : Value()},
-      {"ProtocolType", type == kEthernet     ? Value(uint64_t{6})
-                       : type == kInfiniBand ? Value(uint64_t{199})
-                                             : Value()},
-      {"Ethernet", type == kEthernet ? Value(uint64_t{1}) : Value()},
-  };
+  Value technology;
+  Value protocol;
+  for (const Technology& one : kTechnologies) {
+    if (type != one.type) continue;
+    technology = std::string(one.technology);
+    protocol = one.protocol;
+  }
+  Row row(tables::kLogicalPorts, kNetwork, key_of(address, interface), {"PCIFuncKey", "Idx"});
+  row.add("PCIKey", value_of(adapter_key(function.placement)));
+  row.add("PCIFuncKey", uint64_t{function.key});
+  row.add("MaxDataSize", value_of(machine.number(interface.folder + "mtu")));
+  row.add("PermanentAddress", value_of(permanent));
+  row.add("NetworkAddresses", value_of(upper(machine.text(interface.folder + "address"))));
+  row.add("PhyIdx", interface.is_virtual_function ? Value() : Value(interface.port + 1));
+  row.add("Idx", interface.port + 1);
+  row.add("LinkTechnology", technology);
+  row.add("ProtocolType", protocol);
+  row.add("Ethernet", type == kEthernet ? Value(uint64_t{1}) : Value());
   return row;
 }
 
@@ -134,17 +137,17 @@ void add_physical_port(const Machine& machine, const Address& address, const Fun
   const uint64_t number = interface.port + 1;
   auto speed = machine.number(interface.folder + "speed");  // -1: not known
   if (speed == uint64_t{0} || speed > uint64_t{0x7FFFFFFF}) speed.reset();
-  Row port{tables::kPhysicalPorts, kNetwork, key_of(address, interface), {"PCIFuncKey", "Idx"}, {}};
-  port.cells = {{"PCIFuncKey", uint64_t{function.key}},
-                {"Idx", number},
-                {"NumberofLogicalPorts", uint64_t{1}},
-                {"PermanentAddress", value_of(permanent)}};
+  Row port(tables::kPhysicalPorts, kNetwork, key_of(address, interface), {"PCIFuncKey", "Idx"});
+  port.add("PCIFuncKey", uint64_t{function.key});
+  port.add("Idx", number);
+  port.add("NumberofLogicalPorts", uint64_t{1});
+  port.add("PermanentAddress", value_of(permanent));
   rows.push_back(std::move(port));
-  Row state{tables::kPortStatistics, kNetwork, key_of(address, interface), {"PCIFuncKey", "Idx"}, {}};
-  state.cells = {{"PCIFuncKey", uint64_t{function.key}},
-                 {"Idx", number},
-                 {"LinkStatus", value_of(link_status(machine, interface))},
-                 {"LinkSpeed", value_of(speed)}};
+  Row state(tables::kPortStatistics, kNetwork, key_of(address, interface), {"PCIFuncKey", "Idx"});
+  state.add("PCIFuncKey", uint64_t{function.key});
+  state.add("Idx", number);
+  state.add("LinkStatus", value_of(link_status(machine, interface)));
+  state.add("LinkSpeed", value_of(speed));
   rows.push_back(std::move(state));
 }
 
@@ -153,11 +156,11 @@ void add_firmware(const Ethtool& ethtool, const Address& address, const Function
   const auto version = ethtool.firmware(interface.name);
   const Value text = value_of(version);
   if (std::holds_alternative<std::monostate>(text) || version == "N/A") return;
-  Row row{tables::kImages, kFirmware, text_of(address), {"HardwareId", "HardwareTypeId"}, {}};
-  row.cells = {{"HardwareId", uint64_t{function.key}},
-               {"HardwareTypeId", uint64_t{3}},
-               {"Classification", std::string("10")},
-               {"VersionString", text}};
+  Row row(tables::kImages, kFirmware, text_of(address), {"HardwareId", "HardwareTypeId"});
+  row.add("HardwareId", uint64_t{function.key});
+  row.add("HardwareTypeId", uint64_t{3});
+  row.add("Classification", std::string("10"));
+  row.add("VersionString", text);
   rows.push_back(std::move(row));
 }
 
@@ -196,10 +199,10 @@ void read_network(const Machine& machine, const Functions& functions, Findings& 
     const auto ports = std::count_if(interfaces.begin(), interfaces.end(),
                                      [](const Interface& one) { return !one.is_virtual_function; });
     if (ports > 0) {
-      Row row{tables::kNetwork, kNetwork, text_of(address), {"PCIFuncKey"}, {}};
-      row.cells = {{"PCIKey", value_of(adapter_key(function.placement))},
-                   {"PCIFuncKey", uint64_t{function.key}},
-                   {"NumberofPhysicalPorts", static_cast<uint64_t>(ports)}};
+      Row row(tables::kNetwork, kNetwork, text_of(address), {"PCIFuncKey"});
+      row.add("PCIKey", value_of(adapter_key(function.placement)));
+      row.add("PCIFuncKey", uint64_t{function.key});
+      row.add("NumberofPhysicalPorts", static_cast<uint64_t>(ports));
       findings.rows.push_back(std::move(row));
     }
     for (const Interface& interface : interfaces) {

@@ -28,11 +28,12 @@ std::optional<Address> address_of(std::string_view text) {
   for (const auto& part : parts) {
     const auto [stop, error] = std::from_chars(at, end, *part.number, 16);
     if (error != std::errc() || *part.number > part.most) return std::nullopt;
-    if (part.after == '\0') return stop == end ? std::optional(address) : std::nullopt;
-    if (stop == end || *stop != part.after) return std::nullopt;
-    at = stop + 1;
+    at = stop;
+    if (part.after == '\0') continue;
+    if (at == end || *at != part.after) return std::nullopt;
+    ++at;
   }
-  return std::nullopt;
+  return at == end ? std::optional(address) : std::nullopt;
 }
 
 std::optional<Address> function_on_path(const std::string& path) {

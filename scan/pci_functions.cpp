@@ -136,12 +136,10 @@ Link link_of(const Machine& machine, bool is_dump, pci_dev* device) {
     const auto at = static_cast<int>(express->addr);
     const unsigned able = pci_read_long(device, at + PCI_EXP_LNKCAP);
     const unsigned now = pci_read_word(device, at + PCI_EXP_LNKSTA);
-    if (able != 0 && able != 0xFFFFFFFF) {
-      link.most_lanes = known(able >> 4U & 0x3FU, kMostLanes);
-      link.highest_generation = known(able & 0xFU, kMostGeneration);
-      link.lanes = known(now >> 4U & 0x3FU, kMostLanes);
-      link.generation = known(now & 0xFU, kMostGeneration);
-    }
+    link.most_lanes = known(able >> 4U & 0x3FU, kMostLanes);
+    link.highest_generation = known(able & 0xFU, kMostGeneration);
+    link.lanes = known(now >> 4U & 0x3FU, kMostLanes);
+    link.generation = known(now & 0xFU, kMostGeneration);
   }
   if (is_dump) return link;
   // For users who may not read all of the configuration.
@@ -172,7 +170,7 @@ std::optional<unsigned> slot_of_port(pci_dev* port) {
 bool hides_capabilities(pci_dev* device) {
   constexpr unsigned kUnreadable = 0xFF;
   const unsigned first = pci_read_byte(device, PCI_CAPABILITY_LIST);
-  return (pci_read_word(device, PCI_STATUS) & PCI_STATUS_CAP_LIST) != 0 && first >= 0x40 &&
+  return (pci_read_word(device, PCI_STATUS) & PCI_STATUS_CAP_LIST) != 0 &&
          pci_read_byte(device, static_cast<int>(first)) == kUnreadable;
 }
 
@@ -201,8 +199,7 @@ class Places {
     }
     // A slot may hold a bridge with functions below it. The table of slots is trusted most.
     std::vector<Address> path;
-    for (std::optional<Address> at = address; at && path.size() < kDeepest; at = bridge_above(*at))
-      path.push_back(*at);
+    for (std::optional<Address> at = address; at; at = bridge_above(*at)) path.push_back(*at);
     for (const Address& at : path) {
       if (const Slot* const slot = slot_with(at, address)) return placement_of(*slot);
     }
@@ -224,11 +221,9 @@ class Places {
   const std::optional<Address>& hidden() const { return hidden_; }
 
  private:
-  static constexpr size_t kDeepest = 32;
-
   static std::optional<unsigned> number_of(const std::string& name) {
     constexpr size_t kDigits = 5;
-    if (name.empty() || name.size() > kDigits || name.find_first_not_of("0123456789") != std::string::npos)
+    if (name.size() > kDigits || name.find_first_not_of("0123456789") != std::string::npos)
       return std::nullopt;
     return static_cast<unsigned>(std::stoul(name));
   }
@@ -236,11 +231,9 @@ class Places {
   // The table names what is in the slot, or the port above it: a port on the root bus is not in the slot.
   const Slot* slot_with(const Address& at, const Address& asked) const {
     for (const Slot& slot : question_.slots) {
-      if (slot.segment != at.segment || slot.bus != at.bus || slot.device != at.device || !slot.number)
-        continue;
-      const auto device = devices_.find(at);
-      const bool is_root_port =
-          !bridge_above(at) && device != devices_.end() && base_class(*device->second) == kBridge;
+      if (slot.segment != at.segment || slot.bus != at.bus || slot.device != at.device) continue;
+      const bool is_on_root = !bridge_above(at);
+      const bool is_root_port = is_on_root && base_class(*devices_.at(at)) == kBridge;
       if (!is_root_port || at != asked) return &slot;
     }
     return nullptr;
@@ -295,6 +288,15 @@ Value function_type(const pci_dev& device, const Placement& placement) {
   }
 }
 
+void add_place(Row& row, const Address& address, const Placement& place) {
+  row.add("SlotNo", value_of(place.slot));
+  row.add("SegNo", uint64_t{address.segment});
+  row.add("BusNo", uint64_t{address.bus});
+  row.add("DeviceNo", uint64_t{address.device});
+  row.add("FunctionNo", uint64_t{address.function});
+  row.add("Location", uint64_t{place.location});
+}
+
 Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Function& function,
                  const std::optional<Address>& bridge) {
   const Address address = address_of_device(*device);
@@ -305,37 +307,30 @@ Row function_row(const Machine& machine, bool is_dump, pci_dev* device, const Fu
   const auto subsystem = [&](int at) {
     return has_subsystem ? Value(uint64_t{pci_read_word(device, at)}) : Value();
   };
-  Row row{tables::kFunctions, kPci, text_of(address), {"FunKey"}, {}};
-  row.cells = {
-      {"FunKey", uint64_t{function.key}},
-      {"DevKey", value_of(adapter_key(place))},
-      {"NodeIndex", device->numa_node >= 0 ? Value(static_cast<uint64_t>(device->numa_node)) : Value()},
-      {"SlotNo", value_of(place.slot)},
-      {"SegNo", uint64_t{address.segment}},
-      {"BusNo", uint64_t{address.bus}},
-      {"DeviceNo", uint64_t{address.device}},
-      {"FunctionNo", uint64_t{address.function}},
-      {"Location", uint64_t{place.location}},
-      {"VendorId", uint64_t{device->vendor_id}},
-      {"DeviceId", uint64_t{device->device_id}},
-      {"SubVendorId", subsystem(PCI_SUBSYSTEM_VENDOR_ID)},
-      {"SubDeviceId", subsystem(PCI_SUBSYSTEM_ID)},
-      {"ClsCode", uint64_t{device->device_class} << 8U | pci_read_byte(device, PCI_CLASS_PROG)},
-      {"RevId", uint64_t{pci_read_byte(device, PCI_REVISION_ID)}},
-      {"BridgeId",
-       bridge ? Value(uint64_t{bridge->bus} << 8U | bridge->device << 3U | bridge->function) : Value()},
-      {"SlotType", place.type},
-      {"SlotDataBusWidth", place.width},
-      {"Hotplug", place.hotplug},
-      {"FunType", function_type(*device, place)},
-      {"LanesInUse", value_of(link.lanes)},
-      {"MaxLanes", value_of(link.most_lanes)},
-      {"MaxPCIeType", value_of(link.highest_generation)},
-      {"PCIeType", value_of(link.generation)},
-      {"HardwareId", uint64_t{function.key}},
-      {"HardwareTypeId", uint64_t{3}},
-      {"SlotDesignation", place.designation},
-  };
+  Row row(tables::kFunctions, kPci, text_of(address), {"FunKey"});
+  row.add("FunKey", uint64_t{function.key});
+  row.add("DevKey", value_of(adapter_key(place)));
+  row.add("NodeIndex", device->numa_node >= 0 ? Value(static_cast<uint64_t>(device->numa_node)) : Value());
+  add_place(row, address, place);
+  row.add("VendorId", uint64_t{device->vendor_id});
+  row.add("DeviceId", uint64_t{device->device_id});
+  row.add("SubVendorId", subsystem(PCI_SUBSYSTEM_VENDOR_ID));
+  row.add("SubDeviceId", subsystem(PCI_SUBSYSTEM_ID));
+  row.add("ClsCode", uint64_t{device->device_class} << 8U | pci_read_byte(device, PCI_CLASS_PROG));
+  row.add("RevId", uint64_t{pci_read_byte(device, PCI_REVISION_ID)});
+  row.add("BridgeId",
+          bridge ? Value(uint64_t{bridge->bus} << 8U | bridge->device << 3U | bridge->function) : Value());
+  row.add("SlotType", place.type);
+  row.add("SlotDataBusWidth", place.width);
+  row.add("Hotplug", place.hotplug);
+  row.add("FunType", function_type(*device, place));
+  row.add("LanesInUse", value_of(link.lanes));
+  row.add("MaxLanes", value_of(link.most_lanes));
+  row.add("MaxPCIeType", value_of(link.highest_generation));
+  row.add("PCIeType", value_of(link.generation));
+  row.add("HardwareId", uint64_t{function.key});
+  row.add("HardwareTypeId", uint64_t{3});
+  row.add("SlotDesignation", place.designation);
   return row;
 }
 
@@ -366,51 +361,44 @@ Row adapter_row(const Machine& machine, pci_access* access, bool is_dump, pci_de
                 const Function& function) {
   const Address address = address_of_device(*device);
   const Placement& place = function.placement;
-  Row row{tables::kAdapters, kPci, text_of(address), {"PCIFuncKey"}, {}};
-  row.cells = {
-      {"PCIKey", value_of(adapter_key(place))},
-      {"PCIFuncKey", uint64_t{function.key}},
-      // The list of adapters omits those without a node, so a machine that gives none gets one node.
-      {"NodeNo", static_cast<uint64_t>(std::max(device->numa_node, 0))},
-      {"SlotNo", value_of(place.slot)},
-      {"SegNo", uint64_t{address.segment}},
-      {"BusNo", uint64_t{address.bus}},
-      {"DeviceNo", uint64_t{address.device}},
-      {"FunctionNo", uint64_t{address.function}},
-      {"Location", uint64_t{place.location}},
-      {"AIMSupported", uint64_t{0}},
-      {"HealthStatus", is_dump ? Value(Kept()) : health_of(machine, address)},
-      {"ConnectorType", Value()},
-      {"CardName", access != nullptr ? name_of(access, *device) : Value(Kept())},
-  };
-  if (const auto* const type = std::get_if<uint64_t>(&place.type); type != nullptr && place.location != 0)
+  Row row(tables::kAdapters, kPci, text_of(address), {"PCIFuncKey"});
+  row.add("PCIKey", value_of(adapter_key(place)));
+  row.add("PCIFuncKey", uint64_t{function.key});
+  // The list of adapters omits those without a node, so a machine that gives none gets one node.
+  row.add("NodeNo", static_cast<uint64_t>(std::max(device->numa_node, 0)));
+  add_place(row, address, place);
+  row.add("AIMSupported", uint64_t{0});
+  row.add("HealthStatus", is_dump ? Value(Kept()) : health_of(machine, address));
+  row.add("ConnectorType", Value());
+  row.add("CardName", access != nullptr ? name_of(access, *device) : Value(Kept()));
+  if (const auto* const type = std::get_if<uint64_t>(&place.type))
     row.cells[row.cells.size() - 2].value = std::to_string(*type);
   return row;
 }
 
 Row packaging_row(const Machine& machine, bool is_dump, pci_dev* device, const Function& function) {
   const char* const package = function.placement.location == 0 ? "32768" : "9";  // on the board, a card
-  Row row{tables::kPackaging, kPci, text_of(address_of_device(*device)), {"PCIFuncKey"}, {}};
-  row.cells = {
-      {"PCIFuncKey", uint64_t{function.key}},
-      {"MaxDataWidth", value_of(link_of(machine, is_dump, device).most_lanes)},
-      {"PackageType", std::string(package)},
-  };
+  Row row(tables::kPackaging, kPci, text_of(address_of_device(*device)), {"PCIFuncKey"});
+  row.add("PCIFuncKey", uint64_t{function.key});
+  row.add("MaxDataWidth", value_of(link_of(machine, is_dump, device).most_lanes));
+  row.add("PackageType", std::string(package));
   return row;
 }
 
 // The memory of a card, which some drivers report.
-Row gpu_row(const Machine& machine, bool is_dump, const Address& address, const Function& function) {
+Value memory_of(const Machine& machine, bool is_dump, const Address& address) {
   constexpr uint64_t kGibibyte = 1U << 30U;
-  const auto bytes = is_dump ? std::nullopt : machine.number(folder_of(address) + "mem_info_vram_total");
-  const uint64_t size = bytes.value_or(0) / kGibibyte + (bytes.value_or(0) % kGibibyte) * 2 / kGibibyte;
-  Row row{tables::kGpus, kPci, text_of(address), {"PCIFuncKey"}, {}};
-  row.cells = {
-      {"PCIFuncKey", uint64_t{function.key}},
-      {"VideoMemorySize", is_dump     ? Value(Kept())
-                          : size != 0 ? Value(std::to_string(size) + " GB")
-                                      : Value()},
-  };
+  if (is_dump) return Kept();
+  const uint64_t bytes = machine.number(folder_of(address) + "mem_info_vram_total").value_or(0);
+  const uint64_t size = bytes / kGibibyte + (bytes % kGibibyte) * 2 / kGibibyte;
+  if (size == 0) return {};
+  return std::to_string(size) + " GB";
+}
+
+Row gpu_row(const Machine& machine, bool is_dump, const Address& address, const Function& function) {
+  Row row(tables::kGpus, kPci, text_of(address), {"PCIFuncKey"});
+  row.add("PCIFuncKey", uint64_t{function.key});
+  row.add("VideoMemorySize", memory_of(machine, is_dump, address));
   return row;
 }
 
@@ -421,17 +409,15 @@ void add_vpd(const Machine& machine, const Address& address, const Function& fun
   if (!bytes && machine.has(file)) findings.unread.emplace(tables::kVpds, text_of(address));
   const auto vpd = bytes ? decode_vpd(*bytes) : std::nullopt;
   if (!vpd) return;
-  Row row{tables::kVpds, kPci, text_of(address), {"HardwareId", "HardwareTypeId"}, {}};
-  row.cells = {
-      {"HardwareId", uint64_t{function.key}},
-      {"HardwareTypeId", uint64_t{3}},
-      {"Location", uint64_t{function.placement.location}},
-      {"SlotNo", value_of(function.placement.slot)},
-      {"ProductName", text_value(vpd->name)},
-      {"Manufacture", text_value(vpd->maker)},
-      {"SerialNo", text_value(vpd->serial)},
-      {"PartNo", text_value(vpd->part)},
-  };
+  Row row(tables::kVpds, kPci, text_of(address), {"HardwareId", "HardwareTypeId"});
+  row.add("HardwareId", uint64_t{function.key});
+  row.add("HardwareTypeId", uint64_t{3});
+  row.add("Location", uint64_t{function.placement.location});
+  row.add("SlotNo", value_of(function.placement.slot));
+  row.add("ProductName", text_value(vpd->name));
+  row.add("Manufacture", text_value(vpd->maker));
+  row.add("SerialNo", text_value(vpd->serial));
+  row.add("PartNo", text_value(vpd->part));
   findings.rows.push_back(std::move(row));
 }
 
@@ -491,7 +477,8 @@ Functions read_functions(const Machine& machine, const PciQuestion& question, Fi
   Functions functions;
   if (!may_be_read(machine, question, findings)) return functions;
   const bool is_dump = !question.dump.empty();
-  if (!is_dump && !machine.has("sys/bus/pci/devices")) {
+  const bool has_devices = machine.has("sys/bus/pci/devices");
+  if (!is_dump && !has_devices) {
     findings.complete.insert(kPci);
     return functions;
   }

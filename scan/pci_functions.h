@@ -26,9 +26,7 @@ struct Address {
     return std::tie(one.segment, one.bus, one.device, one.function) <
            std::tie(other.segment, other.bus, other.device, other.function);
   }
-  friend bool operator==(const Address& one, const Address& other) {
-    return !(one < other) && !(other < one);
-  }
+  friend bool operator==(const Address& one, const Address& other) = default;
 };
 std::string text_of(const Address& address);
 // The address that a text such as "0000:17:00.1" gives.

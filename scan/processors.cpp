@@ -19,7 +19,7 @@ struct Package {
 
 // The first value of a line "name : value".
 std::optional<std::string> line_of(const std::string& text, const std::string& name) {
-  size_t at = text.starts_with(name) ? 0 : text.find("\n" + name);
+  size_t at = text.find("\n" + name);
   if (at == std::string::npos) return std::nullopt;
   at = text.find(':', at);
   if (at == std::string::npos) return std::nullopt;
@@ -43,19 +43,16 @@ std::vector<Row> read_processors(const Machine& machine) {
     if (const auto khz = machine.number(folder + name + "/cpufreq/cpuinfo_max_freq"))
       package.max_khz = std::max(package.max_khz.value_or(0), *khz);
   }
-  const std::string info = machine.bytes("proc/cpuinfo", 65536).value_or("");
+  const std::string info = "\n" + machine.bytes("proc/cpuinfo", 65536).value_or("");
   std::vector<Row> rows;
   rows.reserve(packages.size());
   for (const auto& [number, package] : packages) {
-    Row& row = rows.emplace_back();
-    row = {tables::kProcessors, kSmbios, "package/" + std::to_string(number), {}, {}};
-    row.cells = {
-        {"Manufacturer", value_of(line_of(info, "vendor_id"))},
-        {"Version", value_of(line_of(info, "model name"))},
-        {"MaxSpeed", package.max_khz ? Value(*package.max_khz / 1000) : Value()},
-        {"CoreCount", uint64_t{package.cores.size()}},
-        {"ThreadCount", package.threads},
-    };
+    Row& row = rows.emplace_back(tables::kProcessors, kSmbios, "package/" + std::to_string(number));
+    row.add("Manufacturer", value_of(line_of(info, "vendor_id")));
+    row.add("Version", value_of(line_of(info, "model name")));
+    row.add("MaxSpeed", package.max_khz ? Value(*package.max_khz / 1000) : Value());
+    row.add("CoreCount", uint64_t{package.cores.size()});
+    row.add("ThreadCount", package.threads);
   }
   return rows;
 }

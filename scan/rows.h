@@ -39,6 +39,10 @@ struct Cell {
 };
 
 struct Row {
+  Row(const char* of_table, const char* from, std::string named, std::vector<const char*> known_by = {})
+      : table(of_table), source(from), key(std::move(named)), identity(std::move(known_by)) {}
+  void add(const char* column, Value value) { cells.push_back({column, std::move(value)}); }
+
   const char* table;
   const char* source;
   std::string key;  // within the table

@@ -2,6 +2,7 @@
 #include "scan/smbios.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <map>
 #include <tuple>
@@ -11,6 +12,8 @@
 namespace zeldb::scan {
 
 namespace {
+
+constexpr unsigned kEnd = 127;  // the type of the last structure
 
 class Structure {
  public:
@@ -47,7 +50,6 @@ class Structure {
 
 std::vector<Structure> structures_of(std::string_view table) {
   constexpr size_t kHeader = 4;
-  constexpr unsigned kEnd = 127;
   constexpr size_t kMost = 16384;
   std::vector<Structure> found;
   while (table.size() >= kHeader && found.size() < kMost) {
@@ -139,12 +141,12 @@ template <size_t N>
 void add_fields(Row& row, const Structure& structure, const Field (&fields)[N]) {
   for (const Field& field : fields) {
     if (field.kind == Kind::Text) {
-      row.cells.push_back({field.column, value_of(structure.text(field.offset))});
+      row.add(field.column, value_of(structure.text(field.offset)));
       continue;
     }
     auto number = structure.number(field.offset, field.width);
     if (number == field.unknown || (field.kind == Kind::NotZero && number == uint64_t{0})) number.reset();
-    row.cells.push_back({field.column, value_of(number)});
+    row.add(field.column, value_of(number));
   }
 }
 
@@ -185,19 +187,18 @@ void add_caches(Row& row, const Structure& processor, const std::map<unsigned, S
     const auto handle = processor.number(names.handle_offset, 2);
     const auto found = handle ? caches.find(static_cast<unsigned>(*handle)) : caches.end();
     const Structure* const cache = found != caches.end() ? &found->second : nullptr;
-    row.cells.push_back({names.max_size, cache ? value_of(cache_size(*cache, 0x07, 0x13)) : Value()});
-    row.cells.push_back({names.installed, cache ? value_of(cache_size(*cache, 0x09, 0x17)) : Value()});
-    row.cells.push_back({names.type, cache ? value_of(cache->number(0x11, 1)) : Value()});
-    row.cells.push_back({names.config, cache ? value_of(cache->number(0x05, 2)) : Value()});
+    row.add(names.max_size, cache ? value_of(cache_size(*cache, 0x07, 0x13)) : Value());
+    row.add(names.installed, cache ? value_of(cache_size(*cache, 0x09, 0x17)) : Value());
+    row.add(names.type, cache ? value_of(cache->number(0x11, 1)) : Value());
+    row.add(names.config, cache ? value_of(cache->number(0x05, 2)) : Value());
   }
 }
 
 Row processor_row(const Structure& structure, size_t nth, const std::map<unsigned, Structure>& caches) {
-  Row row{tables::kProcessors, kSmbios, "cpu/" + std::to_string(nth), {"Socket"}, {}};
+  Row row(tables::kProcessors, kSmbios, "cpu/" + std::to_string(nth), {"Socket"});
   add_fields(row, structure, kProcessor);
-  row.cells.push_back({"Family", value_of(family_of(structure))});
-  for (const Count& count : kCounts)
-    row.cells.push_back({count.column, value_of(count_of(structure, count))});
+  row.add("Family", value_of(family_of(structure)));
+  for (const Count& count : kCounts) row.add(count.column, value_of(count_of(structure, count)));
   add_caches(row, structure, caches);
   return row;
 }
@@ -232,12 +233,11 @@ std::optional<uint64_t> speed_of(const Structure& module, const Speed& speed) {
 std::optional<Row> module_row(const Structure& structure, size_t nth) {
   const auto size = module_size(structure);
   if (size == uint64_t{0}) return std::nullopt;
-  Row row{tables::kModules, kSmbios, "dimm/" + std::to_string(nth), {"SlotNo"}, {}};
-  row.cells.push_back({"SlotNo", uint64_t{nth}});
-  row.cells.push_back({"MemSize", value_of(size)});
+  Row row(tables::kModules, kSmbios, "dimm/" + std::to_string(nth), {"SlotNo"});
+  row.add("SlotNo", uint64_t{nth});
+  row.add("MemSize", value_of(size));
   add_fields(row, structure, kModule);
-  for (const Speed& speed : kSpeeds)
-    row.cells.push_back({speed.column, value_of(speed_of(structure, speed))});
+  for (const Speed& speed : kSpeeds) row.add(speed.column, value_of(speed_of(structure, speed)));
   return row;
 }
 
@@ -248,34 +248,31 @@ Slot slot_of(const Structure& structure) {
   slot.width = structure.number(0x06, 1);
   slot.number = structure.number(0x09, 2);
   if (const auto bits = structure.number(0x0C, 1)) slot.hotplug = (*bits & 2U) != 0;
-  const auto segment = structure.number(0x0D, 2);
-  const auto bus = structure.number(0x0F, 1);
-  const auto place = structure.number(0x10, 1);
-  constexpr uint64_t kNoSegment = 0xFFFF;
-  constexpr uint64_t kNone = 0xFF;
-  if (segment && bus && place && *segment != kNoSegment && !(*bus == kNone && *place == kNone)) {
-    slot.segment = segment;
-    slot.bus = bus;
-    slot.device = *place >> 3U;
-  }
+  // Segment, bus, and device with function.
+  const auto place = structure.number(0x0D, 4);
+  constexpr uint64_t kNone = 0xFFFF;
+  if (!place || (*place & 0xFFFFU) == kNone || *place >> 16U == kNone) return slot;
+  slot.segment = *place & 0xFFFFU;
+  slot.bus = *place >> 16U & 0xFFU;
+  slot.device = *place >> 27U;
   return slot;
 }
 
 // "MM/DD/YYYY" as other dates of the tables are; anything else as it stands.
 std::string date_of(const std::string& text) {
-  const auto is_date = [&text] {
-    constexpr std::string_view kForm = "00/00/0000";
-    return text.size() == kForm.size() &&
-           std::equal(text.begin(), text.end(), kForm.begin(), [](char character, char form) {
-             return form == '0' ? character >= '0' && character <= '9' : character == form;
-           });
-  };
-  return is_date() ? text.substr(6) + "-" + text.substr(0, 2) + "-" + text.substr(3, 2) : text;
+  constexpr std::string_view kForm = "00/00/0000";
+  const bool is_date =
+      std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char one, char form) {
+        return form == '0' ? std::isdigit(static_cast<unsigned char>(one)) != 0 : one == form;
+      });
+  if (!is_date) return text;
+  return text.substr(6) + "-" + text.substr(0, 2) + "-" + text.substr(3, 2);
 }
 
 Row firmware_row(const char* key, const char* kind, const char* name) {
-  Row row{tables::kImages, kSmbios, key, {"Classification", "FirmwareName"}, {}};
-  row.cells = {{"Classification", std::string(kind)}, {"FirmwareName", std::string(name)}};
+  Row row(tables::kImages, kSmbios, key, {"Classification", "FirmwareName"});
+  row.add("Classification", std::string(kind));
+  row.add("FirmwareName", std::string(name));
   return row;
 }
 
@@ -283,16 +280,19 @@ Row firmware_row(const char* key, const char* kind, const char* name) {
 void add_bios(const Structure& structure, std::vector<Row>& rows) {
   constexpr uint64_t kNone = 0xFF;
   Row bios = firmware_row("bios", "11", "System BIOS");
-  const auto date = structure.text(0x08);
-  bios.cells.push_back({"Manufacture", value_of(structure.text(0x04))});
-  bios.cells.push_back({"VersionString", value_of(structure.text(0x05))});
-  bios.cells.push_back({"ReleaseDate", date ? text_value(date_of(*date)) : Value()});
+  auto date = structure.text(0x08);
+  if (date) date = date_of(*date);
+  bios.add("Manufacture", value_of(structure.text(0x04)));
+  bios.add("VersionString", value_of(structure.text(0x05)));
+  bios.add("ReleaseDate", value_of(date));
   rows.push_back(std::move(bios));
-  const auto major = structure.number(0x16, 1);
-  const auto minor = structure.number(0x17, 1);
-  if (!major || !minor || *major == kNone || *minor == kNone) return;
+  const auto release = structure.number(0x16, 2);
+  if (!release) return;
+  const uint64_t major = *release & 0xFFU;
+  const uint64_t minor = *release >> 8U;
+  if (major == kNone || minor == kNone) return;
   Row controller = firmware_row("ec", "10", "Embedded controller");
-  controller.cells.push_back({"VersionString", std::to_string(*major) + "." + std::to_string(*minor)});
+  controller.add("VersionString", std::to_string(major) + "." + std::to_string(minor));
   rows.push_back(std::move(controller));
 }
 
@@ -364,8 +364,12 @@ SmbiosTable read_smbios(const Machine& machine) {
   for (const auto& [type, instance, name] : entries) {
     const std::string raw = folder + "/" + name + "/raw";
     const auto bytes = machine.bytes(raw, kLargest);
-    if (!bytes) return {std::nullopt, machine.trouble(raw).value_or("cannot be read")};
-    if (type != 127 && table.size() < kLargest) table += *bytes;
+    if (!bytes) {
+      const auto why = machine.trouble(raw);
+      return {std::nullopt, why.value_or("cannot be read")};
+    }
+    if (type != kEnd) table += *bytes;
+    table.resize(std::min(table.size(), kLargest));
   }
   if (!table.empty()) return {table, std::nullopt};
   return {std::nullopt, machine.trouble(whole)};

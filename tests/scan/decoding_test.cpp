@@ -67,12 +67,17 @@ TEST(ScanSmbios, EndsWhereItIsDamaged) {
       {structure(4, 5) + whole, 2},  // shorter than any version has it
       {structure(9, 4) + whole, 1},
       {whole + "\xFF\xFF", 1},
+      {structure(17, 4), 1},
+      {structure(0, 4) + structure(9, 0x10), 1},
       {structure(0, 0x12) + whole, 2},                 // no room for an embedded controller
       {structure(0, 0x18) + structure(0, 0x18), 2},    // the second one is not asked
       {structure(16, 0x0F) + structure(17, 0x15), 1},  // of an array that is not there
       {"\x10\x06\x11\x11\x03\x05\0\0"s + whole, 0},    // flash
       {"\x10\x06\x11\x11\x03\x03\0\0"s + whole, 1},
   };
+  std::string many;
+  for (int nth = 0; nth < 16384; ++nth) many += structure(126, 4);
+  EXPECT_EQ(decode_smbios(many + whole).rows.size(), 0U);
   for (const auto& one : cases) {
     EXPECT_EQ(decode_smbios(one.table).rows.size(), one.rows) << testing::PrintToString(one.table);
   }
@@ -119,6 +124,7 @@ TEST(ScanDrives, TellTheirHealthWhole) {
   page[5] = '\xFF';
   EXPECT_EQ(zeldb::scan::decode_nvme_health(page)->life_left, 0U);
   EXPECT_FALSE(zeldb::scan::decode_nvme_health(page.substr(1)));
+  EXPECT_FALSE(zeldb::scan::decode_nvme_health(std::string(512, '\x7F')));
   EXPECT_FALSE(zeldb::scan::decode_nvme_health(std::string(512, '\0')));
   EXPECT_EQ(zeldb::scan::without_escapes("\\x41 \\x4g\\x2"), "A \\x4g\\x2");
 }
@@ -131,6 +137,7 @@ TEST(ScanPci, AddressesAreReadWhole) {
       {"devices/pci0000:00/0000:00:01.0/0000:01:00.1/virtio0", "0000:01:00.1"},
       {"10000:e1:00.0", "10000:e1:00.0"},
       {"0000:00:20.0", "-"},
+      {"0000:00", "-"},
       {"0000:00:1f.8", "-"},
       {"0000:00:1f.0x", "-"},
       {"virtual/net/lo", "-"},

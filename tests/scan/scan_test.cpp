@@ -213,6 +213,12 @@ TEST_P(Scan, TakesFaultsBackAndKeepsSlotsThatAreHidden) {
             std::string::npos)
       << hidden.err;
   EXPECT_EQ(database.text(keys), before);
+  // Where functions were is unknown once no scan has noted it.
+  database.run("DELETE FROM ScannedRows");
+  fs::remove(root() / "sys/firmware/dmi/tables/DMI");
+  fs::create_symlink("/dev/null", root() / "sys/firmware/dmi/tables/DMI");
+  EXPECT_EQ(scan({"--only", "pci"}).exit_status, 1);
+  EXPECT_EQ(database.text("SELECT count(*) FROM PCIs WHERE BusNo>0 AND Location=0"), "4");
 }
 
 TEST_P(Scan, KeepsWhatCannotBeRead) {
@@ -233,7 +239,6 @@ TEST_P(Scan, KeepsWhatCannotBeRead) {
   EXPECT_NE(no_functions.err.find("0000:01:00.0: leads out of the folder\n"), std::string::npos)
       << no_functions.err;
   EXPECT_EQ(dump(), before);
-  // A file that is there and gives nothing, and folders with a part that is out of reach.
   fs::remove(root() / "sys/bus/pci/devices/0000:01:00.0/label");
   // A device that is listed twice ends the list of names.
   std::ofstream(root() / "usr/share/misc/pci.ids", std::ios::app) << "\ta80a  Fast Drive\n";
@@ -241,15 +246,24 @@ TEST_P(Scan, KeepsWhatCannotBeRead) {
   EXPECT_NE(no_names.err.find("zeldb: names of functions: Duplicate entry"), std::string::npos)
       << no_names.err;
   EXPECT_EQ(dump(), before);
+  // A function without an id of its maker.
+  fs::rename(root() / "sys/bus/pci/devices/0000:02:00.0/vendor", root() / "vendor");
+  const Outcome no_id = scan({"--only", "pci"});
+  EXPECT_NE(no_id.err.find("zeldb: function 0000:02:00.0: "), std::string::npos) << no_id.err;
+  fs::rename(root() / "vendor", root() / "sys/bus/pci/devices/0000:02:00.0/vendor");
+  EXPECT_EQ(dump(), before);
+  // A file that is there and gives nothing, and folders with a part that is out of reach.
   fs::remove(root() / "sys/devices/pci0000:00/0000:00:01.0/0000:01:00.0/vpd");
   fs::create_directory(root() / "sys/devices/pci0000:00/0000:00:01.0/0000:01:00.0/vpd");
   const struct {
     const char* part;
     const char* told;
   } parts[] = {{"sys/class/net/ens3", "network ports: "},
+               {"sys/class/nvme", "drives: "},
                {"sys/block/sda", "drives: "},
                {"sys/block", "drives: "},
-               {"sys/class/nvme", "drives: "}};
+               {"sys/bus/pci/devices/0000:02:00.0", "PCI functions: "},
+               {"sys/bus/pci/devices", "PCI functions: "}};
   for (const auto& [part, told] : parts) {
     fs::remove_all(root() / part);
     fs::create_symlink(outside, root() / part);
@@ -306,6 +320,7 @@ TEST_P(Scan, MayBeKilledAtAnyMoment) {
 
 TEST_P(Scan, TakesADumpAndTheSourcesThatAreAskedFor) {
   unpack(machine_file("server"), root());
+  fs::remove(root() / "usr/share/misc/pci.ids");  // the names are those of this system then
   const std::string dump_file = database.folder() + "/dump";
   std::ofstream(dump_file) << "0003:05:00.1 Something\n00: 86 80 01 70 00 00 00 00 02 01 00 01 00 00 00 00\n"
                               "10: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"
@@ -322,8 +337,12 @@ TEST_P(Scan, TakesADumpAndTheSourcesThatAreAskedFor) {
             "3,327681,28673,153,NULL,NULL");
   std::ofstream(dump_file) << "no dump\n00: zz\n";
   EXPECT_EQ(scan({"--only", "pci", "--pci-dump", dump_file}).exit_status, 1);
+  fs::remove_all(root() / "sys/bus/pci/devices");
+  std::ofstream(root() / "sys/bus/pci/devices") << "no folder";
+  expect_failure(scan({"--only", "pci"}), 1, "PCI functions: Cannot open ");
   EXPECT_EQ(database.text("SELECT count(*) FROM PCIs"), "1");
   expect_failure(run_zeldb({"scan", "--root", dump_file}), 1, "dump: has no folder sys");
+  expect_failure(run_zeldb({"scan", "--root", dump_file + "s"}), 1, "dumps: No such file");
   expect_failure(scan({"--only", "pci,usb"}), 2, "usb");
 }
 
