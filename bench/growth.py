@@ -19,7 +19,7 @@ WORKS = {
        for name in ("settings", "adapters", "drives", "backplane", "merged", "components")},
     **{f"zeldb {name}": lambda _, name=name: ["zeldb", name] for name in ("functions", "disks", "slots", "vpd")},
 }
-MOST = {"zeldb slots": 10000, "zeldb vpd": 10000, "backplane": 10000, "merged": 10000}  # more would take hours
+MOST = {"zeldb vpd": 10000}  # more would take hours
 
 
 def costs(scene, words):
