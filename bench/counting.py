@@ -65,7 +65,7 @@ class Scene:
 
     def system_calls(self, words):
         """Their number, and the bytes that they wrote to files: of a work of bench_work, or of a whole program. Those
-        for memory are left out, whose layout differs from run to run, and the look at a database that the clock causes."""
+        for memory are left out, whose layout differs from run to run, and the looks at files that the clock causes."""
         notes = self.folder / "strace"
         self.run(words, ["strace", "-f", "-o", notes])
         lines = notes.read_text(errors="replace").splitlines()
@@ -73,8 +73,8 @@ class Scene:
         if words[0] == "bench_work":
             lines = lines[marks[0] + 1:marks[1]]
         sizes = [int(found[1]) for line in lines if (found := re.search(r" pwrite64\(.* = (\d+)$", line))]
-        ignored = re.compile(r"\d (brk|mmap|munmap|madvise|mremap|newfstatat\(AT_FDCWD, \"[^\"]*\.sqlite\")")
-        calls = [line for line in lines if not ignored.search(line)]
+        ignored = re.compile(r"\d+ +(brk|mmap|munmap|madvise|mremap|newfstatat\(AT_FDCWD)")
+        calls = [line for line in lines if not ignored.match(line)]
         return len(calls), sum(size for size in sizes if size > 1)  # single bytes make room in the index of the log
 
     def heap(self, words):
