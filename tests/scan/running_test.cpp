@@ -61,7 +61,7 @@ extern "C" __attribute__((visibility("default"))) int ioctl(int file, unsigned l
   if (request == NVME_IOCTL_ADMIN_CMD && nvme_status >= 0) {
     const auto& command = *static_cast<nvme_passthru_cmd*>(argument);
     // NOLINTNEXTLINE(performance-no-int-to-ptr): as the kernel has it
-    std::memcpy(reinterpret_cast<void*>(command.addr), "\x04\x39\x01\x64\x0A\x03",
+    std::memcpy(reinterpret_cast<void*>(static_cast<uintptr_t>(command.addr)), "\x04\x39\x01\x64\x0A\x03",
                 6);  // 313 kelvin; 3 percent are used
     return nvme_status;
   }
