@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
 #include <fstream>
@@ -58,7 +59,9 @@ extern "C" __attribute__((visibility("default"))) int ioctl(int file, unsigned l
   void* const argument = va_arg(arguments, void*);
   va_end(arguments);
   if (request == SIOCETHTOOL) return answer_ethtool(*static_cast<ifreq*>(argument));
-  if (request == NVME_IOCTL_ADMIN_CMD && nvme_status >= 0) {
+  if (request == NVME_IOCTL_ADMIN_CMD) {
+    errno = ENOTTY;
+    if (nvme_status < 0) return nvme_status;
     const auto& command = *static_cast<nvme_passthru_cmd*>(argument);
     // NOLINTNEXTLINE(performance-no-int-to-ptr): as the kernel has it
     std::memcpy(reinterpret_cast<void*>(static_cast<uintptr_t>(command.addr)), "\x04\x39\x01\x64\x0A\x03",
