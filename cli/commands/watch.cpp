@@ -175,16 +175,12 @@ void setup_watch(CLI::App& app) {
   set_action(
       app, [options] { watch_inventory(*options); },
       "A line for each row that was added to, removed from or changed in the listings slots, processors, "
-      "memory, "
-      "ports, gpus, disks, backplanes, firmware, embedded and pending; temperatures and the load of ports "
-      "are not "
-      "told. The tables are read only when something was written: a SQLite file has a version for that, a "
-      "server "
-      "counters. An object has time, change, listing, place and, of a change, columns: {\"KEY\": {\"was\": "
-      "..., "
-      "\"is\": ...}}. A server that goes away is waited for, which a line on standard error says. SIGTERM, "
-      "SIGINT "
-      "and the like end the watch with exit status 0.");
+      "memory, ports, gpus, disks, backplanes, firmware, embedded and pending; temperatures and the load of "
+      "ports are not told. The tables are read only when something was written: a SQLite file has a version "
+      "for that, a server counters. Another file in the place of a SQLite file is noticed, too. An object "
+      "has time, change, listing, place and, of a change, columns: {\"KEY\": {\"was\": ..., \"is\": ...}}. A "
+      "server that goes away is waited for, which a line on standard error says. SIGTERM, SIGINT and the "
+      "like end the watch with exit status 0.");
 }
 
 }  // namespace zeldb::cli

@@ -3,9 +3,11 @@
 
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
@@ -18,7 +20,8 @@ namespace zeldb::cli::watch {
 
 namespace {
 
-constexpr const char* kSqlite = "PRAGMA data_version";
+constexpr const char* kSqlite =
+    "SELECT data_version, file FROM pragma_data_version, pragma_database_list WHERE name='main'";
 // Rows written, whoever did, and transactions committed: what is written is seen later than it is counted.
 constexpr const char* kServer =
     "SELECT CONCAT(CONNECTION_ID(), ' ', SUM(VARIABLE_VALUE)) FROM information_schema.GLOBAL_STATUS "
@@ -29,38 +32,42 @@ std::string statement() {
   return url != nullptr && std::string(url).starts_with("mariadb:") ? kServer : kSqlite;
 }
 
+struct Close {
+  void operator()(_zel_db_handle_t* handle) const { zel_db_close(handle); }
+};
+
 class Database {
  public:
   explicit Database(const char* name) : name_(name) {}
 
   // Nothing where it cannot be reached.
-  std::string version() {
-    if (handle_ == nullptr) handle_.reset(zel_db_open("localhost", "root", "", name_, 0));
+  std::string version() const {
+    // The connection is kept unless its file is no longer the one of that name.
+    const std::unique_ptr<_zel_db_handle_t, Close> handle(zel_db_open("localhost", "root", "", name_, 0));
     char text[64] = "";
+    char file[PATH_MAX] = "";
     zel_db_result_t* rows = nullptr;
-    if (handle_ != nullptr &&
-        zel_db_raw_query(handle_.get(), statement_.c_str(), static_cast<int>(statement_.size()), &rows) ==
-            0 &&
-        zel_db_result_step(rows) == ZELDB_ROW)
+    if (handle != nullptr &&
+        zel_db_raw_query(handle.get(), statement_.c_str(), static_cast<int>(statement_.size()), &rows) == 0 &&
+        zel_db_result_step(rows) == ZELDB_ROW) {
       zel_db_result_column_text(rows, 0, text, sizeof(text));
+      zel_db_result_column_text(rows, 1, file, sizeof(file));
+    }
     if (rows != nullptr) zel_db_free_result(rows);
-    if (*text == '\0') handle_.reset();
-    return text;
+    struct stat found = {};
+    if (*text == '\0' || *file == '\0' || stat(file, &found) != 0) return text;
+    return std::string(text) + " " + std::to_string(found.st_dev) + " " + std::to_string(found.st_ino);
   }
 
  private:
-  struct Close {
-    void operator()(_zel_db_handle_t* handle) const { zel_db_close(handle); }
-  };
   const char* name_;
   std::string statement_ = statement();
-  std::unique_ptr<_zel_db_handle_t, Close> handle_;
 };
 
 void beat(int to, std::chrono::milliseconds every) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  Database inventory("dmdb");
-  Database properties("propertiesdb");
+  const Database inventory("dmdb");
+  const Database properties("propertiesdb");
   std::string last;
   bool is_lost = false;
   pollfd reader{.fd = to, .events = 0, .revents = 0};
