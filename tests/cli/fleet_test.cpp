@@ -3,11 +3,16 @@
 // Many machines at once: exports of the sample controller, some of them changed.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -115,6 +120,37 @@ TEST_P(Fleet, DiffersAmongItself) {
   EXPECT_EQ(damaged.err, "zeldb: " + (fleet_ / "web-13").string() + ": is no export of zeldb\n");
   EXPECT_EQ(Json::parse(damaged.out).at("rows").size(), 4U);
   expect_failure(zeldb({"diff", fleet_ / "web-13", "--from", fleet_}), 2, "web-13: is no baseline");
+}
+
+// The program is stopped when it has told of the first machine, so that the time for it comes.
+TEST_P(Fleet, ShowsItsProgressOnATerminal) {
+  fs::rename(fleet_ / "web-3.zeldb", fleet_ / "a");
+  for (int number = 100; number < 160; ++number)
+    fs::create_hard_link(fleet_ / "web-2.zeldb", fleet_ / std::to_string(number).insert(0, "web-"));
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    const std::string command =
+        "exec " ZELDB_COMMAND_LINE " memory --from '" + fleet_.string() + "' >/dev/null";
+    execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  std::string text;
+  char block[4096];
+  const auto hear = [&] {
+    const ssize_t size = read(terminal, block, sizeof(block));
+    if (size > 0) text.append(block, static_cast<size_t>(size));
+    return size > 0;
+  };
+  while (text.find('\n') == std::string::npos && hear()) continue;
+  kill(child, SIGSTOP);
+  usleep(1'100'000);
+  kill(child, SIGCONT);
+  while (hear()) continue;
+  close(terminal);
+  waitpid(child, nullptr, 0);
+  EXPECT_TRUE(std::regex_search(text, std::regex("malformed\r\n\r\\d+ of 64 machines"))) << text;
+  EXPECT_TRUE(text.ends_with("\r\x1b[K")) << text;
 }
 
 }  // namespace
