@@ -8,11 +8,19 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "cli/at_signal.h"
 #include "cli/command.h"
 
 namespace zeldb::cli {
+
+namespace {
+
+constexpr char kReturned = 'R';
+constexpr char kThrown = 'T';
+
+}  // namespace
 
 Apart start_apart(const std::function<void(int to)>& run) {
   int ends[2];
@@ -40,16 +48,25 @@ bool send(int to, const std::string& text) {
   return true;
 }
 
+// The last character says which it is.
+std::string reply_of(const std::function<std::string()>& make) {
+  try {
+    return make() + kReturned;
+  } catch (const std::exception& error) {
+    return std::string(error.what()) + kThrown;
+  }
+}
+
+std::string made_of(std::string reply) {
+  const char kind = reply.empty() ? '\0' : reply.back();
+  if (kind != kReturned && kind != kThrown) throw Failure("the process that reads the inventory has ended");
+  reply.pop_back();
+  if (kind == kThrown) throw Failure(reply);
+  return reply;
+}
+
 std::string made_apart(const std::function<std::string()>& make) {
-  const Apart apart = start_apart([&make](int to) {
-    std::string text;
-    try {
-      text = "A" + make();
-    } catch (const std::exception& error) {
-      text = std::string("F") + error.what();
-    }
-    send(to, text);
-  });
+  const Apart apart = start_apart([&make](int to) { send(to, reply_of(make)); });
   std::string text;
   char block[65536];
   ssize_t size = 0;
@@ -59,9 +76,7 @@ std::string made_apart(const std::function<std::string()>& make) {
   close(apart.pipe);
   int status = 0;
   while (waitpid(apart.child, &status, 0) < 0 && errno == EINTR) continue;
-  if (status != 0 || text.empty()) throw Failure("the process that reads the inventory has ended");
-  if (text.front() == 'F') throw Failure(text.substr(1));
-  return text.substr(1);
+  return made_of(status == 0 ? std::move(text) : "");
 }
 
 }  // namespace zeldb::cli

@@ -55,23 +55,6 @@ std::vector<std::string> files_in(const std::string& folder) {
   return files;
 }
 
-constexpr char kAnswered = 'A';
-constexpr char kFailed = 'F';
-
-// The answer of one machine, or why there is none, after a letter that says which.
-std::string reply_of(const Machine& machine, const SnapshotFolder& folder,
-                     const std::function<std::string()>& ask) {
-  std::string why;
-  try {
-    folder.use(machine.file);
-    return kAnswered + ask();
-  } catch (const std::exception& error) {
-    why = error.what();
-  }
-  const std::string start = machine.file + ": ";
-  return kFailed + (why.starts_with(start) ? "" : start) + why;
-}
-
 // Shows the progress in a line on a terminal, after the first second.
 class Progress {
  public:
@@ -119,7 +102,12 @@ class Crew final : AtSignal {
     const auto free = std::ranges::find(members_, -1, &Member::child);
     if (free == members_.end()) return false;
     const SnapshotFolder& folder = folders_[static_cast<size_t>(free - members_.begin())];
-    const Apart apart = start_apart([&](int to) { send(to, reply_of(machines[machine], folder, ask)); });
+    const Apart apart = start_apart([&](int to) {
+      send(to, reply_of([&] {
+             folder.use(machines[machine].file);
+             return ask();
+           }));
+    });
     *free = {.child = apart.child, .pipe = apart.pipe, .machine = machine, .text = {}};
     return true;
   }
@@ -208,15 +196,18 @@ size_t ask_each(const std::vector<Machine>& machines, const std::function<std::s
     while (started < machines.size() && crew.start(started, machines, ask)) ++started;
     crew.listen([&replies](size_t machine, std::string reply) { replies[machine] = std::move(reply); });
     for (auto next = replies.find(turn); next != replies.end(); next = replies.find(++turn)) {
-      const std::string& reply = next->second;
-      if (reply.starts_with(kAnswered)) {
-        take(machines[turn], std::string_view(reply).substr(1));
-      } else {
+      const Machine& machine = machines[turn];
+      std::optional<std::string> answer;
+      try {
+        answer = made_of(std::move(next->second));
+      } catch (const Failure& failure) {
+        const std::string why = failure.what();
+        const std::string start = machine.file + ": ";
         ++failed;
         progress.clear();
-        complain(reply.empty() ? machines[turn].file + ": the process that read it has ended"
-                               : reply.substr(1));
+        complain((why.starts_with(start) ? "" : start) + why);
       }
+      if (answer) take(machine, *answer);
       replies.erase(next);
     }
     progress.tell(turn);
