@@ -8,8 +8,9 @@
 
 namespace zeldb::cli::watch {
 
-// A process that asks the databases whether anything was written, which costs them next to nothing: which file
-// of SQLite it is and its data version, or counters of the server. It keeps its connections, which no fork would.
+// A process that asks the databases whether anything was written, which costs them next to nothing: which
+// file of SQLite it is and its data version, or counters of the server. It keeps its connections, which no
+// fork would.
 class Pulse {
  public:
   explicit Pulse(std::chrono::milliseconds every);
