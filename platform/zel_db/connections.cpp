@@ -139,6 +139,10 @@ Handle* inventory_handle() {
   return handle->is_ready_in_environment() ? handle : nullptr;
 }
 
+bool is_inventory(const Handle* handle) {
+  return handle == Registry::instance().inventory();
+}
+
 Handle* open_handle(Target target, std::string* error) {
   return Registry::instance().open(std::move(target), error);
 }

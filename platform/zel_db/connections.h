@@ -11,6 +11,8 @@ namespace zel_db {
 // The handle of the inventory database; null while that cannot be opened.
 Handle* inventory_handle();
 
+bool is_inventory(const Handle* handle);
+
 // Opens a database, or takes a connection that was closed before; null and the reason when that fails.
 Handle* open_handle(Target target, std::string* error);
 // Keeps the connection for the next caller that asks for the same. False if it was not opened here.

@@ -6,6 +6,7 @@
 #ifndef ZEL_DB_ENGINE_H
 #define ZEL_DB_ENGINE_H
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -73,6 +74,8 @@ struct Dialect {
   const char* table_options;
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
+  // Begin a transaction whose reads see what others have committed since.
+  std::array<const char*, 2> begin_batch;
   // The select that gives the names and types of a table's columns, and no row if there is no such table.
   std::string (*columns_of)(const std::string& table);
   const char* bytes;            // a value cast to this type has its length in bytes

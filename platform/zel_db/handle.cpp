@@ -138,6 +138,36 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
   return status;
 }
 
+int _zel_db_handle_t::execute_text(std::string_view sql) {
+  begin_statement();
+  return execute(text_key(sql), Access::Write, nullptr, nullptr);
+}
+
+int _zel_db_handle_t::begin_batch() {
+  const std::lock_guard lock(mutex_);
+  if (!connect()) return kConnectionLost;
+  if (session_->connection->in_transaction()) return failed(kSqlError, "a transaction is open", {});
+  for (const char* const sql : session_->dialect->begin_batch) {
+    if (sql == nullptr) continue;
+    const int status = execute_text(sql);
+    if (status != kOk) return status;
+  }
+  session_->is_in_batch = true;
+  return kOk;
+}
+
+// An error may have ended the transaction: a deadlock does, and a lost connection.
+int _zel_db_handle_t::end_batch() {
+  const std::lock_guard lock(mutex_);
+  if (session_ == nullptr || !session_->is_in_batch) return failed(kConnectionLost, "the batch is lost", {});
+  session_->is_in_batch = false;
+  if (!session_->connection->in_transaction()) return failed(kBusy, "the batch was rolled back", {});
+  const int status = execute_text("COMMIT");
+  if (status != kOk && session_ != nullptr && session_->connection->in_transaction())
+    execute_text("ROLLBACK");
+  return status;
+}
+
 // A read is repeated on a new connection. A write is not, because it may have been done before the connection
 // was lost; the connection is checked before a write instead. No statement of a transaction is repeated: the
 // transaction is lost with its connection.

@@ -31,6 +31,9 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
              zel_db::Parameters parameters, int64_t* updated);
   int remove(std::string_view table, std::string_view where, zel_db::Parameters parameters, int64_t* deleted);
 
+  int begin_batch();
+  int end_batch();
+
   // Whether there is a connection, or one can be made; without asking a database that is connected.
   bool is_ready();
   // The same for a connection to the database that the environment names now.
@@ -58,6 +61,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   int execute(const zel_db::StatementKey& key, Access access, std::unique_ptr<zel_db_result_t>* rows,
               zel_db::Outcome* outcome);
   int execute_once(const zel_db::StatementKey& key, zel_db_result_t* rows, zel_db::Outcome* outcome);
+  int execute_text(std::string_view sql);
   int failed(int status, std::string_view message, std::string_view sql);
 
   std::mutex mutex_;

@@ -20,6 +20,7 @@ struct Session {
   std::unique_ptr<Connection> connection;
   const Dialect* dialect;
   StatementCache cache;
+  bool is_in_batch = false;
 };
 
 // The engine that the target's URL asks for, and the URL in parts. On failure null, and error says why in one

@@ -46,6 +46,7 @@ constexpr Dialect kDialect = {
     .table_options = " STRICT",
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
+    .begin_batch = {"BEGIN IMMEDIATE", nullptr},  // nobody else commits meanwhile
     .columns_of = columns_of,
     .bytes = "blob",
     .rebuilds_tables = true,
