@@ -161,7 +161,7 @@ constexpr Column kPciGpuChip[] = {
 };
 
 constexpr Column kVpds[] = {
-    number("HardwareId", "function key of a PCI function, `Disks._id` of a disk"),
+    number("HardwareId", "function key of a PCI function, `Disks._id` of a disk", Index::Plain),
     number("HardwareTypeId", "2 disk, 3 PCI function"),
     number("Location", kPlace),
     number("SlotNo", kSlot, Index::Plain),

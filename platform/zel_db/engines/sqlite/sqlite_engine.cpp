@@ -110,6 +110,8 @@ int configure(sqlite3* database, bool writes) {
   const char* sync = secure_getenv("ZEL_DB_SYNC");
   const bool full = sync != nullptr && std::strcmp(sync, "FULL") == 0;
   sqlite3_busy_timeout(database, kBusyMilliseconds);
+  // Without this a statement is prepared again for each value that LIKE is given.
+  sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_QPSG, 1, nullptr);
   int code = SQLITE_OK;
   if (writes) {
     // A log that a large write has left is cut to twice its usual size.
