@@ -2,6 +2,7 @@
 #include "cli/collect/fleet_tables.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -45,12 +46,17 @@ std::string quoted_name(std::string_view name) {
   return "`" + std::string(name) + "`";
 }
 
+// Where time_t has 32 bits, too.
 std::string time_text(int64_t seconds) {
-  char text[32] = "";
-  const auto time = static_cast<std::time_t>(seconds);
-  std::tm utc{};
-  gmtime_r(&time, &utc);
-  std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &utc);
+  using std::chrono::floor;
+  const std::chrono::sys_time<std::chrono::duration<int64_t>> time{std::chrono::duration<int64_t>(seconds)};
+  const std::chrono::year_month_day day(floor<std::chrono::days>(time));
+  const std::chrono::hh_mm_ss clock(time - floor<std::chrono::days>(time));
+  char text[64];
+  std::snprintf(text, sizeof(text), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(day.year()),
+                static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
+                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
   return text;
 }
 

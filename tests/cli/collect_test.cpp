@@ -88,13 +88,13 @@ TEST_P(Collect, WritesWhatHasChanged) {
   EXPECT_EQ(outcome.out, "4 machines: 0 stored, 3 unchanged, 1 not read\n");
 
   change("web-2.db", {"DELETE FROM AimDisks WHERE Location='Bay 0'",
-                      "UPDATE ZeldbExport SET Written='2027-01-02 03:04:05'"});
+                      "UPDATE ZeldbExport SET Written='9027-01-02 03:04:05'"});
   EXPECT_EQ(collect("web-2.db").out, "1 machines: 1 stored, 0 unchanged\n");
   const std::string drives = "SELECT COUNT(*) FROM FleetDisks WHERE Location='Bay 0' AND Machine='web-";
   EXPECT_EQ(ask(drives + "1'") + ask(drives + "2'"), "10");
-  EXPECT_EQ(ask("SELECT Machine FROM FleetMachines WHERE Taken='2027-01-02 03:04:05'"), "web-2");
-  EXPECT_EQ(ask("SELECT DISTINCT Machine FROM FleetDisks WHERE Since='2027-01-02 03:04:05'"), "web-2");
-  EXPECT_EQ(ask("SELECT COUNT(*) FROM FleetMemory WHERE Since='2027-01-02 03:04:05'"), "0");
+  EXPECT_EQ(ask("SELECT Machine FROM FleetMachines WHERE Taken='9027-01-02 03:04:05'"), "web-2");
+  EXPECT_EQ(ask("SELECT DISTINCT Machine FROM FleetDisks WHERE Since='9027-01-02 03:04:05'"), "web-2");
+  EXPECT_EQ(ask("SELECT COUNT(*) FROM FleetMemory WHERE Since='9027-01-02 03:04:05'"), "0");
   EXPECT_EQ(ask("SELECT DISTINCT Machine FROM FleetDisks WHERE Model='as it was' ORDER BY 1"), "web-1;web-3");
 }
 
