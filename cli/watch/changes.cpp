@@ -70,7 +70,7 @@ State read_state(Mask* mask) {
     std::vector<Row> all;
     for (size_t place = 0; place < std::size(kWatched); ++place) {
       for (Row& row : view_called(kWatched[place].listing).read()) {
-        row.insert(row.begin(), uint64_t{place});
+        row.emplace_back(uint64_t{place});
         all.push_back(std::move(row));
       }
     }
@@ -78,8 +78,8 @@ State read_state(Mask* mask) {
   });
   std::map<uint64_t, std::vector<Row>> rows;
   for (Row& row : unpacked(text)) {
-    const uint64_t place = std::get<uint64_t>(row.at(0));
-    row.erase(row.begin());
+    const uint64_t place = std::get<uint64_t>(row.back());
+    row.pop_back();
     rows[place].push_back(std::move(row));
   }
   State state;
