@@ -13,6 +13,7 @@
 #include "db/field.h"
 #include "db/owners.h"
 #include "platform/zel_db.h"
+#include "platform/zel_db_batch.h"
 #include "zeldb/status.h"
 
 namespace zeldb {
@@ -27,6 +28,21 @@ inline _zel_db_param_t bound(uint32_t value) {
 inline _zel_db_param_t bound(int32_t value) {
   return {.Type = 2, .Reserved = 0, .Count = 1, .Value = static_cast<uint64_t>(int64_t{value})};
 }
+
+// The reads of a list that asks about each of its rows are one transaction where the platform offers that.
+class Reads {
+ public:
+  explicit Reads(_zel_db_handle_t* handle)
+      : handle_(zel_db_begin_reads != nullptr && zel_db_begin_reads(handle) == ZELDB_OK ? handle : nullptr) {}
+  Reads(const Reads&) = delete;
+  Reads& operator=(const Reads&) = delete;
+  ~Reads() {
+    if (handle_ != nullptr) zel_db_end_reads(handle_);
+  }
+
+ private:
+  _zel_db_handle_t* const handle_;
+};
 
 struct Select {
   const char* table;

@@ -188,6 +188,7 @@ int zeldb_get_pci_adapter_list(_ZELDB_PCI_Adapter_List* list) {
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   *list = {};
   _zel_db_handle_t* const handle = connection.get();
+  const Reads reads(handle);
   const Filter<128> grouped("1 GROUP BY PCIKey");
   Result result;
   const int status =

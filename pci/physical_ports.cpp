@@ -107,6 +107,7 @@ int physical_ports(const char* key_column, unsigned int key, _ZELDB_PhysicalPort
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   *list = {};
   try {
+    const Reads reads(handle);
     Functions functions;
     if (const int status = read_functions(handle, key_column, key, functions); status != ZELDB_OK)
       return status;

@@ -95,6 +95,7 @@ int read_drives(aim_disk_list_t* list, const Select& select, ReadRow read_row) {
   if (list == nullptr) return ZELDB_INVALID_ARGUMENT;
   *list = {};
   try {
+    const Reads reads(handle);
     DriveCompletion completion(handle);
     Result result;
     const int status = query(handle, select, result);

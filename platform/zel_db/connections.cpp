@@ -35,6 +35,7 @@ class Registry {
   Handle* inventory() { return &inventory_; }
   Handle* open(Target target, std::string* error);
   bool close(Handle* handle);
+  bool has(const Handle* handle);
 
   void before_fork();
   void after_fork();
@@ -81,6 +82,13 @@ Handle* Registry::open(Target target, std::string* error) {
   if (handle->is_ready()) return handle.release();
   *error = handle->message();
   return nullptr;
+}
+
+bool Registry::has(const Handle* handle) {
+  if (handle == &inventory_) return true;
+  const std::lock_guard lock(mutex_);
+  return std::any_of(open_.begin(), open_.end(),
+                     [&](const Open& open) { return open.handle.get() == handle; });
 }
 
 bool Registry::close(Handle* handle) {
@@ -141,6 +149,10 @@ Handle* inventory_handle() {
 
 bool is_inventory(const Handle* handle) {
   return handle == Registry::instance().inventory();
+}
+
+bool is_open(const Handle* handle) {
+  return Registry::instance().has(handle);
 }
 
 Handle* open_handle(Target target, std::string* error) {

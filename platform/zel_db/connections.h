@@ -12,6 +12,8 @@ namespace zel_db {
 Handle* inventory_handle();
 
 bool is_inventory(const Handle* handle);
+// Whether it is the inventory's handle or one that open_handle gave: a caller may have another of its own.
+bool is_open(const Handle* handle);
 
 // Opens a database, or takes a connection that was closed before; null and the reason when that fails.
 Handle* open_handle(Target target, std::string* error);

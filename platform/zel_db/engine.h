@@ -76,6 +76,7 @@ struct Dialect {
   const char* commit_definitions;
   // Begin a transaction whose reads see what others have committed since.
   std::array<const char*, 2> begin_batch;
+  const char* begin_reads;  // null where a transaction saves nothing
   // The select that gives the names and types of a table's columns, and no row if there is no such table.
   std::string (*columns_of)(const std::string& table);
   const char* bytes;            // a value cast to this type has its length in bytes

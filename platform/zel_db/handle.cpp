@@ -168,20 +168,46 @@ int _zel_db_handle_t::end_batch() {
   return status;
 }
 
+int _zel_db_handle_t::begin_reads() {
+  const std::lock_guard lock(mutex_);
+  if (session_ == nullptr || session_->dialect->begin_reads == nullptr ||
+      session_->connection->in_transaction())
+    return kSqlError;
+  const int status = execute_text(session_->dialect->begin_reads);
+  if (status == kOk && session_ != nullptr) session_->reader = std::this_thread::get_id();
+  return status;
+}
+
+int _zel_db_handle_t::end_reads() {
+  const std::lock_guard lock(mutex_);
+  if (session_ != nullptr && session_->reader == std::this_thread::get_id()) end_reads_before(Access::Write);
+  return kOk;
+}
+
+// Others see what is stored now, and a write needs a transaction of its own.
+void _zel_db_handle_t::end_reads_before(Access access) {
+  if (session_ == nullptr || !session_->reader) return;
+  if (access == Access::Read && session_->reader == std::this_thread::get_id()) return;
+  session_->reader.reset();
+  execute_once(text_key("COMMIT"), {}, nullptr, nullptr);
+}
+
 // A read is repeated on a new connection. A write is not, because it may have been done before the connection
 // was lost; the connection is checked before a write instead. No statement of a transaction is repeated: the
 // transaction is lost with its connection.
 int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::unique_ptr<Result>* rows,
                               Outcome* outcome) {
   const bool retry = access == Access::Read;
-  const bool in_transaction = session_ != nullptr && session_->connection->in_transaction();
+  end_reads_before(access);
+  const bool in_transaction =
+      session_ != nullptr && session_->connection->in_transaction() && !session_->reader;
   if (!retry && !in_transaction && session_ != nullptr && !session_->connection->is_usable()) disconnect();
   int status = kConnectionLost;
   drop_if_lost();  // if an exception has ended the call that lost it
   for (int attempt = 0; attempt == 0 || (attempt == 1 && retry && !in_transaction); ++attempt) {
     if (!connect()) break;  // with its reason as the message
     if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
-    status = execute_once(key, rows != nullptr ? rows->get() : nullptr, outcome);
+    status = execute_once(key, values_.all(), rows != nullptr ? rows->get() : nullptr, outcome);
     drop_if_lost();
     if (status != kConnectionLost) break;
   }
@@ -189,10 +215,11 @@ int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::uniqu
   return status;
 }
 
-int _zel_db_handle_t::execute_once(const StatementKey& key, Result* rows, Outcome* outcome) {
+int _zel_db_handle_t::execute_once(const StatementKey& key, std::span<const Value> values, Result* rows,
+                                   Outcome* outcome) {
   Connection& connection = *session_->connection;
   const auto run = [&](const StatementCache::Lease& lease) {
-    const int status = lease.statement().run(values_.all(), rows, outcome);
+    const int status = lease.statement().run(values, rows, outcome);
     return status == kOk ? status : failed(status, connection.message(), key.text);
   };
   if (const StatementCache::Lease lease = session_->cache.find(key); lease) return run(lease);

@@ -33,6 +33,8 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
 
   int begin_batch();
   int end_batch();
+  int begin_reads();
+  int end_reads();
 
   // Whether there is a connection, or one can be made; without asking a database that is connected.
   bool is_ready();
@@ -60,8 +62,10 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   // With the values of values_.
   int execute(const zel_db::StatementKey& key, Access access, std::unique_ptr<zel_db_result_t>* rows,
               zel_db::Outcome* outcome);
-  int execute_once(const zel_db::StatementKey& key, zel_db_result_t* rows, zel_db::Outcome* outcome);
+  int execute_once(const zel_db::StatementKey& key, std::span<const zel_db::Value> values,
+                   zel_db_result_t* rows, zel_db::Outcome* outcome);
   int execute_text(std::string_view sql);
+  void end_reads_before(Access access);
   int failed(int status, std::string_view message, std::string_view sql);
 
   std::mutex mutex_;

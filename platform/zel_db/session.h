@@ -4,8 +4,10 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "zel_db/engine.h"
 #include "zel_db/statement_cache.h"
@@ -21,6 +23,7 @@ struct Session {
   const Dialect* dialect;
   StatementCache cache;
   bool is_in_batch = false;
+  std::optional<std::thread::id> reader{};  // whose reads are in one transaction
 };
 
 // The engine that the target's URL asks for, and the URL in parts. On failure null, and error says why in one

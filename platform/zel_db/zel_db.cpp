@@ -149,6 +149,14 @@ int zel_db_end_batch(_zel_db_handle_t* handle) {
   return guarded([&] { return is_inventory(handle) ? handle->end_batch() : kInvalidArgument; });
 }
 
+int zel_db_begin_reads(_zel_db_handle_t* handle) {
+  return guarded([&] { return is_open(handle) ? handle->begin_reads() : kInvalidArgument; });
+}
+
+int zel_db_end_reads(_zel_db_handle_t* handle) {
+  return guarded([&] { return is_open(handle) ? handle->end_reads() : kInvalidArgument; });
+}
+
 const char* zel_db_get_error_str(int status) {
   return status_text(status);
 }

@@ -207,6 +207,29 @@ TEST_P(Lifetime, ABatchIsStoredWhenItEnds) {
   }
 }
 
+TEST_P(Lifetime, ReadsInOneTransactionAreOneThreadsAndEndBeforeAWrite) {
+  const Client client;
+  const Client other;
+  const auto slots = [&] { return query(client, "PCIAdapter", "SlotNo"); };
+  const bool begins = GetParam() == Engine::Sqlite;
+  const std::function<void()> ends[] = {
+      [&] { zel_db_end_reads(client); }, [&] { std::thread([&] { EXPECT_EQ(slots(), "1;2"); }).join(); },
+      [&] { EXPECT_EQ(insert(client, 3), ""); },
+      [] { in_child([] { return true; }); },  // no connection crosses a fork
+  };
+  for (const auto& end : ends) {
+    database.run("delete from PCIAdapter");
+    insert(other, 1);
+    EXPECT_EQ(zel_db_begin_reads(client) == 0, begins);
+    EXPECT_EQ(slots(), "1");
+    EXPECT_EQ(insert(other, 2), "");
+    EXPECT_EQ(slots(), begins ? "1" : "1;2");
+    end();
+    EXPECT_EQ(slots().substr(0, 3), "1;2");
+    EXPECT_EQ(zel_db_end_reads(client), 0);
+  }
+}
+
 TEST_P(Lifetime, TraceHasTheCallersWords) {
   const std::filesystem::path file =
       std::filesystem::temp_directory_path() / ("trace." + database.engine() + std::to_string(getpid()));

@@ -58,6 +58,7 @@ constexpr Dialect kDialect = {
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
     .begin_batch = {"SET TRANSACTION ISOLATION LEVEL READ COMMITTED", "START TRANSACTION"},
+    .begin_reads = nullptr,
     .columns_of = columns_of,
     .bytes = "binary",
     .rebuilds_tables = false,

@@ -47,6 +47,7 @@ constexpr Dialect kDialect = {
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
     .begin_batch = {"BEGIN IMMEDIATE", nullptr},  // nobody else commits meanwhile
+    .begin_reads = "BEGIN",
     .columns_of = columns_of,
     .bytes = "blob",
     .rebuilds_tables = true,
