@@ -84,6 +84,11 @@ std::vector<uint32_t> function_keys(std::string condition) {
   });
 }
 
+std::vector<uint32_t> function_keys() {
+  static const auto keys = function_keys("1=1");
+  return keys;
+}
+
 std::vector<uint32_t> functions_of_adapter(uint32_t adapter) {
   return list_of<_ZELDB_PCI_FunKey_List>("adapter " + key_text(adapter), [&](auto* list) {
     return zeldb_get_pci_funkey_list(static_cast<int>(adapter), list);

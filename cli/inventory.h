@@ -16,7 +16,13 @@
 
 namespace zeldb::cli {
 
-std::vector<_ZELDB_Processor> read_processors();
+// Counts are the table's, of which the library's record has the lowest eight bits.
+struct CountedProcessor : _ZELDB_Processor {
+  uint32_t CoreCount;
+  uint32_t CoreEnabled;
+  uint32_t ThreadCount;
+};
+std::vector<CountedProcessor> read_processors();
 std::vector<_ZELDB_Memory> read_memory();
 // A drive without a sensor reads as sound. Of those that a scan has found, health is what they tell: unknown,
 // where that is nothing.
@@ -29,7 +35,9 @@ std::vector<_ZELDB_PCI_Adapter> all_adapters();
 std::vector<_ZELDB_PCI_GPU> all_gpus();
 
 // Keys of the functions that an SQL condition selects, ascending.
-std::vector<uint32_t> function_keys(std::string condition = "1=1");
+std::vector<uint32_t> function_keys(std::string condition);
+// Of all functions. Read once in a run.
+std::vector<uint32_t> function_keys();
 std::vector<uint32_t> functions_of_adapter(uint32_t adapter);
 std::vector<uint32_t> functions_in_slot(const Place& slot);
 // The function with this key, or those in a slot, which have to be there; all without either.

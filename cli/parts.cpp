@@ -48,7 +48,7 @@ std::string numbered(const char* what, unsigned number) {
 Parts processors(const Inventory&) {
   constexpr uint8_t kPopulated = 0x40;
   Parts parts;
-  for (const _ZELDB_Processor& row : read_processors()) {
+  for (const CountedProcessor& row : read_processors()) {
     Part part{.kind = "processor", .place = place_called(row.Socket)};
     part.name = known(row.Version);
     part.model = part.name;

@@ -1,70 +1,118 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <iterator>
+#include <memory>
+
 #include "cli/command.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "platform/zel_db.h"
+#include "zeldb/status.h"
 
 namespace zeldb::cli {
 
 namespace {
 
-using R = _ZELDB_Processor;
-
-constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Socket, "SOCKET", "Place"),
-    minor(ZELDB_COLUMN(R, Manufacturer, "MAKER", "Who made it")),
-    ZELDB_COLUMN(R, Version, "MODEL", "Model and version, as the processor reports it"),
-    summed(ZELDB_COLUMN(R, CoreCount, "CORES", "Number of cores")),
-    summed(ZELDB_COLUMN(R, CoreEnabled, "ENABLED", "Cores that are enabled")),
-    summed(ZELDB_COLUMN(R, ThreadCount, "THREADS", "Threads of all cores")),
-    without(ZELDB_COLUMN(R, MaxSpeed, "MAX MHZ", "Highest clock rate in MHz"), 0),
-    without(ZELDB_COLUMN(R, CurSpeed, "MHZ", "Clock rate in MHz"), 0),
-    minor(ZELDB_COLUMN(R, NodeIndex, "NODE", "Node that it belongs to")),
-    extra(ZELDB_COLUMN(R, _id, "ID", "Row of the table")),
-    extra(ZELDB_COLUMN(R, ProcId, "CPUID", "Signature and features")),
-    extra(ZELDB_COLUMN(R, ProcType, "TYPE", "SMBIOS processor type")),
-    extra(ZELDB_COLUMN(R, Family, "FAMILY", "SMBIOS processor family")),
-    extra(ZELDB_COLUMN(R, Voltage, "VOLTAGE", "SMBIOS voltage code")),
-    extra(without(ZELDB_COLUMN(R, ExtClock, "EXT MHZ", "External clock rate in MHz"), 0)),
-    extra(ZELDB_COLUMN(R, Status, "STATUS", "SMBIOS status: bit 6 populated, bits 0 to 2 the state")),
-    extra(ZELDB_COLUMN(R, Upgrade, "UPGRADE", "SMBIOS processor upgrade")),
-    extra(whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number"))),
-    extra(whole(ZELDB_COLUMN(R, AssetTag, "ASSET", "Asset tag"))),
-    extra(ZELDB_COLUMN(R, PartNo, "PART", "Part number")),
-    extra(ZELDB_COLUMN(R, Characteristics, "CHARACTERISTICS", "SMBIOS characteristics, bits")),
-    extra(ZELDB_COLUMN(R, L1CacheMaxSize, "L1 MAX",
-                       "Largest size of the first cache in KiB, in 64 KiB with bit 15")),
-    extra(ZELDB_COLUMN(R, L1CacheInstalled, "L1", "Size of the first cache in KiB, in 64 KiB with bit 15")),
-    extra(ZELDB_COLUMN(R, L1CacheType, "L1 TYPE", "SMBIOS type of the first cache")),
-    extra(ZELDB_COLUMN(R, L1CacheConfig, "L1 CONFIG", "SMBIOS configuration of the first cache")),
-    extra(ZELDB_COLUMN(R, L2CacheMaxSize, "L2 MAX",
-                       "Largest size of the second cache in KiB, in 64 KiB with bit 15")),
-    extra(ZELDB_COLUMN(R, L2CacheInstalled, "L2", "Size of the second cache in KiB, in 64 KiB with bit 15")),
-    extra(ZELDB_COLUMN(R, L2CacheType, "L2 TYPE", "SMBIOS type of the second cache")),
-    extra(ZELDB_COLUMN(R, L2CacheConfig, "L2 CONFIG", "SMBIOS configuration of the second cache")),
-    extra(ZELDB_COLUMN(R, L3CacheMaxSize, "L3 MAX",
-                       "Largest size of the third cache in KiB, in 64 KiB with bit 15")),
-    extra(ZELDB_COLUMN(R, L3CacheInstalled, "L3", "Size of the third cache in KiB, in 64 KiB with bit 15")),
-    extra(ZELDB_COLUMN(R, L3CacheType, "L3 TYPE", "SMBIOS type of the third cache")),
-    extra(ZELDB_COLUMN(R, L3CacheConfig, "L3 CONFIG", "SMBIOS configuration of the third cache")),
+struct Shown {
+  _ZELDB_Processor Record;
+  uint32_t CoreCount;
+  uint32_t CoreEnabled;
+  uint32_t ThreadCount;
 };
+
+#define RECORD_COLUMN(Member, Heading, Help) ZELDB_COLUMN_IN(Shown, Record, Member, Heading, Help)
+constexpr Column kColumns[] = {
+    RECORD_COLUMN(Socket, "SOCKET", "Place"),
+    minor(RECORD_COLUMN(Manufacturer, "MAKER", "Who made it")),
+    RECORD_COLUMN(Version, "MODEL", "Model and version, as the processor reports it"),
+    summed(ZELDB_COLUMN(Shown, CoreCount, "CORES", "Number of cores")),
+    summed(ZELDB_COLUMN(Shown, CoreEnabled, "ENABLED", "Cores that are enabled")),
+    summed(ZELDB_COLUMN(Shown, ThreadCount, "THREADS", "Threads of all cores")),
+    without(RECORD_COLUMN(MaxSpeed, "MAX MHZ", "Highest clock rate in MHz"), 0),
+    without(RECORD_COLUMN(CurSpeed, "MHZ", "Clock rate in MHz"), 0),
+    minor(RECORD_COLUMN(NodeIndex, "NODE", "Node that it belongs to")),
+    extra(RECORD_COLUMN(_id, "ID", "Row of the table")),
+    extra(RECORD_COLUMN(ProcId, "CPUID", "Signature and features")),
+    extra(RECORD_COLUMN(ProcType, "TYPE", "SMBIOS processor type")),
+    extra(RECORD_COLUMN(Family, "FAMILY", "SMBIOS processor family")),
+    extra(RECORD_COLUMN(Voltage, "VOLTAGE", "SMBIOS voltage code")),
+    extra(without(RECORD_COLUMN(ExtClock, "EXT MHZ", "External clock rate in MHz"), 0)),
+    extra(RECORD_COLUMN(Status, "STATUS", "SMBIOS status: bit 6 populated, bits 0 to 2 the state")),
+    extra(RECORD_COLUMN(Upgrade, "UPGRADE", "SMBIOS processor upgrade")),
+    extra(whole(RECORD_COLUMN(SerialNo, "SERIAL", "Serial number"))),
+    extra(whole(RECORD_COLUMN(AssetTag, "ASSET", "Asset tag"))),
+    extra(RECORD_COLUMN(PartNo, "PART", "Part number")),
+    extra(RECORD_COLUMN(Characteristics, "CHARACTERISTICS", "SMBIOS characteristics, bits")),
+    extra(RECORD_COLUMN(L1CacheMaxSize, "L1 MAX",
+                        "Largest size of the first cache in KiB, in 64 KiB with bit 15")),
+    extra(RECORD_COLUMN(L1CacheInstalled, "L1", "Size of the first cache in KiB, in 64 KiB with bit 15")),
+    extra(RECORD_COLUMN(L1CacheType, "L1 TYPE", "SMBIOS type of the first cache")),
+    extra(RECORD_COLUMN(L1CacheConfig, "L1 CONFIG", "SMBIOS configuration of the first cache")),
+    extra(RECORD_COLUMN(L2CacheMaxSize, "L2 MAX",
+                        "Largest size of the second cache in KiB, in 64 KiB with bit 15")),
+    extra(RECORD_COLUMN(L2CacheInstalled, "L2", "Size of the second cache in KiB, in 64 KiB with bit 15")),
+    extra(RECORD_COLUMN(L2CacheType, "L2 TYPE", "SMBIOS type of the second cache")),
+    extra(RECORD_COLUMN(L2CacheConfig, "L2 CONFIG", "SMBIOS configuration of the second cache")),
+    extra(RECORD_COLUMN(L3CacheMaxSize, "L3 MAX",
+                        "Largest size of the third cache in KiB, in 64 KiB with bit 15")),
+    extra(RECORD_COLUMN(L3CacheInstalled, "L3", "Size of the third cache in KiB, in 64 KiB with bit 15")),
+    extra(RECORD_COLUMN(L3CacheType, "L3 TYPE", "SMBIOS type of the third cache")),
+    extra(RECORD_COLUMN(L3CacheConfig, "L3 CONFIG", "SMBIOS configuration of the third cache")),
+};
+#undef RECORD_COLUMN
+
+std::vector<Shown> read_shown() {
+  std::vector<Shown> rows;
+  for (const CountedProcessor& processor : read_processors())
+    rows.push_back({static_cast<const _ZELDB_Processor&>(processor), processor.CoreCount,
+                    processor.CoreEnabled, processor.ThreadCount});
+  return rows;
+}
+
+void count(CountedProcessor& processor) {
+  const _ZELDB_Processor& narrow = processor;
+  processor.CoreCount = narrow.CoreCount;
+  processor.CoreEnabled = narrow.CoreEnabled;
+  processor.ThreadCount = narrow.ThreadCount;
+}
+
+// The few that the record cannot hold. A failure is no reason to show no processors.
+void count_many(std::vector<CountedProcessor>& processors) {
+  constexpr const char* kCounts[] = {"_id", "CoreCount", "CoreEnabled", "ThreadCount"};
+  zel_db_result_t* found = nullptr;
+  zel_db_query(get_dmdb_handle(0, nullptr, 0), "Processor", kCounts, std::size(kCounts),
+               "CoreCount>255 OR CoreEnabled>255 OR ThreadCount>255", nullptr, 0, nullptr, &found);
+  const std::unique_ptr<zel_db_result_t, void (*)(zel_db_result_t*)> rows(found, zel_db_free_result);
+  while (rows != nullptr && zel_db_result_step(found) == ZELDB_ROW) {
+    uint32_t id = 0;
+    zel_db_result_column_uint(found, 0, &id);
+    for (CountedProcessor& processor : processors) {
+      if (processor._id != id) continue;
+      zel_db_result_column_uint(found, 1, &processor.CoreCount);
+      zel_db_result_column_uint(found, 2, &processor.CoreEnabled);
+      zel_db_result_column_uint(found, 3, &processor.ThreadCount);
+    }
+  }
+}
 
 }  // namespace
 
-std::vector<_ZELDB_Processor> read_processors() {
-  std::vector<R> processors;
+std::vector<CountedProcessor> read_processors() {
+  std::vector<CountedProcessor> processors;
   for (const uint32_t id :
        list_of<_ZELDB_Id_List>("processors", [](auto* list) { return zeldb_get_processor_list(list); })) {
-    R processor = {};
+    CountedProcessor processor = {};
     processor._id = id;
-    if (check_found(zeldb_get_processor(&processor), "processor " + std::to_string(id)))
-      processors.push_back(processor);
+    if (!check_found(zeldb_get_processor(&processor), "processor " + std::to_string(id))) continue;
+    count(processor);
+    processors.push_back(processor);
   }
+  if (!processors.empty()) count_many(processors);
   return processors;
 }
 
 void setup_processors(CLI::App& app) {
-  Listing(app).view(kColumns, read_processors).order({"NodeIndex", "Socket"});
+  Listing(app).view(kColumns, read_shown).order({"NodeIndex", "Socket"});
 }
 
 }  // namespace zeldb::cli

@@ -47,7 +47,7 @@ uint32_t key_of(uint8_t location, uint16_t slot) {
 
 void add_processors(Machine& machine) {
   Ids ids;
-  for (const _ZELDB_Processor& record : read_processors()) {
+  for (const CountedProcessor& record : read_processors()) {
     Processor& processor = machine.processors.emplace_back();
     processor.record = record;
     name_entry(processor, ids, kSystem + "/Processors", record.Socket);

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/inventory.h"
 #include "cli/mask.h"
 #include "cli/settings.h"
 #include "cli/slots.h"
@@ -32,7 +33,7 @@ struct Entry {
 };
 
 struct Processor : Entry {
-  _ZELDB_Processor record;
+  CountedProcessor record;
 };
 
 struct Gpu : Entry {
