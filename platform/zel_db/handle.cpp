@@ -2,6 +2,7 @@
 #include "zel_db/handle.h"
 
 #include <algorithm>
+#include <new>
 
 #include "platform/vrel_log.h"
 #include "zel_db/sql/statements.h"
@@ -162,9 +163,13 @@ int _zel_db_handle_t::end_batch() {
   if (session_ == nullptr || !session_->is_in_batch) return failed(kConnectionLost, "the batch is lost", {});
   session_->is_in_batch = false;
   if (!session_->connection->in_transaction()) return failed(kBusy, "the batch was rolled back", {});
-  const int status = execute_text("COMMIT");
-  if (status != kOk && session_ != nullptr && session_->connection->in_transaction())
-    execute_text("ROLLBACK");
+  int status = kNoMemory;
+  try {
+    status = execute_text("COMMIT");
+  } catch (const std::bad_alloc&) {
+    status = kNoMemory;
+  }
+  if (status != kOk) disconnect();  // which gives up what is still open
   return status;
 }
 
@@ -188,8 +193,16 @@ int _zel_db_handle_t::end_reads() {
 void _zel_db_handle_t::end_reads_before(Access access) {
   if (session_ == nullptr || !session_->reader) return;
   if (access == Access::Read && session_->reader == std::this_thread::get_id()) return;
-  session_->reader.reset();
-  execute_once(text_key("COMMIT"), {}, nullptr, nullptr);
+  bool has_ended = false;
+  try {
+    has_ended = execute_once(text_key("COMMIT"), {}, nullptr, nullptr) == kOk;
+  } catch (const std::bad_alloc&) {
+    has_ended = false;
+  }
+  if (has_ended)
+    session_->reader.reset();
+  else
+    disconnect();  // no later call may find it open
 }
 
 // A read is repeated on a new connection. A write is not, because it may have been done before the connection
