@@ -4,7 +4,6 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <span>
@@ -12,7 +11,6 @@
 #include <unordered_set>
 
 #include "platform/cmr.h"
-#include "platform/zel_db_batch.h"
 #include "ucm/attribute_record.h"
 #include "ucm/trace.h"
 #include "zeldb/status.h"
@@ -50,49 +48,9 @@ void fetch_value(const char* id, int selector, unsigned char (&value)[N]) {
   std::memcpy(value, request.ValueBuffer, strnlen(request.ValueBuffer, N - 1));
 }
 
-// Rows of a collection are stored together, as a transaction for each would cost more than the row. The
-// values of the next row are asked for in between, so a batch ends when others have waited long enough.
-class Batch {
- public:
-  explicit Batch(_zel_db_handle_t* handle) : handle_(handle) { begin(); }
-  Batch(const Batch&) = delete;
-  Batch& operator=(const Batch&) = delete;
-  ~Batch() { end(); }  // its rows stay although a later one failed
-
-  // False if the rows of a batch could not be stored.
-  bool add_row() {
-    constexpr int kMostRows = 64;
-    constexpr std::chrono::milliseconds kLongest{100};
-    if (++rows_ < kMostRows && Clock::now() - begun_ < kLongest) return true;
-    const bool stored = end();
-    begin();
-    return stored;
-  }
-
-  bool end() {
-    const bool stored = !is_open_ || zel_db_end_batch(handle_) == ZELDB_OK;
-    is_open_ = false;
-    return stored;
-  }
-
- private:
-  using Clock = std::chrono::steady_clock;
-
-  void begin() {
-    rows_ = 0;
-    begun_ = Clock::now();
-    is_open_ = zel_db_begin_batch != nullptr && zel_db_begin_batch(handle_) == ZELDB_OK;
-  }
-
-  _zel_db_handle_t* const handle_;
-  bool is_open_ = false;
-  int rows_ = 0;
-  Clock::time_point begun_;
-};
-
 class Collections {
  public:
-  Collections(_zel_db_handle_t* handle, Retrieval retrieval) : handle_(handle), retrieval_(retrieval) {}
+  explicit Collections(Retrieval retrieval) : retrieval_(retrieval) {}
 
   bool store(const char* name, uint32_t index);
 
@@ -102,7 +60,6 @@ class Collections {
   bool store_attributes(const char* name, std::span<const cmr_bios_attribute> attributes);
   bool store_attribute(const char* name, const cmr_bios_attribute& attribute, uint32_t key) const;
 
-  _zel_db_handle_t* handle_;
   Retrieval retrieval_;
   // Across all collections: a function has one row per run.
   std::unordered_set<uint32_t> seen_;
@@ -142,15 +99,14 @@ bool Collections::store(const char* name, uint32_t index) {
 
 // A repeated key ends the collection as the end mark does.
 bool Collections::store_attributes(const char* name, std::span<const cmr_bios_attribute> attributes) {
-  Batch batch(handle_);
   for (const cmr_bios_attribute& attribute : attributes) {
     if (ends_list(attribute)) break;
     const uint32_t key = function_key_of(attribute);
     if (seen_.contains(key)) break;
-    if (!store_attribute(name, attribute, key) || !batch.add_row()) return false;
+    if (!store_attribute(name, attribute, key)) return false;
     seen_.insert(key);
   }
-  return batch.end();
+  return true;
 }
 
 bool Collections::store_attribute(const char* name, const cmr_bios_attribute& attribute, uint32_t key) const {
@@ -169,14 +125,13 @@ bool Collections::store_attribute(const char* name, const cmr_bios_attribute& at
   return extract_PCISetting_info(&record) == ZELDB_OK;
 }
 
-bool store_collections(_zel_db_handle_t* handle) {
+bool store_collections() {
   char** names = nullptr;
   uint32_t count = 0;
   if (cmr_get_bios_collections(&names, &count) != 0) return false;
   ucm_parse_log("UCM Parser: numcfg = %d\n", static_cast<int>(count));
   if (names == nullptr) count = 0;
-  Collections collections(handle,
-                          access(kFullRetrievalMarker, F_OK) == 0 ? Retrieval::Full : Retrieval::Lite);
+  Collections collections(access(kFullRetrievalMarker, F_OK) == 0 ? Retrieval::Full : Retrieval::Lite);
   for (uint32_t index = 0; index < count; ++index) {
     if (!collections.store(names[index], index)) return false;
   }
@@ -205,7 +160,7 @@ int ucm_parse(ParserState* state, _zel_db_handle_t* handle) {
   }
   if (state->ClearTable == 1) clear_pci_setting_table(handle);
   if (cmr_api_initialize() != 0) return 0;
-  const bool stored = store_collections(handle);
+  const bool stored = store_collections();
   cmr_api_uninitialize();
   if (!stored) return 0;
   const int status = zeldb_merge_aim_ucm_pfa();
