@@ -13,7 +13,7 @@
 #include "db/field.h"
 #include "db/owners.h"
 #include "platform/zel_db.h"
-#include "platform/zel_db_batch.h"
+#include "platform/zel_db_reads.h"
 #include "zeldb/status.h"
 
 namespace zeldb {
@@ -33,7 +33,7 @@ inline _zel_db_param_t bound(int32_t value) {
 class Reads {
  public:
   explicit Reads(_zel_db_handle_t* handle)
-      : handle_(zel_db_begin_reads != nullptr && zel_db_begin_reads(handle) == ZELDB_OK ? handle : nullptr) {}
+      : handle_(is_offered() && zel_db_begin_reads(handle) == ZELDB_OK ? handle : nullptr) {}
   Reads(const Reads&) = delete;
   Reads& operator=(const Reads&) = delete;
   ~Reads() {
@@ -41,6 +41,8 @@ class Reads {
   }
 
  private:
+  static bool is_offered() { return zel_db_begin_reads != nullptr && zel_db_end_reads != nullptr; }
+
   _zel_db_handle_t* const handle_;
 };
 

@@ -10,7 +10,7 @@
 #pragma GCC visibility push(default)
 #include "platform/zel_db.h"
 #include "platform/zel_db_admin.h"
-#include "platform/zel_db_batch.h"
+#include "platform/zel_db_reads.h"
 #pragma GCC visibility pop
 
 #include "zel_db/status.h"

@@ -147,10 +147,6 @@ Handle* inventory_handle() {
   return handle->is_ready_in_environment() ? handle : nullptr;
 }
 
-bool is_inventory(const Handle* handle) {
-  return handle == Registry::instance().inventory();
-}
-
 bool is_open(const Handle* handle) {
   return Registry::instance().has(handle);
 }

@@ -11,7 +11,6 @@ namespace zel_db {
 // The handle of the inventory database; null while that cannot be opened.
 Handle* inventory_handle();
 
-bool is_inventory(const Handle* handle);
 // Whether it is the inventory's handle or one that open_handle gave: a caller may have another of its own.
 bool is_open(const Handle* handle);
 

@@ -6,7 +6,6 @@
 #ifndef ZEL_DB_ENGINE_H
 #define ZEL_DB_ENGINE_H
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -74,8 +73,6 @@ struct Dialect {
   const char* table_options;
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
-  // Begin a transaction whose reads see what others have committed since.
-  std::array<const char*, 2> begin_batch;
   const char* begin_reads;  // null where a transaction saves nothing
   // The select that gives the names and types of a table's columns, and no row if there is no such table.
   std::string (*columns_of)(const std::string& table);

@@ -139,47 +139,14 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
   return status;
 }
 
-int _zel_db_handle_t::execute_text(std::string_view sql) {
-  begin_statement();
-  return execute(text_key(sql), Access::Write, nullptr, nullptr);
-}
-
-int _zel_db_handle_t::begin_batch() {
-  const std::lock_guard lock(mutex_);
-  if (!connect()) return kConnectionLost;
-  if (session_->connection->in_transaction()) return failed(kSqlError, "a transaction is open", {});
-  for (const char* const sql : session_->dialect->begin_batch) {
-    if (sql == nullptr) continue;
-    const int status = execute_text(sql);
-    if (status != kOk) return status;
-  }
-  session_->is_in_batch = true;
-  return kOk;
-}
-
-// An error may have ended the transaction: a deadlock does, and a lost connection.
-int _zel_db_handle_t::end_batch() {
-  const std::lock_guard lock(mutex_);
-  if (session_ == nullptr || !session_->is_in_batch) return failed(kConnectionLost, "the batch is lost", {});
-  session_->is_in_batch = false;
-  if (!session_->connection->in_transaction()) return failed(kBusy, "the batch was rolled back", {});
-  int status = kNoMemory;
-  try {
-    status = execute_text("COMMIT");
-  } catch (const std::bad_alloc&) {
-    status = kNoMemory;
-  }
-  if (status != kOk) disconnect();  // which gives up what is still open
-  return status;
-}
-
 int _zel_db_handle_t::begin_reads() {
   const std::lock_guard lock(mutex_);
   if (session_ == nullptr || session_->dialect->begin_reads == nullptr ||
       session_->connection->in_transaction())
     return kSqlError;
-  const int status = execute_text(session_->dialect->begin_reads);
-  if (status == kOk && session_ != nullptr) session_->reader = std::this_thread::get_id();
+  const int status = execute_once(text_key(session_->dialect->begin_reads), {}, nullptr, nullptr);
+  drop_if_lost();
+  if (status == kOk) session_->reader = std::this_thread::get_id();
   return status;
 }
 

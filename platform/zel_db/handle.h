@@ -31,8 +31,6 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
              zel_db::Parameters parameters, int64_t* updated);
   int remove(std::string_view table, std::string_view where, zel_db::Parameters parameters, int64_t* deleted);
 
-  int begin_batch();
-  int end_batch();
   int begin_reads();
   int end_reads();
 
@@ -64,7 +62,6 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
               zel_db::Outcome* outcome);
   int execute_once(const zel_db::StatementKey& key, std::span<const zel_db::Value> values,
                    zel_db_result_t* rows, zel_db::Outcome* outcome);
-  int execute_text(std::string_view sql);
   void end_reads_before(Access access);
   int failed(int status, std::string_view message, std::string_view sql);
 

@@ -22,7 +22,6 @@ struct Session {
   std::unique_ptr<Connection> connection;
   const Dialect* dialect;
   StatementCache cache;
-  bool is_in_batch = false;
   std::optional<std::thread::id> reader{};  // whose reads are in one transaction
 };
 

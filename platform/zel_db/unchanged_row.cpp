@@ -25,13 +25,11 @@ bool finds_nothing(Prepared& look, std::span<const Value> condition) {
 }  // namespace
 
 // Mostly nothing has changed. A query finds that out faster than an update, which takes locks before it finds
-// nothing to write. The update is known to be valid, because it has been used before. Within a transaction
-// that is no batch a query would see the rows as they were when that began. If the look fails, the update is
-// run.
+// nothing to write. The update is known to be valid, because it has been used before. Within a transaction a
+// query would see the rows as they were when that began. If the look fails, the update is run.
 bool row_is_unchanged(Session& session, const StatementKey& update, std::span<const Value> condition) {
   constexpr size_t kMany = 8;  // fewer cost too little
-  if (condition.size() < kMany || (session.connection->in_transaction() && !session.is_in_batch))
-    return false;
+  if (condition.size() < kMany || session.connection->in_transaction()) return false;
   const StatementCache::Lease lease = session.cache.find(update);
   if (!lease || !lease.statement().facts().is_of_one_row) return false;
   if (lease.look() == nullptr) lease.look() = prepare_look(session, update);

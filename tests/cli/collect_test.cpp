@@ -42,11 +42,9 @@ class Collect : public DatabaseTest {
   void add(const std::string& name) const {
     ASSERT_EQ(run_zeldb({"export", "--force", fleet_ / name}).exit_status, 0);
   }
-  // In an export.
   void change(const std::string& name, const std::vector<std::string>& statements) const {
-    setenv("ZEL_DB_URL", ("sqlite://" + (fleet_ / name).string()).c_str(), 1);
+    const Redirected redirected(fleet_ / name, database);
     database.run_all(statements);
-    setenv("ZEL_DB_URL", database.url().c_str(), 1);
   }
   Outcome collect(const std::string& what, const std::string& to) const {
     return run_zeldb({"collect", "--to", to, what}, {"ZEL_DB_URL=" + url_of_nothing(database)});

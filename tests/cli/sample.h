@@ -4,6 +4,7 @@
 #ifndef TESTS_CLI_SAMPLE_H
 #define TESTS_CLI_SAMPLE_H
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,17 @@ void load_sample();
 
 // A URL of the same engine without databases behind it.
 std::string url_of_nothing(const Database& database);
+
+// Has statements go to an export.
+struct Redirected {
+  Redirected(const std::string& exported, const Database& database) : url(database.url()) {
+    setenv("ZEL_DB_URL", ("sqlite://" + exported).c_str(), 1);
+  }
+  Redirected(const Redirected&) = delete;
+  Redirected& operator=(const Redirected&) = delete;
+  ~Redirected() { setenv("ZEL_DB_URL", url.c_str(), 1); }
+  const std::string& url;
+};
 
 // SAMPLES in a text, and the folder that it stands for.
 std::string with_samples(const std::string& text);

@@ -25,17 +25,6 @@ void write(const fs::path& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
 }
 
-// Has statements go to an export.
-struct Redirected {
-  Redirected(const fs::path& exported, const Database& database) : url(database.url()) {
-    setenv("ZEL_DB_URL", ("sqlite://" + exported.string()).c_str(), 1);
-  }
-  Redirected(const Redirected&) = delete;
-  Redirected& operator=(const Redirected&) = delete;
-  ~Redirected() { setenv("ZEL_DB_URL", url.c_str(), 1); }
-  const std::string& url;
-};
-
 class Snapshot : public DatabaseTest {
  protected:
   void SetUp() override {

@@ -47,7 +47,7 @@ TEST_P(Lifetime, CachedStatementsSeeWhatOthersDo) {
 
 // A long condition that mostly finds nothing is asked first.
 TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
-  _zel_db_handle_t* const client = get_dmdb_handle(0, nullptr, 0);
+  const Client client;
   database.run(
       "insert into PCIAdapter (SlotNo, SegNo, BusNo, DeviceNo, FunctionNo, Location, PCIKey, OOBSrc)"
       " values (1, 2, 3, 4, 5, 6, 7, 8)");
@@ -55,34 +55,25 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
   zel_db_content_put_text(values, "CardName", "x");
   // A transaction of this server sees what was there when it first looked, but writes to what is there now.
   const bool keeps_looking_back = GetParam() == Engine::MariaDb;
-  const std::string steps[][2] = {{"1", ""},      {"1", ""},      {"2", ""},     {"1", ""},
-                                  {"2", "begin"}, {"1", "batch"}, {"2", "batch"}};
-  for (const auto& [slot, begun] : steps) {
-    if (begun == "batch" && !keeps_looking_back) continue;  // nobody else writes
-    if (begun == "begin") raw(client, begun);
-    if (begun == "batch") {
-      ASSERT_EQ(zel_db_begin_batch(client), 0);
-    }
-    if (!begun.empty() && keeps_looking_back) query(client, "PCIAdapter", "_id");
-    database.run("update PCIAdapter set SlotNo=" + slot);
+  for (const auto& [slot, begun] : {std::pair(1, false), {1, false}, {2, false}, {1, false}, {2, true}}) {
+    if (begun) raw(client, "begin");
+    if (begun && keeps_looking_back) query(client, "PCIAdapter", "_id");
+    database.run("update PCIAdapter set SlotNo=" + std::to_string(slot));
     const std::string changed =
         "(SlotNo!=1 OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR PCIKey!=7)";
     const std::tuple<std::string, int, int> cases[] = {
-        {"_id=1 AND " + changed, 0, slot == "1" ? 0 : 1},
+        {"_id=1 AND " + changed, 0, slot == 1 ? 0 : 1},
         {"_id=2 AND " + changed, 0, 0},
-        {"_id=2 AND " + changed + " OR (SlotNo=2)", 0, slot == "2" ? 1 : 0},
+        {"_id=2 AND " + changed + " OR (SlotNo=2)", 0, slot == 2 ? 1 : 0},
         {"_id=1 AND " + changed + "=", 2, 77},
-        {"_id=1 AND (CardName!='x' OR ConnectorType=-1 OR " + changed + ")", 0, slot == "1" ? 0 : 1},
+        {"_id=1 AND (CardName!='x' OR ConnectorType=-1 OR " + changed + ")", 0, slot == 1 ? 0 : 1},
     };
     for (const auto& [where, status, rows] : cases) {
       int64_t updated = 77;
       EXPECT_EQ(zel_db_update(client, "PCIAdapter", values, where.c_str(), nullptr, 0, &updated), status);
       EXPECT_EQ(updated, rows) << slot << " " << where;
     }
-    if (begun == "begin") raw(client, "commit");
-    if (begun == "batch") {
-      ASSERT_EQ(zel_db_end_batch(client), 0);
-    }
+    if (begun) raw(client, "commit");
   }
   // A server may refuse in an update what it lets pass in a query: then each time.
   const std::string converts =
@@ -179,32 +170,6 @@ TEST_P(Lifetime, TransactionsHoldOffWritersAndEndWithTheirHandle) {
   if (GetParam() == Engine::MariaDb) raw(Client(), "set autocommit=0");
   insert(Client(), 2);
   EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1;2");
-}
-
-TEST_P(Lifetime, ABatchIsStoredWhenItEnds) {
-  _zel_db_handle_t* const handle = get_dmdb_handle(0, nullptr, 0);
-  const Client other;
-  EXPECT_NE(zel_db_begin_batch(other), 0);
-  EXPECT_NE(zel_db_end_batch(handle), 0);
-  ASSERT_EQ(zel_db_begin_batch(handle), 0);
-  EXPECT_NE(zel_db_begin_batch(handle), 0);
-  EXPECT_EQ(insert(handle, 1), "");
-  EXPECT_NE(raw(handle, "insert into PCIAdapter (SlotNo) values ('x')"), "");
-  EXPECT_EQ(insert(handle, 2), "");
-  EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "");
-  EXPECT_EQ(zel_db_end_batch(handle), 0);
-  EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1;2");
-  const std::function<void()> losses[] = {
-      [&] { raw(handle, "rollback"); },
-      [] { in_child([] { return true; }); },  // no connection crosses a fork
-  };
-  for (const auto& lose : losses) {
-    ASSERT_EQ(zel_db_begin_batch(handle), 0);
-    EXPECT_EQ(insert(handle, 3), "");
-    lose();
-    EXPECT_NE(zel_db_end_batch(handle), 0);
-    EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1;2");
-  }
 }
 
 TEST_P(Lifetime, ReadsInOneTransactionAreOneThreadsAndEndBeforeAWrite) {

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <mutex>
 
 namespace zel_db {
 
@@ -34,10 +35,16 @@ std::string load() {
 
 }  // namespace
 
+// A failure, such as too many open files, may be over with the next attempt.
 bool load_client_library(std::string* error) {
-  static const std::string reason = load();
-  if (!reason.empty()) *error = reason;
-  return reason.empty();
+  static constinit std::mutex mutex;
+  static constinit bool is_loaded = false;
+  const std::lock_guard lock(mutex);
+  if (is_loaded) return true;
+  const std::string reason = load();
+  is_loaded = reason.empty();
+  if (!is_loaded) *error = reason;
+  return is_loaded;
 }
 
 }  // namespace zel_db

@@ -57,7 +57,6 @@ constexpr Dialect kDialect = {
     .table_options = " ENGINE=InnoDB DEFAULT CHARACTER SET latin1 COLLATE latin1_nopad_bin",
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
-    .begin_batch = {"SET TRANSACTION ISOLATION LEVEL READ COMMITTED", "START TRANSACTION"},
     .begin_reads = nullptr,
     .columns_of = columns_of,
     .bytes = "binary",

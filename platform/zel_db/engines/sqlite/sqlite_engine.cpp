@@ -46,7 +46,6 @@ constexpr Dialect kDialect = {
     .table_options = " STRICT",
     .begin_definitions = "BEGIN IMMEDIATE",
     .commit_definitions = "COMMIT",
-    .begin_batch = {"BEGIN IMMEDIATE", nullptr},  // nobody else commits meanwhile
     .begin_reads = "BEGIN",
     .columns_of = columns_of,
     .bytes = "blob",
