@@ -112,10 +112,6 @@ struct Result {
   zel_db_result_t* rows = nullptr;
 };
 
-}  // namespace
-
-namespace {
-
 // Where a table for people has "-", there is nothing: a drive without wear is not worn.
 std::vector<Row> known_rows(const View& view) {
   std::vector<Row> rows = read_rows(view, nullptr);

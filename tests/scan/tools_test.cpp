@@ -235,7 +235,9 @@ TEST_P(ScanTools, ListTheSameDrives) {
     if (fields.contains("SerialNo")) ours[fields.at("SerialNo")] = fields;
   for (const auto& [serial, fields] : theirs) EXPECT_TRUE(ours.contains(serial)) << serial;
   const auto compared = expect_agreement(ours, theirs);
-  EXPECT_EQ(compared.size(), is_recorded ? 4U : compared.size()) << testing::PrintToString(compared);
+  if (is_recorded) {
+    EXPECT_EQ(compared.size(), 4U) << testing::PrintToString(compared);
+  }
 }
 
 TEST_P(ScanTools, DecodeTheSameStructures) {
@@ -266,7 +268,9 @@ TEST_P(ScanTools, DecodeTheSameStructures) {
   } kinds[] = {{"0", "Firmwares", 3}, {"4", "Processor", 12}, {"9", "PCIs", 2}, {"17", "Memory", 11}};
   for (const auto& [type, table, columns] : kinds) {
     const auto compared = expect_agreement(found(table), theirs[type]);
-    EXPECT_EQ(compared.size(), is_recorded ? columns : compared.size()) << testing::PrintToString(compared);
+    if (is_recorded) {
+      EXPECT_EQ(compared.size(), columns) << testing::PrintToString(compared);
+    }
   }
 }
 
