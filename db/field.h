@@ -73,8 +73,16 @@ inline unsigned char* bytes_of(const Field& field, void* record) {
   return static_cast<unsigned char*>(record) + field.offset;
 }
 
+// Copies of a size that is known are no calls.
 inline void set_number(const Field& field, void* record, uint64_t value) {
-  std::memcpy(bytes_of(field, record), &value, field.size);
+  unsigned char* const place = bytes_of(field, record);
+  if (field.size == sizeof(uint32_t)) {
+    std::memcpy(place, &value, sizeof(uint32_t));
+  } else if (field.size == 1) {
+    *place = static_cast<unsigned char>(value);
+  } else {
+    std::memcpy(place, &value, field.size);
+  }
 }
 
 inline uint64_t number_of(const Field& field, const void* record) {

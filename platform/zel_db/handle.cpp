@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 
 #include "platform/vrel_log.h"
 #include "zel_db/sql/statements.h"
@@ -60,25 +61,32 @@ int _zel_db_handle_t::query(std::string_view table, std::span<const char* const>
                             Result** out) {
   const std::lock_guard lock(mutex_);
   begin_statement();
-  sql_.append("SELECT ");
-  for (const char* column : columns) {
-    sql_.append(column);
-    sql_.push_back(',');
+  std::optional<RecentQuery> first;  // a connection remembers the next ones
+  RecentQuery& recent = session_ != nullptr ? session_->recent_queries.of(columns) : first.emplace();
+  recent.select(table, columns);
+  if (recent.knows(where, order, parameters.size()) && append_parameters(parameters, values_)) {
+    sql_.append(recent.statement);
+    return read(query_key(sql_.view(), recent.statement_hash), out);
   }
-  if (columns.empty()) sql_.append("*,");
-  sql_.back() = ' ';
-  sql_.append("FROM ");
-  sql_.append(table);
+  values_.clear();
+  sql_.append(recent.head);
   bool ended = false;
-  int status = append_where(where, parameters, &ended);
+  const int status = append_where(where, parameters, &ended);
   if (status != kOk) return status;
   if (!order.empty()) {
     if (ended) return failed(kSqlError, "more than one statement", where);
     sql_.append(" ORDER BY ");
     sql_.append(order);
   }
+  const uint64_t hash = hash_of(sql_.view(recent.head.size()), recent.head_hash);
+  if (values_.list.size() == parameters.size())
+    recent.learn(where, order, parameters.size(), sql_.view(), hash);
+  return read(query_key(sql_.view(), hash), out);
+}
+
+int _zel_db_handle_t::read(const StatementKey& key, Result** out) {
   std::unique_ptr<Result> rows;
-  status = execute(query_key(sql_.view()), Access::Read, &rows, nullptr);
+  const int status = execute(key, Access::Read, &rows, nullptr);
   *out = rows.release();
   return status;
 }

@@ -57,7 +57,8 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   int append_template(std::string_view text, zel_db::Parameters parameters, zel_db::Literals literals,
                       bool* ended);
   int append_where(std::string_view where, zel_db::Parameters parameters, bool* ended);
-  // With the values of values_.
+  // These two with the values of values_.
+  int read(const zel_db::StatementKey& key, zel_db_result_t** out);
   int execute(const zel_db::StatementKey& key, Access access, std::unique_ptr<zel_db_result_t>* rows,
               zel_db::Outcome* outcome);
   int execute_once(const zel_db::StatementKey& key, std::span<const zel_db::Value> values,

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "zel_db/engine.h"
+#include "zel_db/recent_queries.h"
 #include "zel_db/statement_cache.h"
 
 namespace zel_db {
@@ -22,6 +23,7 @@ struct Session {
   std::unique_ptr<Connection> connection;
   const Dialect* dialect;
   StatementCache cache;
+  RecentQueries recent_queries;
   std::optional<std::thread::id> reader{};  // whose reads are in one transaction
 };
 

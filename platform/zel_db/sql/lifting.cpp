@@ -14,6 +14,15 @@ using Kind = Token::Kind;
 constexpr uint32_t kSigned = 2;
 constexpr uint32_t kUnsigned = 3;
 
+bool is_known(const _zel_db_param_t& parameter) {
+  return parameter.Type == kSigned || parameter.Type == kUnsigned;
+}
+
+Value value_of(const _zel_db_param_t& parameter) {
+  const auto low = static_cast<uint32_t>(parameter.Value);
+  return Value::compared(parameter.Type == kSigned ? static_cast<int64_t>(static_cast<int32_t>(low)) : low);
+}
+
 class Lifter {
  public:
   Lifter(std::string_view text, Parameters parameters, Literals literals, SqlText& sql, Values& values)
@@ -114,15 +123,12 @@ void Lifter::take_placeholder(const Token& placeholder) {
     return fail("the parameters are fewer than the placeholders", kInvalidArgument);
   }
   const _zel_db_param_t& parameter = parameters_[next_parameter_++];
-  const auto low = static_cast<uint32_t>(parameter.Value);
-  if (parameter.Type != kSigned && parameter.Type != kUnsigned) {
-    return fail("unknown parameter type", kInvalidArgument);
-  }
-  const auto number = parameter.Type == kSigned ? static_cast<int64_t>(static_cast<int32_t>(low)) : low;
+  if (!is_known(parameter)) return fail("unknown parameter type", kInvalidArgument);
+  const Value value = value_of(parameter);
   const char* const p = placeholder.begin();
   const bool is_apart = p != copied_ && !is_word(p[-1]) && p[-1] != '?' && (p + 1 == end_ || !is_word(p[1]));
-  if (!is_apart) return put_placeholder(p, p + 1, Value::compared(number));
-  values_.list.push_back(Value::compared(number));  // the placeholder is copied with the text around it
+  if (!is_apart) return put_placeholder(p, p + 1, value);
+  values_.list.push_back(value);  // the placeholder is copied with the text around it
 }
 
 void Lifter::end_statement(const Token& semicolon) {
@@ -165,6 +171,14 @@ Value Lifter::unquoted(const Token& text) {
 }
 
 }  // namespace
+
+bool append_parameters(Parameters parameters, Values& values) {
+  for (const _zel_db_param_t& parameter : parameters) {
+    if (!is_known(parameter)) return false;
+    values.list.push_back(value_of(parameter));
+  }
+  return true;
+}
 
 LiftOutcome lift_literals(std::string_view text, Parameters parameters, Literals literals, SqlText& sql,
                           Values& values) {

@@ -56,6 +56,10 @@ using SqlText = SmallVector<char, 1024>;
 LiftOutcome lift_literals(std::string_view text, Parameters parameters, Literals literals, SqlText& sql,
                           Values& values);
 
+// The values for a text that has placeholders alone, as many as there are parameters. False if one is of an
+// unknown type.
+bool append_parameters(Parameters parameters, Values& values);
+
 }  // namespace zel_db
 
 #endif

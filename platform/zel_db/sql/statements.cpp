@@ -92,8 +92,8 @@ StatementKey text_key(std::string_view statement) {
   return {Form::Text, {}, {}, statement, hash_of(statement)};
 }
 
-StatementKey query_key(std::string_view statement) {
-  return {Form::Query, {}, {}, statement, hash_of(statement)};
+StatementKey query_key(std::string_view statement, uint64_t hash) {
+  return {Form::Query, {}, {}, statement, hash};
 }
 
 StatementKey insert_key(std::string_view table, std::string_view columns) {

@@ -28,7 +28,7 @@ struct StatementKey {
 // A caller's own statement.
 StatementKey text_key(std::string_view statement);
 // A select whose rows come in the order of their ids.
-StatementKey query_key(std::string_view statement);
+StatementKey query_key(std::string_view statement, uint64_t hash);
 StatementKey insert_key(std::string_view table, std::string_view columns);
 // All rows where the where text is empty.
 StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where);

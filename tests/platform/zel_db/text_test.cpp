@@ -144,7 +144,7 @@ TEST(Facts, OfQueries) {
       {" WHERE BayNo IN (SELECT 1 FROM (SELECT 8 DevKey) made WHERE Location=?)", by_id, "? sub"},
   };
   for (const auto& [rest, added, facts] : cases) {
-    EXPECT_EQ(facts_in(query_key(disks + rest)), disks + rest + added + " |" + facts);
+    EXPECT_EQ(facts_in(query_key(disks + rest, 0)), disks + rest + added + " |" + facts);
   }
   const std::pair<std::string, std::string> others[] = {
       {"SELECT DISTINCT Model FROM AimDisks WHERE SlotNo=?", "AimDisks BARE WHERE SlotNo=? |#"},
@@ -162,7 +162,7 @@ TEST(Facts, OfQueries) {
        "AimDisks WHERE Model IN (5+1,0x5,15B3) OR Model+05=05 OR Model=05-1\nORDER BY _id |"},
   };
   for (const auto& [text, expected] : others)
-    EXPECT_EQ(facts_in(query_key(text)).substr(text.find("FROM") + 5), expected);
+    EXPECT_EQ(facts_in(query_key(text, 0)).substr(text.find("FROM") + 5), expected);
 }
 
 TEST(Facts, OfUpdates) {
