@@ -10,6 +10,7 @@
 #pragma GCC visibility push(default)
 #include "platform/zel_db.h"
 #include "platform/zel_db_admin.h"
+#include "platform/zel_db_batch.h"
 #include "platform/zel_db_reads.h"
 #pragma GCC visibility pop
 

@@ -59,6 +59,9 @@ class Connection {
   virtual bool in_transaction() = 0;
   // Whether an error has made its answers unreliable: it is then closed and never used again.
   virtual bool is_lost() const { return false; }
+  // Whether the last failure was its statement's own: it has left a transaction as it was, and the statement
+  // would fail again.
+  virtual bool was_refused() const = 0;
   // The name of the database, for messages.
   virtual const std::string& name() const = 0;
   // Why the last call failed, in the engine's words.
@@ -73,6 +76,10 @@ struct Dialect {
   const char* table_options;
   const char* begin_definitions;  // null where definitions commit by themselves
   const char* commit_definitions;
+  // Around a batch of writes; the first and the last are null where the session needs no settings for it.
+  const char* batch_settings;
+  const char* begin_batch;
+  const char* usual_settings;
   const char* begin_reads;  // null where a transaction saves nothing
   // The select that gives the names and types of a table's columns, and no row if there is no such table.
   std::string (*columns_of)(const std::string& table);

@@ -20,7 +20,7 @@ bool _zel_db_handle_t::connect() {
 
 bool _zel_db_handle_t::is_ready() {
   const std::lock_guard lock(mutex_);
-  if (session_ != nullptr && !session_->connection->is_usable()) session_.reset();
+  if (session_ != nullptr && !session_->connection->is_usable()) disconnect();
   return connect();
 }
 
@@ -28,11 +28,17 @@ bool _zel_db_handle_t::is_ready_in_environment() {
   const std::lock_guard lock(mutex_);
   if (session_ != nullptr) {
     if (session_->connection->is_usable() && target_.url == environment_url()) return true;
-    session_.reset();
+    disconnect();
   }
+  if (batch_ == Batch::Lost && is_own_batch()) return true;
   target_.url = environment_url();
   trace_ = Trace::current();
   return connect();
+}
+
+void _zel_db_handle_t::disconnect() {
+  session_.reset();
+  if (batch_ == Batch::Open) batch_ = Batch::Lost;
 }
 
 void _zel_db_handle_t::drop_if_lost() {
@@ -125,9 +131,8 @@ int _zel_db_handle_t::update(std::string_view table, const ContentValues& values
   if (status != kOk) return status;
   const StatementKey key = update_key(table, values.names(), sql_.view());
   Outcome outcome;
-  const bool is_unchanged =
-      session_ != nullptr && row_is_unchanged(*session_, key, values_.all().subspan(values.size()));
-  if (!is_unchanged) status = execute(key, Access::Write, nullptr, &outcome);
+  if (look(key, values_.all().subspan(values.size())) != Look::Unchanged)
+    status = execute(key, Access::Write, nullptr, &outcome);
   if (status == kOk && updated != nullptr) *updated = outcome.changed;
   return status;
 }
@@ -147,9 +152,21 @@ int _zel_db_handle_t::remove(std::string_view table, std::string_view where, Par
   return status;
 }
 
+// Within a transaction that is no batch a query would see the rows as they were when that began. If the look
+// fails, the update is run. A batch looks even before it has made its first update: that would lock.
+Look _zel_db_handle_t::look(const StatementKey& update, std::span<const Value> condition) {
+  const bool in_batch = batch_ == Batch::Open && is_own_batch();
+  if (session_ == nullptr || (session_->connection->in_transaction() && !in_batch)) return Look::Unknown;
+  int status = kOk;
+  if (batch_ == Batch::Idle && is_own_batch()) prepared(update, &status);
+  const Look found = look_at_row(*session_, update, condition);
+  if (in_batch && found == Look::Failed && !batch_survives()) undo_batch();
+  return found;
+}
+
 int _zel_db_handle_t::begin_reads() {
   const std::lock_guard lock(mutex_);
-  if (session_ == nullptr || session_->dialect->begin_reads == nullptr ||
+  if (session_ == nullptr || session_->dialect->begin_reads == nullptr || batch_ != Batch::None ||
       session_->connection->in_transaction())
     return kSqlError;
   const int status = execute_once(text_key(session_->dialect->begin_reads), {}, nullptr, nullptr);
@@ -164,17 +181,19 @@ int _zel_db_handle_t::end_reads() {
   return kOk;
 }
 
+bool _zel_db_handle_t::run_text(const char* sql) {
+  try {
+    return sql == nullptr || execute_once(text_key(sql), {}, nullptr, nullptr) == kOk;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 // Others see what is stored now, and a write needs a transaction of its own.
 void _zel_db_handle_t::end_reads_before(Access access) {
   if (session_ == nullptr || !session_->reader) return;
   if (access == Access::Read && session_->reader == std::this_thread::get_id()) return;
-  bool has_ended = false;
-  try {
-    has_ended = execute_once(text_key("COMMIT"), {}, nullptr, nullptr) == kOk;
-  } catch (const std::bad_alloc&) {
-    has_ended = false;
-  }
-  if (has_ended)
+  if (run_text("COMMIT"))
     session_->reader.reset();
   else
     disconnect();  // no later call may find it open
@@ -187,6 +206,13 @@ int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::uniqu
                               Outcome* outcome) {
   const bool retry = access == Access::Read;
   end_reads_before(access);
+  if (batch_ != Batch::None) {
+    if (!is_own_batch())
+      commit_batch();  // whose writes others must not be part of
+    else if (access == Access::Write && open_batch() == kBusy)
+      return kBusy;
+    if (is_own_batch() && batch_ != Batch::Idle) return execute_in_batch(key, rows, outcome);
+  }
   const bool in_transaction =
       session_ != nullptr && session_->connection->in_transaction() && !session_->reader;
   if (!retry && !in_transaction && session_ != nullptr && !session_->connection->is_usable()) disconnect();
@@ -205,18 +231,21 @@ int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::uniqu
 
 int _zel_db_handle_t::execute_once(const StatementKey& key, std::span<const Value> values, Result* rows,
                                    Outcome* outcome) {
-  Connection& connection = *session_->connection;
-  const auto run = [&](const StatementCache::Lease& lease) {
-    const int status = lease.statement().run(values, rows, outcome);
-    return status == kOk ? status : failed(status, connection.message(), key.text);
-  };
-  if (const StatementCache::Lease lease = session_->cache.find(key); lease) return run(lease);
-
   int status = kOk;
+  const StatementCache::Lease lease = prepared(key, &status);
+  if (!lease) return status;
+  status = lease.statement().run(values, rows, outcome);
+  return status == kOk ? status : failed(status, session_->connection->message(), key.text);
+}
+
+StatementCache::Lease _zel_db_handle_t::prepared(const StatementKey& key, int* status) {
+  if (StatementCache::Lease lease = session_->cache.find(key); lease) return lease;
   auto [sql, facts] = statement_text(key, *session_->dialect);
-  std::unique_ptr<Prepared> statement = connection.prepare(sql, std::move(facts), Use::Often, &status);
-  if (statement == nullptr) return failed(status, connection.message(), sql);
-  return run(session_->cache.add(key, std::move(statement)));
+  Connection& connection = *session_->connection;
+  std::unique_ptr<Prepared> statement = connection.prepare(sql, std::move(facts), Use::Often, status);
+  if (statement != nullptr) return session_->cache.add(key, std::move(statement));
+  *status = failed(*status, connection.message(), sql);
+  return {};
 }
 
 int _zel_db_handle_t::failed(int status, std::string_view message, std::string_view sql) {

@@ -8,11 +8,13 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "zel_db/content_values.h"
 #include "zel_db/session.h"
 #include "zel_db/sql/lifting.h"
 #include "zel_db/trace.h"
+#include "zel_db/unchanged_row.h"
 
 // A database as its callers hold it. It outlives its connection, which is dropped when the server goes away
 // and before the process forks, and made again by the next call. Threads are served one at a time.
@@ -31,6 +33,8 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
              zel_db::Parameters parameters, int64_t* updated);
   int remove(std::string_view table, std::string_view where, zel_db::Parameters parameters, int64_t* deleted);
 
+  int begin_batch();
+  int end_batch();
   int begin_reads();
   int end_reads();
 
@@ -45,11 +49,17 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
 
   void attach(std::unique_ptr<zel_db::Session> session) { session_ = std::move(session); }
   std::unique_ptr<zel_db::Session> detach() { return std::move(session_); }
-  void disconnect() { session_.reset(); }  // under mutex()
+  void disconnect();  // under mutex()
   std::mutex& mutex() { return mutex_; }
 
  private:
   enum class Access : uint8_t { Read, Write };
+  enum class Batch : uint8_t {
+    None,
+    Idle,  // it has not written yet
+    Open,  // with a transaction
+    Lost,  // that is undone
+  };
 
   bool connect();
   void drop_if_lost();
@@ -61,15 +71,29 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   int read(const zel_db::StatementKey& key, zel_db_result_t** out);
   int execute(const zel_db::StatementKey& key, Access access, std::unique_ptr<zel_db_result_t>* rows,
               zel_db::Outcome* outcome);
+  // False, and the status, if it cannot be prepared.
+  zel_db::StatementCache::Lease prepared(const zel_db::StatementKey& key, int* status);
   int execute_once(const zel_db::StatementKey& key, std::span<const zel_db::Value> values,
                    zel_db_result_t* rows, zel_db::Outcome* outcome);
+  bool run_text(const char* sql);  // null: nothing to run
   void end_reads_before(Access access);
+  zel_db::Look look(const zel_db::StatementKey& update, std::span<const zel_db::Value> condition);
+
+  bool is_own_batch() const;
+  int open_batch();
+  void commit_batch();
+  void undo_batch();
+  bool batch_survives() const;  // a failure
+  int execute_in_batch(const zel_db::StatementKey& key, std::unique_ptr<zel_db_result_t>* rows,
+                       zel_db::Outcome* outcome);
   int failed(int status, std::string_view message, std::string_view sql);
 
   std::mutex mutex_;
   zel_db::Target target_;
   std::atomic<const zel_db::Trace*> trace_;
   std::unique_ptr<zel_db::Session> session_;
+  Batch batch_ = Batch::None;
+  std::thread::id batch_owner_;
   std::string message_;
   // Used again by each call.
   zel_db::SqlText sql_;

@@ -12,28 +12,28 @@ std::unique_ptr<Prepared> prepare_look(const Session& session, const StatementKe
   return session.connection->prepare(sql, std::move(facts), Use::Often, &status);
 }
 
-bool finds_nothing(Prepared& look, std::span<const Value> condition) {
+Look look(Prepared& query, std::span<const Value> condition) {
   SmallVector<Value, 64> values;
   values.append(condition.data() + 1, condition.size() - 1);
   values.push_back(condition.front());
   Result rows;
-  if (look.run({values.begin(), values.size()}, &rows, nullptr) != kOk) return false;
+  if (query.run({values.begin(), values.size()}, &rows, nullptr) != kOk) return Look::Failed;
   uint64_t matches = 0;
-  return rows.step() != kRow || (rows.number(0, &matches) == kOk && matches == 0);
+  const bool finds_nothing = rows.step() != kRow || (rows.number(0, &matches) == kOk && matches == 0);
+  return finds_nothing ? Look::Unchanged : Look::Unknown;
 }
 
 }  // namespace
 
 // Mostly nothing has changed. A query finds that out faster than an update, which takes locks before it finds
-// nothing to write. The update is known to be valid, because it has been used before. Within a transaction a
-// query would see the rows as they were when that began. If the look fails, the update is run.
-bool row_is_unchanged(Session& session, const StatementKey& update, std::span<const Value> condition) {
+// nothing to write. The update is known to be valid, because it has been used before.
+Look look_at_row(Session& session, const StatementKey& update, std::span<const Value> condition) {
   constexpr size_t kMany = 8;  // fewer cost too little
-  if (condition.size() < kMany || session.connection->in_transaction()) return false;
+  if (condition.size() < kMany) return Look::Unknown;
   const StatementCache::Lease lease = session.cache.find(update);
-  if (!lease || !lease.statement().facts().is_of_one_row) return false;
+  if (!lease || !lease.statement().facts().is_of_one_row) return Look::Unknown;
   if (lease.look() == nullptr) lease.look() = prepare_look(session, update);
-  return lease.look() != nullptr && finds_nothing(*lease.look(), condition);
+  return lease.look() != nullptr ? look(*lease.look(), condition) : Look::Failed;
 }
 
 }  // namespace zel_db

@@ -2,6 +2,7 @@
 #ifndef ZEL_DB_UNCHANGED_ROW_H
 #define ZEL_DB_UNCHANGED_ROW_H
 
+#include <cstdint>
 #include <span>
 
 #include "zel_db/session.h"
@@ -9,9 +10,12 @@
 
 namespace zel_db {
 
-// Looks before an update of one row whose condition is that a column differs: true if it is certain that the
-// update would change nothing. condition holds the values of the update's condition, the id first.
-bool row_is_unchanged(Session& session, const StatementKey& update, std::span<const Value> condition);
+enum class Look : uint8_t { Unchanged, Unknown, Failed };
+
+// Looks before an update of one row whose condition is that a column differs: Unchanged if it is certain that
+// the update would change nothing. condition holds the values of the update's condition, the id first. Not
+// for a transaction whose reads do not see what is there now.
+Look look_at_row(Session& session, const StatementKey& update, std::span<const Value> condition);
 
 }  // namespace zel_db
 

@@ -141,6 +141,14 @@ int zel_db_delete(_zel_db_handle_t* handle, const char* table, const char* where
                 [&] { return handle->remove(table, text_or_empty(where), parameters, deleted); });
 }
 
+int zel_db_begin_batch(_zel_db_handle_t* handle) {
+  return guarded([&] { return is_open(handle) ? handle->begin_batch() : kInvalidArgument; });
+}
+
+int zel_db_end_batch(_zel_db_handle_t* handle) {
+  return guarded([&] { return is_open(handle) ? handle->end_batch() : kInvalidArgument; });
+}
+
 int zel_db_begin_reads(_zel_db_handle_t* handle) {
   return guarded([&] { return is_open(handle) ? handle->begin_reads() : kInvalidArgument; });
 }

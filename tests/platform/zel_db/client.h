@@ -9,6 +9,7 @@
 
 #include "platform/zel_db.h"
 #include "platform/zel_db_admin.h"
+#include "platform/zel_db_batch.h"
 #include "platform/zel_db_reads.h"
 #include "tests/support/database.h"
 #include "tests/support/texts.h"

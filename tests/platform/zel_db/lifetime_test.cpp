@@ -75,6 +75,18 @@ TEST_P(Lifetime, ChangeFiltersSeeWhatOthersDo) {
     }
     if (begun) raw(client, "commit");
   }
+  // A batch that changes nothing waits for nobody, even if it asks for the first time.
+  const Client locker;
+  const Client batch;
+  EXPECT_EQ(raw(locker, "begin"), "");
+  EXPECT_EQ(raw(locker, "update PCIAdapter set SegNo=2"), "");
+  EXPECT_EQ(zel_db_begin_batch(batch), 0);
+  const char* const unchanged =
+      "_id=1 AND (SlotNo!=2 OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR "
+      "PCIKey!=7)";
+  EXPECT_EQ(zel_db_update(batch, "PCIAdapter", values, unchanged, nullptr, 0, nullptr), 0);
+  EXPECT_EQ(zel_db_end_batch(batch), 0);
+  EXPECT_EQ(raw(locker, "rollback"), "");
   // A server may refuse in an update what it lets pass in a query: then each time.
   const std::string converts =
       "_id=1 AND (CardName IN (5) OR SegNo!=2 OR BusNo!=3 OR DeviceNo!=4 OR FunctionNo!=5 OR Location!=6 OR "
@@ -170,6 +182,59 @@ TEST_P(Lifetime, TransactionsHoldOffWritersAndEndWithTheirHandle) {
   if (GetParam() == Engine::MariaDb) raw(Client(), "set autocommit=0");
   insert(Client(), 2);
   EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1;2");
+}
+
+// What undoes a batch is told at its end, and until then nothing fails, waits or connects again.
+TEST_P(Lifetime, ABatchIsStoredOrUndoneAsAWhole) {
+  _zel_db_handle_t* const handle = get_dmdb_handle(0, nullptr, 0);
+  const Client other;
+  insert(other, 9);
+  const std::string nine = "_id=" + query(other, "PCIAdapter", "_id");
+  const auto slots = [](_zel_db_handle_t* client) {
+    return query(client, "PCIAdapter", "SlotNo", "SlotNo<9");
+  };
+  const auto lock = [&](_zel_db_handle_t* client) {
+    return raw(client, "update PCIAdapter set SegNo=1 where " + nine);
+  };
+  const std::pair<bool, std::function<void()>> cases[] = {
+      {true, [&] { EXPECT_NE(raw(handle, "insert into PCIAdapter (SlotNo) values ('x')"), ""); }},
+      {true,
+       [&] {
+         std::thread([&] { slots(handle); }).join();
+         EXPECT_EQ(slots(other).substr(0, 3), "1;2");
+       }},
+      {false, [&] { raw(handle, "rollback"); }},
+      {false, [] { in_child([] { return true; }); }},  // no connection crosses a fork
+      {false, [&] { raw(other, "kill " + raw(handle, "select connection_id()")); }},
+      {false, [&] { EXPECT_EQ(lock(handle), ""); }},
+      {false, [&] { EXPECT_EQ(query(handle, "PCIAdapter", "SlotNo", nine), ""); }},
+  };
+  for (size_t i = 0; i < 2 * std::size(cases); ++i) {
+    const auto& [is_kept, disturb] = cases[i / 2];
+    if (i >= 8 && GetParam() == Engine::Sqlite) break;  // it has no such disturbances
+    EXPECT_EQ(raw(other, "delete from PCIAdapter where SlotNo<9"), "");
+    ASSERT_EQ(zel_db_begin_batch(handle), 0);
+    EXPECT_NE(zel_db_begin_batch(handle), 0);
+    insert(handle, 1);
+    insert(handle, 2);
+    EXPECT_EQ(slots(other), "");
+    const Client locker;
+    if (i >= 10) {
+      raw(locker, "begin");
+      EXPECT_EQ(lock(locker), "");
+    }
+    const auto start = std::chrono::steady_clock::now();
+    if (i % 2 == 0) disturb();
+    EXPECT_EQ(insert(handle, 3), "") << i;
+    if (i % 2 != 0) disturb();
+    EXPECT_EQ(get_dmdb_handle(0, nullptr, 0), handle);
+    EXPECT_EQ(zel_db_end_batch(handle) == 0, is_kept) << i;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4)) << i;
+    EXPECT_EQ(slots(other), is_kept ? "1;2;3" : "") << i;
+    EXPECT_EQ(insert(handle, 4), "") << i;
+    EXPECT_NE(zel_db_end_batch(handle), 0);
+    EXPECT_EQ(slots(other), is_kept ? "1;2;3;4" : "4") << i;
+  }
 }
 
 TEST_P(Lifetime, ReadsInOneTransactionAreOneThreadsAndEndBeforeAWrite) {

@@ -57,12 +57,15 @@ MariadbConnection::MariadbConnection(MariadbClient client, std::string name)
 
 int MariadbConnection::refuse(const char* message) {
   message_ = message;
+  was_refused_ = true;
   return kSqlError;
 }
 
 int MariadbConnection::fail(unsigned code, const char* message) {
   const int status = status_for(code);
   if (status == kConnectionLost || !is_answer(code)) report_loss(message);
+  was_refused_ = status == kConstraint || status == kReadOnly || code == ER_PARSE_ERROR ||
+                 code == ER_BAD_FIELD_ERROR || code == ER_NO_SUCH_TABLE;
   message_ = message;
   return status;
 }

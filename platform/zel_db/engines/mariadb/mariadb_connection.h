@@ -25,6 +25,7 @@ class MariadbConnection : public Connection {
   std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override;
+  bool was_refused() const override { return was_refused_; }
   bool is_lost() const override { return lost_; }
   const std::string& name() const override { return name_; }
   const std::string& message() const override { return message_; }
@@ -50,6 +51,7 @@ class MariadbConnection : public Connection {
   std::vector<MariadbStatement*> statements_;
   uint64_t clock_ = 0;
   bool lost_ = false;
+  bool was_refused_ = false;
 };
 
 }  // namespace zel_db

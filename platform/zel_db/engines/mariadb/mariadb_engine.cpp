@@ -50,6 +50,13 @@ std::string columns_of(const std::string& table) {
          table + "'";
 }
 
+// Who waits while he holds locks makes others wait, too, so a batch takes a lock at once or is undone. Its
+// reads lock what they find, to see what is there now. The isolation is that of the next transaction alone; a
+// lower one could not be replicated by statements.
+constexpr const char* kBatchSettings =
+    "SET innodb_lock_wait_timeout=0, lock_wait_timeout=0, tx_isolation='SERIALIZABLE'";
+constexpr const char* kUsualSettings = "SET innodb_lock_wait_timeout=5, lock_wait_timeout=5";  // as above
+
 constexpr Dialect kDialect = {
     .insert_without_values = " () VALUES ()",
     .row_id = "BIGINT NOT NULL AUTO_INCREMENT PRIMARY KEY",
@@ -57,6 +64,9 @@ constexpr Dialect kDialect = {
     .table_options = " ENGINE=InnoDB DEFAULT CHARACTER SET latin1 COLLATE latin1_nopad_bin",
     .begin_definitions = nullptr,
     .commit_definitions = nullptr,
+    .batch_settings = kBatchSettings,
+    .begin_batch = "START TRANSACTION",
+    .usual_settings = kUsualSettings,
     .begin_reads = nullptr,
     .columns_of = columns_of,
     .bytes = "binary",

@@ -217,12 +217,15 @@ int SqliteConnection::confirm() {
 
 int SqliteConnection::refuse(const char* message) {
   message_ = message;
+  was_refused_ = true;
   return kSqlError;
 }
 
 int SqliteConnection::fail(int code) {
   message_ = sqlite3_errmsg(database());
-  return status_for(code);
+  const int status = status_for(code);
+  was_refused_ = (code & 0xFF) == SQLITE_ERROR || status == kConstraint || status == kReadOnly;
+  return status;
 }
 
 std::unique_ptr<Prepared> SqliteConnection::prepare(std::string_view sql, Facts facts, Use use, int* status) {

@@ -47,6 +47,7 @@ class SqliteConnection : public Connection {
   bool is_usable() override;
   bool in_transaction() override { return sqlite3_get_autocommit(database_.get()) == 0; }
   bool is_lost() const override { return is_lost_; }
+  bool was_refused() const override { return was_refused_; }
   const std::string& name() const override { return path_; }
   const std::string& message() const override { return message_; }
 
@@ -69,6 +70,7 @@ class SqliteConnection : public Connection {
   std::optional<FileVersion> version_;
   int checkpoint_at_;
   bool is_lost_ = false;
+  bool was_refused_ = false;
 };
 
 }  // namespace zel_db
