@@ -12,6 +12,7 @@
 
 #include "platform/cmr.h"
 #include "ucm/attribute_record.h"
+#include "ucm/gathered_settings.h"
 #include "ucm/trace.h"
 #include "zeldb/status.h"
 #include "zeldb/ucm.h"
@@ -48,9 +49,16 @@ void fetch_value(const char* id, int selector, unsigned char (&value)[N]) {
   std::memcpy(value, request.ValueBuffer, strnlen(request.ValueBuffer, N - 1));
 }
 
+// Between the settings of a full run the service is asked for values, so each is stored before the next.
+GatheredSettings::Mode mode_of(Retrieval retrieval) {
+  using Mode = GatheredSettings::Mode;
+  return retrieval == Retrieval::Full ? Mode::OneByOne : Mode::Together;
+}
+
 class Collections {
  public:
-  explicit Collections(Retrieval retrieval) : retrieval_(retrieval) {}
+  Collections(_zel_db_handle_t* handle, Retrieval retrieval)
+      : retrieval_(retrieval), settings_(handle, mode_of(retrieval)) {}
 
   bool store(const char* name, uint32_t index);
 
@@ -58,9 +66,11 @@ class Collections {
   bool skips(const char* name) const;
   int retrieve(const char* name, cmr_bios_attribute** attributes, uint32_t* count) const;
   bool store_attributes(const char* name, std::span<const cmr_bios_attribute> attributes);
-  bool store_attribute(const char* name, const cmr_bios_attribute& attribute, uint32_t key) const;
+  void fill(PCISetting_info& record, const char* name, const cmr_bios_attribute& attribute,
+            uint32_t key) const;
 
   Retrieval retrieval_;
+  GatheredSettings settings_;
   // Across all collections: a function has one row per run.
   std::unordered_set<uint32_t> seen_;
 };
@@ -103,14 +113,15 @@ bool Collections::store_attributes(const char* name, std::span<const cmr_bios_at
     if (ends_list(attribute)) break;
     const uint32_t key = function_key_of(attribute);
     if (seen_.contains(key)) break;
-    if (!store_attribute(name, attribute, key)) return false;
+    fill(settings_.add(), name, attribute, key);
+    if (settings_.is_full() && !settings_.store()) return false;
     seen_.insert(key);
   }
-  return true;
+  return settings_.store();
 }
 
-bool Collections::store_attribute(const char* name, const cmr_bios_attribute& attribute, uint32_t key) const {
-  PCISetting_info record = {};
+void Collections::fill(PCISetting_info& record, const char* name, const cmr_bios_attribute& attribute,
+                       uint32_t key) const {
   record.PfaKey = key;
   char id[kSettingIdSize];
   const char* const attribute_name = attribute.AttributeName != nullptr ? attribute.AttributeName : "";
@@ -122,16 +133,16 @@ bool Collections::store_attribute(const char* name, const cmr_bios_attribute& at
     fetch_value(id, CMR_SELECT_CURRENT, record.CurrentValue);
   }
   describe(attribute, record);
-  return extract_PCISetting_info(&record) == ZELDB_OK;
 }
 
-bool store_collections() {
+bool store_collections(_zel_db_handle_t* handle) {
   char** names = nullptr;
   uint32_t count = 0;
   if (cmr_get_bios_collections(&names, &count) != 0) return false;
   ucm_parse_log("UCM Parser: numcfg = %d\n", static_cast<int>(count));
   if (names == nullptr) count = 0;
-  Collections collections(access(kFullRetrievalMarker, F_OK) == 0 ? Retrieval::Full : Retrieval::Lite);
+  Collections collections(handle,
+                          access(kFullRetrievalMarker, F_OK) == 0 ? Retrieval::Full : Retrieval::Lite);
   for (uint32_t index = 0; index < count; ++index) {
     if (!collections.store(names[index], index)) return false;
   }
@@ -160,7 +171,7 @@ int ucm_parse(ParserState* state, _zel_db_handle_t* handle) {
   }
   if (state->ClearTable == 1) clear_pci_setting_table(handle);
   if (cmr_api_initialize() != 0) return 0;
-  const bool stored = store_collections();
+  const bool stored = store_collections(handle);
   cmr_api_uninitialize();
   if (!stored) return 0;
   const int status = zeldb_merge_aim_ucm_pfa();

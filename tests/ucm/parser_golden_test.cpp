@@ -30,7 +30,6 @@
 #include <vector>
 
 #include "tests/support/database.h"
-#include "tests/support/libc_shim.h"
 #include "tests/support/run_program.h"
 #include "tests/support/texts.h"
 
@@ -247,38 +246,6 @@ TEST_P(ParserGolden, MakesOfItsInputWhatIsExpected) {
   const std::string actual = abbreviated(story(input()));
   if (std::getenv("ZELDB_UPDATE_GOLDEN") != nullptr) std::ofstream(file(".expected")) << actual;
   EXPECT_EQ(difference(actual, expected()), "");
-}
-
-class ParserMarkers : public ParserRuns {};
-// On one engine: two at a time would take each other's markers away.
-INSTANTIATE_TEST_SUITE_P(Cases, ParserMarkers, testing::Values(std::tuple(Engine::Sqlite, "full")), name_of);
-
-TEST_P(ParserMarkers, AreThoseOfTheSystem) {
-  libc().tmp.clear();
-  std::vector<fs::path> made;
-  for (const fs::path marker : {"/tmp/slowucm", "/tmp/enable_ucm_parse_log)"}) {
-    if (!fs::exists(marker)) made.push_back(marker);
-    std::ofstream(marker, std::ios::app).flush();
-  }
-  json with_real_markers = input();
-  with_real_markers["markers"] = json::array();
-  with_real_markers["env"] = json::array({"ZELDB_SHIM_TMP="});
-  EXPECT_EQ(difference(story(with_real_markers), expected()), "");
-  for (const fs::path& marker : made) fs::remove(marker);
-}
-
-// What the statements report as written is one thing, what the database's file saw another.
-class ParserCommits : public ParserRuns {};
-INSTANTIATE_TEST_SUITE_P(Cases, ParserCommits,
-                         on_every_engine(std::vector<std::string>{"unchanged", "instances"}), name_of);
-
-TEST_P(ParserCommits, OnlyWhenARowIsWritten) {
-  if (database_.kind() != Engine::Sqlite) GTEST_SKIP() << "only SQLite counts commits";
-  story(input());
-  // Of the same connection each time: it is parked in between.
-  const std::string before = database_.text("PRAGMA data_version");
-  EXPECT_EQ(run_parser(folder(), input()).outcome.exit_status, 0);
-  EXPECT_EQ(database_.text("PRAGMA data_version") != before, std::get<1>(GetParam()) == "instances");
 }
 
 }  // namespace
