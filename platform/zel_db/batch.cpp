@@ -29,15 +29,16 @@ int _zel_db_handle_t::end_batch() {
 }
 
 // A batch that cannot be opened stays idle, and its write stands for itself. If another writer was too slow,
-// the write has waited as long as it may.
+// the write has waited as long as it may. That there will be memory for the end is seen to before.
 int _zel_db_handle_t::open_batch() {
   if (batch_ != Batch::Idle || session_ == nullptr || !session_->connection->is_usable() ||
       session_->connection->in_transaction())
     return kOk;
   const Dialect& dialect = *session_->dialect;
   int status = kNoMemory;
+  int unprepared = kOk;
   try {
-    if (run_text(dialect.batch_settings))
+    if (prepared(text_key("COMMIT"), &unprepared) && run_text(dialect.batch_settings))
       status = execute_once(text_key(dialect.begin_batch), {}, nullptr, nullptr);
   } catch (const std::bad_alloc&) {
     status = kNoMemory;
@@ -64,26 +65,26 @@ void _zel_db_handle_t::undo_batch() {
   if (!is_undone) disconnect();
 }
 
-// A statement that is refused would be refused again. Whatever else it fails for may be over when it stands
-// for itself, and may have ended the transaction.
 bool _zel_db_handle_t::batch_survives() const {
   Connection& connection = *session_->connection;
-  return connection.was_refused() && !connection.is_lost() && connection.in_transaction();
+  return !connection.is_lost() && connection.in_transaction();
 }
 
+// What is no failure of the statement itself may be over when it stands for itself.
 int _zel_db_handle_t::execute_in_batch(const StatementKey& key, std::unique_ptr<Result>* rows,
                                        Outcome* outcome) {
   if (batch_ == Batch::Open) {
     int status = kNoMemory;
+    bool is_done = true;
     try {
       if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
       status = execute_once(key, values_.all(), rows != nullptr ? rows->get() : nullptr, outcome);
+      is_done = status == kOk || session_->connection->was_refused();
     } catch (const std::bad_alloc&) {
       status = kNoMemory;
     }
-    if (status == kOk && session_->connection->in_transaction()) return status;
-    if (rows != nullptr) rows->reset();
-    if (status != kOk && status != kNoMemory && batch_survives()) return status;
+    if (status != kOk && rows != nullptr) rows->reset();
+    if (is_done && batch_survives()) return status;
     undo_batch();
   }
   if (rows != nullptr) *rows = std::make_unique<Result>();

@@ -59,8 +59,8 @@ class Connection {
   virtual bool in_transaction() = 0;
   // Whether an error has made its answers unreliable: it is then closed and never used again.
   virtual bool is_lost() const { return false; }
-  // Whether the last failure was its statement's own: it has left a transaction as it was, and the statement
-  // would fail again.
+  // Whether the last failure was its statement's own: it has left a transaction as it was, and outside of one
+  // the statement would have failed, too.
   virtual bool was_refused() const = 0;
   // The name of the database, for messages.
   virtual const std::string& name() const = 0;

@@ -160,7 +160,8 @@ Look _zel_db_handle_t::look(const StatementKey& update, std::span<const Value> c
   int status = kOk;
   if (batch_ == Batch::Idle && is_own_batch()) prepared(update, &status);
   const Look found = look_at_row(*session_, update, condition);
-  if (in_batch && found == Look::Failed && !batch_survives()) undo_batch();
+  const bool is_done = found != Look::Failed || session_->connection->was_refused();
+  if (in_batch && !(is_done && batch_survives())) undo_batch();
   return found;
 }
 

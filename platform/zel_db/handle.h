@@ -83,7 +83,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   int open_batch();
   void commit_batch();
   void undo_batch();
-  bool batch_survives() const;  // a failure
+  bool batch_survives() const;  // its last statement
   int execute_in_batch(const zel_db::StatementKey& key, std::unique_ptr<zel_db_result_t>* rows,
                        zel_db::Outcome* outcome);
   int failed(int status, std::string_view message, std::string_view sql);

@@ -224,7 +224,8 @@ int SqliteConnection::refuse(const char* message) {
 int SqliteConnection::fail(int code) {
   message_ = sqlite3_errmsg(database());
   const int status = status_for(code);
-  was_refused_ = (code & 0xFF) == SQLITE_ERROR || status == kConstraint || status == kReadOnly;
+  was_refused_ =
+      (code & 0xFF) == SQLITE_ERROR || status == kConstraint || status == kReadOnly || status == kNoMemory;
   return status;
 }
 
