@@ -47,7 +47,8 @@ class RecentQueries {
  public:
   // The address of the columns only tells where to look; their names are compared.
   RecentQuery& of(std::span<const char* const> columns) {
-    return queries_[mix(0, reinterpret_cast<uintptr_t>(columns.data())) % queries_.size()];
+    return queries_[static_cast<size_t>(mix(0, reinterpret_cast<uintptr_t>(columns.data()))) %
+                    queries_.size()];
   }
 
  private:
