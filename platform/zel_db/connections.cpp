@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <list>
+#include <utility>
 
 namespace zel_db {
 namespace {
@@ -36,6 +37,8 @@ class Registry {
   Handle* open(Target target, std::string* error);
   bool close(Handle* handle);
   bool has(const Handle* handle);
+  int begin_reads(Handle* handle);
+  int end_reads(Handle* handle);
 
   void before_fork();
   void after_fork();
@@ -46,6 +49,7 @@ class Registry {
 
   Registry();
   Handle* add(Target target);
+  void end_joined_reads();
 
   std::mutex mutex_;
   Handle inventory_;
@@ -65,10 +69,15 @@ Handle* Registry::add(Target target) {
   added.front().place.push_front({target, nullptr});
   added.front().handle = std::make_unique<Handle>(std::move(target));
   Handle* handle = added.front().handle.get();
+  if (is_reading()) handle->join_reads();
   const std::lock_guard lock(mutex_);
   open_.splice(open_.end(), added);
-  const auto same = [&](const Parked& parked) { return parked.target == handle->target(); };
-  const auto found = std::find_if(parked_.begin(), parked_.end(), same);
+  const auto same = [&](const Parked& parked) {
+    return !parked.session->is_read_elsewhere() && parked.target == handle->target();
+  };
+  const auto joined = [&](const Parked& parked) { return same(parked) && parked.session->reader; };
+  auto found = std::find_if(parked_.begin(), parked_.end(), joined);  // what it has read it sees again
+  if (found == parked_.end()) found = std::find_if(parked_.begin(), parked_.end(), same);
   if (found != parked_.end()) {
     handle->attach(std::move(found->session));
     parked_.erase(found);
@@ -91,6 +100,12 @@ bool Registry::has(const Handle* handle) {
                      [&](const Open& open) { return open.handle.get() == handle; });
 }
 
+// A transaction of reads ends with those of the inventory.
+bool may_stay(const Session& session) {
+  return session.reader ? is_reading() && !session.is_read_elsewhere()
+                        : !session.connection->in_transaction();
+}
+
 bool Registry::close(Handle* handle) {
   std::list<Parked> dropped;  // these are closed when the lock is released again
   std::list<Open> closed;
@@ -100,12 +115,39 @@ bool Registry::close(Handle* handle) {
   if (found == open_.end()) return false;
   closed.splice(closed.end(), open_, found);
   std::unique_ptr<Session> session = handle->detach();
-  if (session != nullptr && !session->connection->is_lost() && !session->connection->in_transaction()) {
+  if (session != nullptr && !session->connection->is_lost() && may_stay(*session)) {
     found->place.front().session = std::move(session);
     parked_.splice(parked_.begin(), found->place);
     if (parked_.size() > kMostParked) dropped.splice(dropped.end(), parked_, std::prev(parked_.end()));
   }
   return true;
+}
+
+int Registry::begin_reads(Handle* handle) {
+  if (!has(handle)) return kInvalidArgument;
+  const int status = handle->begin_reads();
+  if (status == kOk && handle == &inventory_) is_reading() = true;
+  return status;
+}
+
+int Registry::end_reads(Handle* handle) {
+  if (!has(handle)) return kInvalidArgument;
+  if (handle == &inventory_ && std::exchange(is_reading(), false)) end_joined_reads();
+  return handle->end_reads();
+}
+
+void Registry::end_joined_reads() {
+  std::list<Parked> dropped;
+  const std::lock_guard lock(mutex_);
+  for (auto parked = parked_.begin(); parked != parked_.end();) {
+    const auto next = std::next(parked);
+    if (parked->session->reader == std::this_thread::get_id() && !parked->session->end_reads())
+      dropped.splice(dropped.end(), parked_, parked);
+    parked = next;
+  }
+  for (const Open& open : open_) {
+    if (open.handle->joins_reads()) open.handle->end_reads();
+  }
 }
 
 void Registry::before_fork() {
@@ -149,6 +191,14 @@ Handle* inventory_handle() {
 
 bool is_open(const Handle* handle) {
   return Registry::instance().has(handle);
+}
+
+int begin_reads(Handle* handle) {
+  return Registry::instance().begin_reads(handle);
+}
+
+int end_reads(Handle* handle) {
+  return Registry::instance().end_reads(handle);
 }
 
 Handle* open_handle(Target target, std::string* error) {

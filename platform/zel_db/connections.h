@@ -14,6 +14,12 @@ Handle* inventory_handle();
 // Whether it is the inventory's handle or one that open_handle gave: a caller may have another of its own.
 bool is_open(const Handle* handle);
 
+// One transaction of this thread's reads. For the inventory it includes the handles that the thread opens
+// meanwhile: their connections stay in it when they are closed, and are opened again by this thread alone.
+// kInvalidArgument for a handle that is not open.
+int begin_reads(Handle* handle);
+int end_reads(Handle* handle);
+
 // Opens a database, or takes a connection that was closed before; null and the reason when that fails.
 Handle* open_handle(Target target, std::string* error);
 // Keeps the connection for the next caller that asks for the same. False if it was not opened here.

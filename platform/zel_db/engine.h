@@ -57,6 +57,9 @@ class Connection {
   // Whether the database still answers, without asking it.
   virtual bool is_usable() = 0;
   virtual bool in_transaction() = 0;
+  // A transaction of the reads that follow. False where it saves nothing, within another one, or on failure.
+  virtual bool begin_reads() { return false; }
+  virtual bool end_reads() { return false; }
   // Whether an error has made its answers unreliable: it is then closed and never used again.
   virtual bool is_lost() const { return false; }
   // Whether the last failure was its statement's own: it has left a transaction as it was, and outside of one
@@ -80,7 +83,6 @@ struct Dialect {
   const char* batch_settings;
   const char* begin_batch;
   const char* usual_settings;
-  const char* begin_reads;  // null where a transaction saves nothing
   // The select that gives the names and types of a table's columns, and no row if there is no such table.
   std::string (*columns_of)(const std::string& table);
   const char* bytes;            // a value cast to this type has its length in bytes

@@ -167,13 +167,8 @@ Look _zel_db_handle_t::look(const StatementKey& update, std::span<const Value> c
 
 int _zel_db_handle_t::begin_reads() {
   const std::lock_guard lock(mutex_);
-  if (session_ == nullptr || session_->dialect->begin_reads == nullptr || batch_ != Batch::None ||
-      session_->connection->in_transaction())
-    return kSqlError;
-  const int status = execute_once(text_key(session_->dialect->begin_reads), {}, nullptr, nullptr);
-  drop_if_lost();
-  if (status == kOk) session_->reader = std::this_thread::get_id();
-  return status;
+  const bool may_begin = session_ != nullptr && batch_ == Batch::None;
+  return may_begin && session_->begin_reads() ? kOk : kSqlError;
 }
 
 int _zel_db_handle_t::end_reads() {
@@ -194,10 +189,7 @@ bool _zel_db_handle_t::run_text(const char* sql) {
 void _zel_db_handle_t::end_reads_before(Access access) {
   if (session_ == nullptr || !session_->reader) return;
   if (access == Access::Read && session_->reader == std::this_thread::get_id()) return;
-  if (run_text("COMMIT"))
-    session_->reader.reset();
-  else
-    disconnect();  // no later call may find it open
+  if (!session_->end_reads()) disconnect();  // no later call may find it open
 }
 
 // A read is repeated on a new connection. A write is not, because it may have been done before the connection
@@ -221,6 +213,7 @@ int _zel_db_handle_t::execute(const StatementKey& key, Access access, std::uniqu
   drop_if_lost();  // if an exception has ended the call that lost it
   for (int attempt = 0; attempt == 0 || (attempt == 1 && retry && !in_transaction); ++attempt) {
     if (!connect()) break;  // with its reason as the message
+    if (retry && joins_reads_ && is_reading() && batch_ == Batch::None) session_->begin_reads();
     if (rows != nullptr) *rows = std::make_unique_for_overwrite<Result>();
     status = execute_once(key, values_.all(), rows != nullptr ? rows->get() : nullptr, outcome);
     drop_if_lost();

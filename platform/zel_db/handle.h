@@ -37,6 +37,9 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   int end_batch();
   int begin_reads();
   int end_reads();
+  // From now on its reads are in one transaction while a thread is between the begin and the end of reads.
+  void join_reads() { joins_reads_ = true; }
+  bool joins_reads() const { return joins_reads_; }
 
   // Whether there is a connection, or one can be made; without asking a database that is connected.
   bool is_ready();
@@ -91,6 +94,7 @@ struct _zel_db_handle_t {  // NOLINT(bugprone-reserved-identifier): a fixed name
   std::mutex mutex_;
   zel_db::Target target_;
   std::atomic<const zel_db::Trace*> trace_;
+  bool joins_reads_ = false;
   std::unique_ptr<zel_db::Session> session_;
   Batch batch_ = Batch::None;
   std::thread::id batch_owner_;

@@ -55,6 +55,22 @@ std::mutex& process_mutex() {
   return mutex;
 }
 
+bool Session::begin_reads() {
+  if (!connection->begin_reads()) return false;
+  reader = std::this_thread::get_id();
+  return true;
+}
+
+bool Session::end_reads() {
+  reader.reset();
+  return connection->end_reads();
+}
+
+bool& is_reading() {
+  static thread_local bool reads = false;
+  return reads;
+}
+
 std::string_view environment_url() {
   const char* url = secure_getenv("ZEL_DB_URL");
   return url != nullptr && *url != '\0' ? url : kDefaultUrl;

@@ -25,6 +25,10 @@ struct Session {
   StatementCache cache;
   RecentQueries recent_queries;
   std::optional<std::thread::id> reader{};  // whose reads are in one transaction
+
+  bool begin_reads();
+  bool end_reads();  // if it fails, the transaction may still be open
+  bool is_read_elsewhere() const { return reader && reader != std::this_thread::get_id(); }
 };
 
 // The engine that the target's URL asks for, and the URL in parts. On failure null, and error says why in one
@@ -36,6 +40,9 @@ bool has_known_schema(Connection& connection, std::string* error);
 
 // Null when the database cannot be opened; error and the log say why, the log once until this changes.
 std::unique_ptr<Session> open_session(const Target& target, std::string* error);
+
+// Whether this thread is between the begin and the end of reads of the inventory.
+bool& is_reading();
 
 // Guards what little is shared by all handles below their own locks; nothing else is locked under it.
 std::mutex& process_mutex();

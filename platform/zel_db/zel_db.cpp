@@ -150,11 +150,11 @@ int zel_db_end_batch(_zel_db_handle_t* handle) {
 }
 
 int zel_db_begin_reads(_zel_db_handle_t* handle) {
-  return guarded([&] { return is_open(handle) ? handle->begin_reads() : kInvalidArgument; });
+  return guarded([&] { return begin_reads(handle); });
 }
 
 int zel_db_end_reads(_zel_db_handle_t* handle) {
-  return guarded([&] { return is_open(handle) ? handle->end_reads() : kInvalidArgument; });
+  return guarded([&] { return end_reads(handle); });
 }
 
 const char* zel_db_get_error_str(int status) {

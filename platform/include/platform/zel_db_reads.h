@@ -14,8 +14,9 @@ extern "C" {
 #endif
 
 /* Until zel_db_end_reads this thread's reads of the handle may see the tables as they are at the first of
- * them, which saves a file its locks. A write, and a call of another thread, end it. 0 if it has begun; a
- * status if not, and then nothing has to be ended. */
+ * them, which saves a file its locks. A write, and a call of another thread, end it. The reads of the
+ * inventory's handle include those of handles that the thread opens meanwhile. 0 if it has begun; a status if
+ * not, and then nothing has to be ended. */
 int zel_db_begin_reads(_zel_db_handle_t* handle) __attribute__((weak));
 int zel_db_end_reads(_zel_db_handle_t* handle) __attribute__((weak));
 

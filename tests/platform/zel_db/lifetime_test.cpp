@@ -260,6 +260,25 @@ TEST_P(Lifetime, ReadsInOneTransactionAreOneThreadsAndEndBeforeAWrite) {
   }
 }
 
+TEST_P(Lifetime, ReadsOfTheInventoryIncludeHandlesThatTheirThreadOpens) {
+  const Client other;
+  insert(other, 1);
+  _zel_db_handle_t* const inventory = get_dmdb_handle(0, nullptr, 0);
+  const bool begins = zel_db_begin_reads(inventory) == 0;
+  EXPECT_EQ(begins, GetParam() == Engine::Sqlite);
+  const auto slots = [] { return query(Client(), "PCIAdapter", "SlotNo"); };
+  EXPECT_EQ(slots(), "1");
+  insert(other, 2);
+  EXPECT_EQ(slots(), begins ? "1" : "1;2");
+  std::thread([&] { EXPECT_EQ(slots(), "1;2"); }).join();
+  const Client open;
+  EXPECT_EQ(query(open, "PCIAdapter", "SlotNo"), begins ? "1" : "1;2");
+  zel_db_end_reads(inventory);
+  insert(other, 3);
+  EXPECT_EQ(slots(), "1;2;3");
+  EXPECT_EQ(query(open, "PCIAdapter", "SlotNo"), "1;2;3");
+}
+
 TEST_P(Lifetime, TraceHasTheCallersWords) {
   const std::filesystem::path file =
       std::filesystem::temp_directory_path() / ("trace." + database.engine() + std::to_string(getpid()));

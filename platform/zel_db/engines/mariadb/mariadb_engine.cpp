@@ -67,7 +67,6 @@ constexpr Dialect kDialect = {
     .batch_settings = kBatchSettings,
     .begin_batch = "START TRANSACTION",
     .usual_settings = kUsualSettings,
-    .begin_reads = nullptr,
     .columns_of = columns_of,
     .bytes = "binary",
     .rebuilds_tables = false,

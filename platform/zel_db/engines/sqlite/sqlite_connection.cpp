@@ -208,6 +208,17 @@ void SqliteConnection::keep_log_short(int pages) {
   checkpoint_at_ = code == SQLITE_OK ? kLogPages : pages + kLogPages;
 }
 
+bool SqliteConnection::run(SqliteStatement& kept, const char* sql) {
+  if (kept == nullptr) {
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v3(database(), sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+    kept.reset(prepared);
+  }
+  const int code = sqlite3_step(kept.get());
+  sqlite3_reset(kept.get());
+  return code == SQLITE_DONE;
+}
+
 int SqliteConnection::confirm() {
   if (!version_ || !version_->has_changed()) return kOk;
   is_lost_ = true;

@@ -46,6 +46,8 @@ class SqliteConnection : public Connection {
   std::unique_ptr<Prepared> prepare(std::string_view sql, Facts facts, Use use, int* status) override;
   bool is_usable() override;
   bool in_transaction() override { return sqlite3_get_autocommit(database_.get()) == 0; }
+  bool begin_reads() override { return !in_transaction() && run(begin_, "BEGIN"); }
+  bool end_reads() override { return run(commit_, "COMMIT"); }
   bool is_lost() const override { return is_lost_; }
   bool was_refused() const override { return was_refused_; }
   const std::string& name() const override { return path_; }
@@ -61,8 +63,11 @@ class SqliteConnection : public Connection {
  private:
   static int after_commit(void* connection, sqlite3* database, const char* name, int pages);
   void keep_log_short(int pages);
+  bool run(SqliteStatement& kept, const char* sql);
 
   SqliteDatabase database_;
+  SqliteStatement begin_;
+  SqliteStatement commit_;
   std::string path_;
   std::string message_;
   struct stat opened_ {};

@@ -49,7 +49,6 @@ constexpr Dialect kDialect = {
     .batch_settings = nullptr,
     .begin_batch = "BEGIN IMMEDIATE",  // nobody else commits meanwhile
     .usual_settings = nullptr,
-    .begin_reads = "BEGIN",
     .columns_of = columns_of,
     .bytes = "blob",
     .rebuilds_tables = true,
