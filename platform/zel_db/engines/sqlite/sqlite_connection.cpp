@@ -208,7 +208,7 @@ void SqliteConnection::keep_log_short(int pages) {
   checkpoint_at_ = code == SQLITE_OK ? kLogPages : pages + kLogPages;
 }
 
-bool SqliteConnection::run(SqliteStatement& kept, const char* sql) {
+bool SqliteConnection::run(SqliteStatement& kept, const char* sql) const {
   if (kept == nullptr) {
     sqlite3_stmt* prepared = nullptr;
     sqlite3_prepare_v3(database(), sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);

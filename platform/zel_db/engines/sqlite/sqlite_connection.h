@@ -63,7 +63,7 @@ class SqliteConnection : public Connection {
  private:
   static int after_commit(void* connection, sqlite3* database, const char* name, int pages);
   void keep_log_short(int pages);
-  bool run(SqliteStatement& kept, const char* sql);
+  bool run(SqliteStatement& kept, const char* sql) const;
 
   SqliteDatabase database_;
   SqliteStatement begin_;
