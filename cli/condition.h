@@ -12,17 +12,17 @@
 
 namespace zeldb::cli {
 
-// Throws WrongUse for a column in the condition that the table lacks. The columns of the listing supply the
-// name that was meant.
-void require_columns(const std::string& condition, const char* table, std::span<const Column> known);
+// Throws WrongUse for a column in the condition that the table lacks, and for what the database does not
+// understand. The columns of the listing supply the name that was meant.
+void require_condition(const std::string& condition, const char* table, std::span<const Column> known);
 
-// Reads what the condition selects; a failure names the column that is to blame for it.
+// Reads what the condition selects; a failure names what in it is to blame.
 template <typename Read>
 auto read_where(const std::string& condition, const char* table, std::span<const Column> known, Read read) {
   try {
     return read();
   } catch (const Failure&) {
-    require_columns(condition, table, known);
+    require_condition(condition, table, known);
     throw;
   }
 }
