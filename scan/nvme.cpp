@@ -39,7 +39,7 @@ const Library& library() {
 
 }  // namespace
 
-// What the library's inline functions call.
+// The inline functions of the library call these.
 int nvme_get_log_page(int fd, __u32 xfer_len, struct nvme_get_log_args* args) {
   return library().get_log_page(fd, xfer_len, args);
 }

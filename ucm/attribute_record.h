@@ -13,7 +13,7 @@ bool ends_list(const cmr_bios_attribute& attribute);
 
 uint32_t function_key_of(const cmr_bios_attribute& attribute);
 
-// What the service knows of the attribute itself; key, id and values are the driver's.
+// Fills in what the service tells of an attribute; key, id and values come from the driver.
 void describe(const cmr_bios_attribute& attribute, PCISetting_info& record);
 
 }  // namespace zeldb

@@ -47,7 +47,7 @@ constexpr Column kColumns[] = {
     extra(whole(ZELDB_COLUMN(R, UUID, "UUID", "Universally unique id"))),
     extra(ZELDB_COLUMN(R, SFlags, "FLAGS", "Flags of its status")),
     extra(ZELDB_COLUMN(R, Warning, "WARNING", "Warnings, bits")),
-    extra(ZELDB_COLUMN(R, InfoMask, "INFO", "Which of the values are known, bits")),
+    extra(ZELDB_COLUMN(R, InfoMask, "INFO", "Values that are known, bits")),
 };
 
 struct Controller {

@@ -30,8 +30,8 @@ constexpr Column kColumns[] = {
     whole(ZELDB_COLUMN(Function, Address, "ADDRESS", "Segment, bus, device and function")),
     INFO_COLUMN(Location, "LOC", "0 on the system board, 1 an add-in slot, 2 a backplane bay"),
     INFO_COLUMN(SlotNo, "SLOT", "Number of the slot"),
-    hex(INFO_COLUMN(VendorId, "VENDOR", "PCI vendor id")),
-    hex(INFO_COLUMN(DeviceId, "DEVICE", "PCI device id")),
+    minor(hex(INFO_COLUMN(VendorId, "VENDOR", "PCI vendor id"))),
+    minor(hex(INFO_COLUMN(DeviceId, "DEVICE", "PCI device id"))),
     minor(hex(INFO_COLUMN(SubVendorId, "SUBVENDOR", "PCI subsystem vendor id"))),
     minor(hex(INFO_COLUMN(SubDeviceId, "SUBDEVICE", "PCI subsystem id"))),
     in_words(hex(INFO_COLUMN(ClsCode, "CLASS", "Base class, subclass, programming interface"), 6),
@@ -82,7 +82,7 @@ struct Packaging {
 #define MISC_COLUMN(Member, Heading, Help) ZELDB_COLUMN_IN(Packaging, Misc, Member, Heading, Help)
 constexpr Column kPackagingColumns[] = {
     hex(ZELDB_COLUMN(Packaging, FunKey, "FUNCTION", "Key of the function")),
-    MISC_COLUMN(PackageTypeText, "PACKAGE", "How it is packaged"),
+    MISC_COLUMN(PackageTypeText, "PACKAGE", "Type of package"),
     MISC_COLUMN(OtherPackageType, "OTHER PACKAGE", "A package type in the maker's words"),
     MISC_COLUMN(ConnectorLayoutText, "CONNECTOR", "Layout of the connector"),
     MISC_COLUMN(MaxDataWidth, "LANES", "Largest data width"),

@@ -112,11 +112,11 @@ std::vector<ChipRow> read_chips(const Slot& slot) {
 
 void setup_gpus(CLI::App& app) {
   auto slot = std::make_shared<Slot>();
-  add_place(app, "--slot", *slot, "Those in this slot");
+  add_place(app, "--slot", *slot, "Only GPUs in this slot");
   Listing(app)
       .view(kColumns, [slot] { return read_gpus(*slot); })
       .order({"SlotNo"})
-      .view("--chips", "The chips of each", kChipColumns, [slot] { return read_chips(*slot); });
+      .view("--chips", "Chips of each GPU", kChipColumns, [slot] { return read_chips(*slot); });
 }
 
 }  // namespace zeldb::cli

@@ -72,7 +72,7 @@ constexpr Column kPersistentColumns[] = {
     extra(MODULE_COLUMN(LLShutdownStatus, "SHUTDOWN", "Status of the last shutdown, bits")),
     extra(MODULE_COLUMN(AITDRAMStatus, "AIT DRAM", "Status of the DRAM of the address table")),
     extra(MODULE_COLUMN(FIPSMode, "FIPS CODE", "FIPS mode")),
-    extra(MODULE_COLUMN(InfoMask, "INFO", "Which of the values are known, bits")),
+    extra(MODULE_COLUMN(InfoMask, "INFO", "Values that are known, bits")),
     extra(MODULE_COLUMN(CPUIndex, "CPU", "Processor")),
     extra(MODULE_COLUMN(iMCNum, "IMC", "Memory controller of the processor")),
     extra(MODULE_COLUMN(ChannelNum, "CHANNEL", "Channel of the controller")),

@@ -26,7 +26,7 @@ struct Change {
 std::string as_line(const Change& change, const std::string& time);
 std::string as_json_line(const Change& change, const std::string& time);
 
-// What the watched listings show, by listing and place.
+// The content of the watched listings, by listing and place.
 using State = std::map<std::string, std::map<std::string, Row>>;
 
 // Throws a Failure when one of them cannot be read.

@@ -3,7 +3,7 @@
  * Record helpers: row-level operations on the tables behind a table-access handle (platform/zel_db.h).
  *
  * Handles, content values and parameters belong to the caller and are neither kept nor released. A row id is
- * the table's _id column; failures give a value below 1. What the database refuses is logged through
+ * the table's _id column; failures give a value below 1. Refusals of the database are logged through
  * vrel_log; null arguments are not. Where and filter texts are SQL conditions, pasted as they stand.
  *
  * The functions may be called from several threads at once. Nothing is transactional.

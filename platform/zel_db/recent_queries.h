@@ -13,7 +13,7 @@
 
 namespace zel_db {
 
-// What the parts of a query came to. Programs ask the same few questions again and again: to compare the
+// Remembers the statement that the parts of a query led to. Programs ask the same few questions again and again: to compare the
 // parts with those of an earlier call takes less than to put them together, to look for literals, and to
 // hash.
 class RecentQuery {

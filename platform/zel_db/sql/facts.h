@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the rest of the library has to know about a statement. It is read from the template once, when the
+// Facts about a statement that the rest of the library needs. They are read from the template once, when the
 // statement is prepared, and kept with it.
 #ifndef ZEL_DB_SQL_FACTS_H
 #define ZEL_DB_SQL_FACTS_H
