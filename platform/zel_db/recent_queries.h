@@ -13,9 +13,9 @@
 
 namespace zel_db {
 
-// Remembers the statement that the parts of a query led to. Programs ask the same few questions again and again: to compare the
-// parts with those of an earlier call takes less than to put them together, to look for literals, and to
-// hash.
+// Remembers the statement that the parts of a query led to. Programs ask the same few questions again and
+// again: to compare the parts with those of an earlier call takes less than to put them together, to look for
+// literals, and to hash.
 class RecentQuery {
  public:
   // Makes it that of these columns, if it is of others.
