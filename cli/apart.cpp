@@ -39,7 +39,7 @@ Apart start_apart(const std::function<void(int to)>& run) {
   throw Failure(std::string("fork: ") + std::strerror(errno));
 }
 
-bool send(int to, const std::string& text) {
+bool send(int to, std::string_view text) {
   for (size_t sent = 0; sent < text.size();) {
     const ssize_t size = write(to, text.data() + sent, text.size() - sent);
     if (size < 0) return false;

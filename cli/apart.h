@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace zeldb::cli {
 
@@ -16,8 +17,8 @@ struct Apart {
   int pipe;  // to read from
 };
 Apart start_apart(const std::function<void(int to)>& run);
-// False when nobody reads any more.
-bool send(int to, const std::string& text);
+// False when it cannot be written, or nobody reads any more.
+bool send(int to, std::string_view text);
 
 // What make returns, or the text of what it throws, to be sent to another process.
 std::string reply_of(const std::function<std::string()>& make);

@@ -41,14 +41,17 @@ bool parse_hex_pair(std::string_view text, HexPair& pair) {
          parse(text.substr(colon + 1), pair.second, 16) && pair.first >= 0 && pair.second >= 0;
 }
 
+[[noreturn]] void refuse(const std::string& name, const std::string& text, const char* wanted) {
+  throw CLI::ValidationError(name, printable(text, Escape::Terminal) + " is " + wanted);
+}
+
 // wanted names the expected value in the report of a text that cannot be parsed.
 template <typename Value, typename Parse>
 CLI::Option* add_parsed(CLI::App& app, const std::string& name, std::optional<Value>& value, Parse parse_text,
                         const char* wanted, const std::string& help) {
   const auto read = [&value, name, wanted, parse_text](const std::string& text) {
     Value parsed = {};
-    if (!parse_text(text, parsed))
-      throw CLI::ValidationError(name, printable(text, Escape::Terminal) + " is " + wanted);
+    if (!parse_text(text, parsed)) refuse(name, text, wanted);
     value = parsed;
   };
   return app.add_option_function<std::string>(name, read, help);

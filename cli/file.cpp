@@ -11,9 +11,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
-#include <new>
 
+#include "cli/apart.h"
 #include "cli/command.h"
 
 namespace zeldb::cli {
@@ -26,72 +25,70 @@ namespace {
   throw Failure(path + ": " + std::strerror(errno));
 }
 
-using File = std::unique_ptr<FILE, int (*)(FILE*)>;
-
-// Refuses pipes and devices: opening a pipe would wait for a writer.
-File open_regular(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (fd < 0) fail(path);
-  File file(fdopen(fd, "r"), std::fclose);
-  if (file == nullptr) {
-    close(fd);
-    throw std::bad_alloc();
+class Descriptor {
+ public:
+  Descriptor(const std::string& path, int flags) : file_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {
+    if (file_ < 0) fail(path);
   }
-  struct stat found {};
-  if (fstat(fd, &found) != 0) fail(path);
-  if (!S_ISREG(found.st_mode)) throw Failure(path + ": is no regular file");
-  return file;
-}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { close(file_); }
+  int get() const { return file_; }
 
-std::string read_all(FILE* file, const std::string& path, size_t limit) {
+ private:
+  int file_;
+};
+
+std::string read_all(int file, const std::string& path, size_t limit) {
   std::string content;
   char block[16384];
-  size_t size = 0;
-  while (content.size() < limit && (size = std::fread(block, 1, sizeof(block), file)) != 0)
-    content.append(block, std::min(size, limit - content.size()));
-  if (std::ferror(file) != 0) fail(path);
+  ssize_t size = 0;
+  while (content.size() < limit && (size = read(file, block, sizeof(block))) > 0)
+    content.append(block, std::min(static_cast<size_t>(size), limit - content.size()));
+  if (size < 0) fail(path);
   return content;
+}
+
+enum class Sync { No, Yes };
+
+void write_all(const std::string& path, std::string_view content, Sync sync) {
+  const Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
+  int status = send(file.get(), content) ? 0 : -1;
+  if (sync == Sync::Yes) status |= fsync(file.get());
+  if (status != 0) fail(path);
 }
 
 }  // namespace
 
 std::string read_input(const std::string& path, size_t limit) {
-  return path == kStandard ? read_all(stdin, "standard input", limit) : read_file(path, limit);
+  if (path == kStandard) return read_all(STDIN_FILENO, "standard input", limit);
+  return read_file(path, limit);
 }
 
+// Refuses pipes and devices: opening a pipe would wait for a writer.
 std::string read_file(const std::string& path, size_t limit) {
-  return read_all(open_regular(path).get(), path, limit);
+  const Descriptor file(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  struct stat found {};
+  fstat(file.get(), &found);
+  if (!S_ISREG(found.st_mode)) throw Failure(path + ": is no regular file");
+  return read_all(file.get(), path, limit);
 }
-
-namespace {
-
-File written(const std::string& path, std::string_view content) {
-  File file(std::fopen(path.c_str(), "we"), std::fclose);
-  if (file == nullptr || std::fwrite(content.data(), 1, content.size(), file.get()) != content.size() ||
-      std::fflush(file.get()) != 0) {
-    fail(path);
-  }
-  return file;
-}
-
-}  // namespace
 
 void write_file(const std::string& path, std::string_view content) {
-  if (fsync(fileno(written(path, content).get())) != 0) fail(path);
+  write_all(path, content, Sync::Yes);
 }
 
 void write_temporary(const std::string& path, std::string_view content) {
-  written(path, content);
+  write_all(path, content, Sync::No);
 }
 
 NewFile::NewFile(const std::string& path, IfExists if_exists) : path_(path) {
   std::error_code error;
-  const fs::file_type type = fs::status(path, error).type();
-  if (type != fs::file_type::not_found && type != fs::file_type::none) {
-    if (type != fs::file_type::regular) throw Failure(path + ": is no regular file");
+  const fs::file_status found = fs::status(path, error);
+  if (fs::exists(found)) {
+    if (!fs::is_regular_file(found)) throw Failure(path + ": is no regular file");
     if (if_exists == IfExists::Refuse) throw Failure(path + ": exists already (--force replaces it)");
-    // A link stays a link.
-    if (const fs::path target = fs::canonical(path, error); !error) path_ = target;
+    path_ = fs::canonical(path);  // a link stays a link
   }
   temporary_ = path_ + ".XXXXXX";
   const SignalsBlocked blocked;
@@ -119,7 +116,9 @@ void write_output(const std::string& path, IfExists if_exists, const std::functi
 }
 
 std::vector<std::string> with_logs(const std::string& database) {
-  return {database, database + "-wal", database + "-shm", database + "-journal"};
+  std::vector<std::string> files;
+  for (const char* const end : {"", "-wal", "-shm", "-journal"}) files.push_back(database + end);
+  return files;
 }
 
 }  // namespace zeldb::cli

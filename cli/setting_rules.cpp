@@ -102,18 +102,18 @@ void judge_choice(const R& setting, const std::string& value, Verdict& verdict) 
   const bool is_whole =
       list.size() + 1 < sizeof(setting.Choices) && static_cast<int64_t>(choices.size()) == setting.Numchoices;
   const bool is_list = setting.Maxinstances > 1;
-  std::vector<std::string> values{value};
-  if (is_list) values = split(value);
+  std::vector<std::string> values = split(value);
+  if (!is_list) values.assign(1, value);
   const auto is_choice = [&choices](const std::string& one) {
     return std::ranges::find(choices, one) != choices.end();
   };
   const auto other = std::ranges::find_if_not(values, is_choice);
   if (other != values.end()) {
-    if (!is_whole)
-      verdict.doubts.emplace_back("cannot be checked: its choices are not all known");
+    if (is_whole)
+      verdict.objection = "is none of " + listed(choices);
     else
-      verdict.objection = is_list ? "has " + *other + ", which is" : "is";
-    if (is_whole) verdict.objection += " none of " + listed(choices);
+      verdict.doubts.emplace_back("cannot be checked: its choices are not all known");
+    if (is_whole && is_list) verdict.objection.insert(0, "has " + *other + ", which ");
     return;
   }
   const auto count = static_cast<int64_t>(values.size());

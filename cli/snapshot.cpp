@@ -125,7 +125,8 @@ SnapshotFolder::SnapshotFolder() {
   paths_ = with_logs(folder_ + "/" + kInventory);
   for (const std::string file : kPlatformFiles) {
     const std::string path = folder_ + "/" + file;
-    paths_.insert(paths_.end(), {path, path + ".new"});
+    paths_.push_back(path);
+    paths_.push_back(path + ".new");
   }
   std::vector<std::string> all = paths_;
   all.push_back(folder_);

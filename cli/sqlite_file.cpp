@@ -13,7 +13,7 @@ namespace zeldb::cli {
 namespace {
 
 [[noreturn]] void fail(const std::string& name, sqlite3* database) {
-  throw Failure(name + ": " + (database != nullptr ? sqlite3_errmsg(database) : "out of memory"));
+  throw Failure(name + ": " + sqlite3_errmsg(database));  // "out of memory" if there is none
 }
 
 }  // namespace
@@ -92,7 +92,8 @@ std::vector<InventoryTable> tables_of(const SqliteFile& inventory) {
       "WHERE t.type='table' AND t.name NOT LIKE 'sqlite_%' AND t.name!='ZeldbSchema' ORDER BY t.rowid, "
       "c.cid");
   while (columns.step()) {
-    if (tables.empty() || tables.back().name != columns.text(0)) tables.push_back({columns.text(0), {}});
+    const std::string name = columns.text(0);
+    if (tables.empty() || tables.back().name != name) tables.emplace_back().name = name;
     tables.back().columns.push_back({columns.text(1), columns.text(2)});
   }
   return tables;

@@ -63,23 +63,13 @@ Message message_of(const retimer_fw_req_t& request) {
   return message;
 }
 
-// There are two versions of strerror_r; one returns the text.
-[[maybe_unused]] const char* error_text(const char* text, const char* /*buffer*/) {
-  return text;
-}
-[[maybe_unused]] const char* error_text(int /*status*/, const char* buffer) {
-  return buffer;
-}
-
 bool connect_to(const Descriptor& client, const char* path) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
   std::memcpy(address.sun_path, path, strnlen(path, sizeof(address.sun_path) - 1));
   const int status = connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
   if (status == 0) return true;
-  char text[128] = {};
-  syslog_info("%s, connect error, rc=%d(%s)\n\n", kExchange, status,
-              error_text(strerror_r(errno, text, sizeof(text)), text));
+  syslog_info("%s, connect error, rc=%d(%s)\n\n", kExchange, status, strerrordesc_np(errno));
   return false;
 }
 
@@ -96,7 +86,8 @@ Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
     ready = poll(&wanted, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
   } while (ready < 0 && errno == EINTR);
   if (ready == 0) return Waited::TimedOut;
-  return ready < 0 || (wanted.revents & POLLNVAL) != 0 ? Waited::Failed : Waited::Ready;
+  // Where poll fails, there are no events.
+  return (wanted.revents & ~POLLNVAL) != 0 ? Waited::Ready : Waited::Failed;
 }
 
 // SO_RCVTIMEO bounds each read, SO_SNDTIMEO a connect to a proxy whose queue is full.
@@ -148,14 +139,9 @@ RetimerClient::Step RetimerClient::exchange(const retimer_fw_req_t& request, int
     syslog_info("%s, write error\n\n", kExchange);
     return Step::Write;
   }
-  switch (wait_for_reply(client, endpoint_.reply_timeout)) {
-    case Waited::Failed:
-      return Step::Wait;
-    case Waited::TimedOut:
-      return Step::Timeout;
-    case Waited::Ready:
-      break;
-  }
+  const Waited waited = wait_for_reply(client, endpoint_.reply_timeout);
+  if (waited == Waited::Failed) return Step::Wait;
+  if (waited == Waited::TimedOut) return Step::Timeout;
   bound(client, SO_RCVTIMEO, endpoint_.receive_timeout);
   return read_reply(client, result) ? Step::Done : Step::Reply;
 }

@@ -72,7 +72,8 @@ std::string digest(std::string_view bytes) {
 // The word "LISTING=DIGEST" of a state.
 std::string word_of(const std::string& state, const std::string& listing) {
   const size_t start = state.find(' ' + listing + '=');
-  return start != std::string::npos ? state.substr(start, state.find(' ', start + 1) - start) : "";
+  if (start == std::string::npos) return "";
+  return state.substr(start, state.find(' ', start + 1) - start);
 }
 
 std::string type_of(const Column& column, bool is_server) {
@@ -82,7 +83,8 @@ std::string type_of(const Column& column, bool is_server) {
   // All of a row's VARCHARs have to fit into 64 KiB.
   constexpr int kMost = 255;
   const int size = std::max({int{column.size}, int{column.digits}, 16});
-  return size > kMost ? "MEDIUMTEXT" : "VARCHAR(" + std::to_string(size) + ")";
+  if (size > kMost) return "MEDIUMTEXT";
+  return "VARCHAR(" + std::to_string(size) + ")";
 }
 
 std::string literal(const Value& value, bool is_server) {
@@ -132,7 +134,8 @@ std::vector<Row> known_rows(const View& view) {
 // Two rows: the state, and the time if the snapshot says it; the packed rows of each listing.
 std::string read_snapshot_rows() {
   const std::optional<int64_t> time = time_of_snapshot();
-  std::string state = "taken=" + (time ? std::to_string(*time) : "");
+  std::string state = "taken=";
+  if (time) state += std::to_string(*time);
   Row listings;
   for (const auto& [listing, table] : kListings) {
     const View& view = view_called(listing);
@@ -234,23 +237,27 @@ Stored FleetTables::store(const std::string& machine, std::string_view snapshot_
 Stored FleetTables::store_unguarded(const std::string& machine, const std::vector<Row>& snapshot) {
   const std::string where = " WHERE Machine=" + quoted(machine);
   const std::vector<std::string> known = texts(std::string("SELECT State FROM ") + kMachines + where);
-  const std::string before = known.empty() ? "" : known.front();
+  std::string before;
+  if (!known.empty()) before = known.front();
   const auto& now = std::get<std::string>(snapshot.at(0).at(0));
   if (before == now) return Stored::Unchanged;
 
   const std::string collected = quoted(time_text(std::time(nullptr)));
   const auto* const seconds = std::get_if<int64_t>(&snapshot[0].at(1));
-  const std::string taken = seconds != nullptr ? quoted(time_text(*seconds)) : "NULL";
+  std::string taken = "NULL";
+  if (seconds != nullptr) taken = quoted(time_text(*seconds));
   for (size_t place = 0; place < std::size(kListings); ++place) {
     if (before.find(word_of(now, kListings[place].listing)) != std::string::npos) continue;
     if (!known.empty()) run(std::string("DELETE FROM ") + kListings[place].table + where);
     insert_rows(place, quoted(machine) + "," + (seconds != nullptr ? taken : collected),
                 unpacked(std::get<std::string>(snapshot.at(1).at(place))));
   }
-  run(known.empty() ? std::string("INSERT INTO ") + kMachines + " (Machine,Taken,Collected,State) VALUES (" +
-                          quoted(machine) + "," + taken + "," + collected + "," + quoted(now) + ")"
-                    : std::string("UPDATE ") + kMachines + " SET Taken=" + taken + ",Collected=" + collected +
-                          ",State=" + quoted(now) + where);
+  if (known.empty())
+    run(std::string("INSERT INTO ") + kMachines + " (Machine,Taken,Collected,State) VALUES (" +
+        quoted(machine) + "," + taken + "," + collected + "," + quoted(now) + ")");
+  else
+    run(std::string("UPDATE ") + kMachines + " SET Taken=" + taken + ",Collected=" + collected +
+        ",State=" + quoted(now) + where);
   return Stored::Changed;
 }
 

@@ -77,7 +77,7 @@ void beat(int to, std::chrono::milliseconds every) {
     const bool is_there = !one.empty() && !other.empty();
     const std::string now = one + "," + other;
     if (is_there ? is_lost || now != last : !is_lost)
-      if (!send(to, {is_there ? Pulse::kChanged : Pulse::kLost})) return;
+      if (!send(to, std::string(1, is_there ? Pulse::kChanged : Pulse::kLost))) return;
     is_lost = !is_there;
     last = now;
   } while (poll(&reader, 1, static_cast<int>(every.count())) == 0);

@@ -49,7 +49,9 @@ void read_collection(Bios& bios, const Json& json) {
   BiosCollection collection{keep_text(bios, name), {}};
   each_element(json, "attributes", IfMissing::Fail, [&](const Json& attribute) {
     collection.attributes.push_back(read_attribute(bios, attribute));
-    BiosValue value{text_member(attribute, "pending"), text_member(attribute, "current")};
+    BiosValue value;
+    value.pending = text_member(attribute, "pending");
+    value.current = text_member(attribute, "current");
     if (name)
       bios.values.try_emplace(value_id(*name, text_member(attribute, "AttributeName")), std::move(value));
   });

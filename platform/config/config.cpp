@@ -18,7 +18,8 @@ Json load(const std::string& path, IfMissing missing) {
   if (!content && missing == IfMissing::Fail) {
     throw std::system_error(ENOENT, std::generic_category(), "cannot open");
   }
-  Json json = content ? parse_json(*content) : Json(Json::Object());
+  Json json{Json::Object()};
+  if (content) json = parse_json(*content);
   if (json.as<Json::Object>() == nullptr) throw ConfigError("not a JSON object");
   return json;
 }

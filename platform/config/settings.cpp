@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -20,32 +21,30 @@ struct Failure {
   int rc;
 };
 
+Failure failure_of(const Json& entry) {
+  std::optional<std::string> function = text_member(entry, "function");
+  const std::optional<uint32_t> call = word_member(entry, "call");
+  const std::optional<uint32_t> rc = word_member(entry, "rc");
+  if (!function || !call || !rc) throw ConfigError("needs function, call and rc");
+  return {std::move(*function), *call, static_cast<int>(*rc)};
+}
+
 std::vector<Failure> failures_of(const Json& settings) {
   std::vector<Failure> failures;
-  each_element(settings, "fail", IfMissing::Empty, [&](const Json& entry) {
-    std::optional<std::string> function = text_member(entry, "function");
-    const std::optional<uint32_t> call = word_member(entry, "call");
-    const std::optional<uint32_t> rc = word_member(entry, "rc");
-    if (!function || !call || !rc) throw ConfigError("needs function, call and rc");
-    failures.push_back({std::move(*function), *call, static_cast<int>(*rc)});
-  });
+  const auto add = [&failures](const Json& entry) { failures.push_back(failure_of(entry)); };
+  each_element(settings, "fail", IfMissing::Empty, add);
   return failures;
 }
 
 // Two versions of a file that differ in nothing of this are taken for the same.
-struct Version {
-  std::string path;
-  ino_t inode;
-  off_t size;
-  int64_t seconds;
-  int64_t nanoseconds;
-  bool operator==(const Version&) const = default;
-};
+using Version = std::pair<std::string, std::array<int64_t, 4>>;
 
 Version version_of(const std::string& path) {
   struct stat status {};
   stat(path.c_str(), &status);
-  return {path, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+  return {
+      path,
+      {static_cast<int64_t>(status.st_ino), status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec}};
 }
 
 class Settings {
@@ -83,7 +82,7 @@ class Settings {
   }
 
   std::mutex mutex_;
-  Version version_{};
+  Version version_;
   std::shared_ptr<const Json> json_;
   std::vector<Failure> failures_;
   std::map<std::string, uint32_t, std::less<>> calls_;

@@ -176,6 +176,7 @@ TEST_P(Baseline, TroubleIsNoDifference) {
       {"{\"format_version\":2}", "written by a newer zeldb (format 2, known are up to 1)"},
       {"{\"format_version\":1}", "damaged"},
       {"{\"format_version\":1,\"parts\":[{\"kind\":\"memory\"}]}", "damaged"},
+      {"{\"format_version\":1,\"parts\":[{\"place\":\"A\"}]}", "damaged"},
       {"{\"format_version\":1,\"parts\":[{\"kind\":\"memory\",\"place\":3}]}", "damaged"},
       {"{\"format_version\":1,\"parts\":[{\"kind\":\"memory\",\"place\":\"A\",\"sizes\":{\"MiB\":-1}}]}",
        "damaged"},

@@ -116,6 +116,9 @@ TEST_F(Cli, WrongUseIsOneLineAndExitStatus2) {
       {{"solts"}, {"no such command, did you mean slots?"}},
       {{"slots", "--jsno"}, {"did you mean --json?"}},
       {{"slots", "--output", "cardnam"}, {"cardnam: no such column, did you mean CardName?"}},
+      {{"watch", "--every", "-1"}, {"--every: -1 is no number"}},
+      {{"slots", "--slot", "1:2x"}, {"--slot: 1:2x is no LOCATION:NUMBER"}},
+      {{"slots", "--slot", ":2"}, {"--slot: :2 is no LOCATION:NUMBER"}},
       {{"--from", "x.db"}, {"a command is required"}},
       {{"--from", "x.db", "schema"}, {"schema: ", "--from"}},
       {{"sl\x1b[2J\nots"}, {"sl\\x1b[2J\\x0aots: no such command"}},
@@ -151,8 +154,10 @@ TEST_F(Cli, HelpAndVersionGoToStandardOutput) {
   const struct {
     std::vector<std::string> arguments;
     std::string shown;
-  } cases[] = {
-      {{"--help"}, "init"}, {{"load", "--help"}, "--database"}, {{"--version"}, "zeldb " ZELDB_VERSION}};
+  } cases[] = {{{"--help"}, "init"},
+               {{"load", "--help"}, "--database"},
+               {{"slots", "--help"}, "CardName"},
+               {{"--version"}, "zeldb " ZELDB_VERSION}};
   for (const auto& asked : cases) {
     const Outcome outcome = zeldb(asked.arguments);
     EXPECT_EQ(outcome.exit_status, 0) << outcome.err;

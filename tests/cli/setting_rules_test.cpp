@@ -35,6 +35,7 @@ const Case kCases[] = {
     {3, 0, 0, 0, "", "70", ""},
     {4, 4, 8, 0, "", "four", ""},
     {4, 4, 8, 0, "", "one", "does not have 4 to 8 characters"},
+    {4, 4, 8, 0, "", "much too long", "does not have 4 to 8 characters"},
     {4, 0, 0, 0, "^(iqn|eui)\\..+$", "iqn.x", ""},
     {4, 0, 0, 0, "^(iqn|eui)\\..+$", "iqnx", "does not match ^(iqn|eui)\\..+$"},
     {4, 0, 0, 0, "([", "x", "cannot be checked against its pattern ([: missing ]: ["},

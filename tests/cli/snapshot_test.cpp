@@ -181,6 +181,8 @@ TEST_P(Snapshot, IsImportedWholeOrNotAtAll) {
   EXPECT_NE(database.text("SELECT count(*) FROM propertiesDCTbl", "propertiesdb"), "0");
   change(file_, "UPDATE ZeldbSchema SET Version=99");
   expect_failure(zeldb({"import", "--replace", file_}), 1, "schema version 99");
+  change(file_, "DROP TABLE ZeldbSchema");
+  EXPECT_EQ(zeldb({"import", "--replace", file_}).exit_status, 0);
   EXPECT_TRUE(fs::is_empty(temporary_));
 }
 
@@ -217,10 +219,11 @@ TEST_P(Snapshot, LeavesNothingWhenItEnds) {
   const fs::path to = folder_ / "to";
   fs::create_directory(to);
   const std::string zeldb_line = "TMPDIR=" + temporary_.string() + " exec " ZELDB_COMMAND_LINE " ";
-  for (const char* blocks : {"0", "8", "40", "100"}) {
+  for (const auto& [blocks, command] :
+       {std::pair("0", "export"), {"8", "export"}, {"40", "export"}, {"100", "export"}, {"40", "report"}}) {
     const Outcome outcome = run_program({.argv = {"sh", "-c",
                                                   "ulimit -f " + std::string(blocks) + "; " + zeldb_line +
-                                                      "export " + (to / "file").string()},
+                                                      command + " " + (to / "file").string()},
                                          .env = {"VREL_LOG=/dev/null"}});
     EXPECT_EQ(outcome.exit_status, 1) << blocks << outcome.err;
     EXPECT_EQ(outcome.signal, 0) << blocks;
@@ -271,13 +274,18 @@ TEST_P(Snapshot, IsReadWhenItIsOne) {
   expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
   change(bad, "DROP TABLE ZeldbExport");
   expect_failure(zeldb({"slots", "--from", bad}), 1, "is no export of zeldb");
+  change(bad, "CREATE TABLE ZeldbExport (Version INTEGER)");
+  expect_failure(zeldb({"slots", "--from", bad}), 1, "no such column: FormatVersion");
+  expect_failure(zeldb({"slots", "--from", "/proc/self/mem"}), 1, "/proc/self/mem: Input/output error");
   expect_failure(zeldb({"slots", "--from", temporary_}), 1, "tmp: has no files");
   expect_failure(zeldb({"slots", "--from", folder_ / "none"}), 1, "none: No such file");
 
   // Of a version with fewer tables and columns, and with a file that would be written elsewhere.
   const fs::path older = folder_ / "older.db";
   write(older, good);
-  change(older, "DROP TABLE VPDs");
+  for (const char* table : {"VPDs", "SensorSlotMap"}) change(older, std::string("DROP TABLE ") + table);
+  change(older, "CREATE TABLE SensorSlotMap (Unheard INTEGER)");
+  change(older, "ALTER TABLE ZeldbExport DROP COLUMN Written");
   change(older, "ALTER TABLE PCIAdapter DROP COLUMN NodeNo");
   change(older, "INSERT INTO ZeldbFiles VALUES ('../escaped', x'78')");
   const Outcome slots = zeldb({"slots", "--from", older});
@@ -285,6 +293,7 @@ TEST_P(Snapshot, IsReadWhenItIsOne) {
   EXPECT_NE(slots.out.find("Onboard SATA controller"), std::string::npos) << slots.out;
   EXPECT_FALSE(fs::exists(folder_ / "escaped"));
   EXPECT_TRUE(fs::is_empty(temporary_));
+  expect_failure(run_zeldb({"slots", "--from", older}, {"TMPDIR=/proc"}), 1, "/proc/zeldb-");
   fs::remove(temporary_);
   expect_failure(zeldb({"slots", "--from", older}), 1,
                  "zeldb: no folder for temporary files (TMPDIR): No such");

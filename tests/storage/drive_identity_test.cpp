@@ -47,7 +47,8 @@ TEST(DriveIdentity, TrimmedModels) {
   for (const auto& [trimmed, models] : cases) {
     for (std::string model : models) EXPECT_STREQ(trim_drive_model(model.data()), trimmed);
   }
-  for (std::string whole : {"Seagates X", "WDX ABC", "Foo Bar Baz", "Longvendor WD X", "HGST\xA0X Y"}) {
+  for (std::string whole :
+       {"Seagates X", "WDX ABC", "WD1 ABC", "Foo Bar Baz", "Longvendor WD X", "HGST\xA0X Y"}) {
     EXPECT_EQ(trim_drive_model(whole.data()), whole.data()) << whole;
   }
   EXPECT_EQ(trim_drive_model(nullptr), nullptr);

@@ -122,6 +122,7 @@ class Statement {
   void take_table(const Term& term, Scope& scope) const;
 
   Phrase phrase(size_t from) const { return Phrase(std::span(terms_).subspan(from)); }
+  // The end for a place before the first, too.
   const Term& at(size_t i) const { return i < terms_.size() ? terms_[i] : terms_.back(); }
   // The first token outside of parentheses that is this word; the end if there is none.
   size_t find(std::string_view word) const;
@@ -225,7 +226,7 @@ RowOrder Statement::row_order(size_t from) const {
 bool Statement::begins_operand(size_t i) const {
   static constexpr std::array<std::string_view, 9> kBefore = {"where",  "and",  "or",     "not",     "on",
                                                               "having", "when", "select", "distinct"};
-  return i == 0 || at(i - 1).is('(') || at(i - 1).is(',') || is_one_of(at(i - 1), kBefore);
+  return at(i - 1).is('(') || at(i - 1).is(',') || is_one_of(at(i - 1), kBefore);
 }
 
 bool Statement::ends_operand(size_t i) const {
@@ -235,8 +236,8 @@ bool Statement::ends_operand(size_t i) const {
 }
 
 size_t Statement::column_before(size_t i) const {
-  if (i > 0 && at(i - 1).is("not")) --i;
-  return i > 0 && !at(i - 1).name().empty() && begins_operand(i - 1) ? i - 1 : kNone;
+  if (at(i - 1).is("not")) --i;
+  return !at(i - 1).name().empty() && begins_operand(i - 1) ? i - 1 : kNone;
 }
 
 size_t Statement::column_after(size_t i) const {
@@ -245,22 +246,20 @@ size_t Statement::column_after(size_t i) const {
 
 // Column IN (1, 2)
 size_t Statement::column_of_list(size_t parenthesis) const {
-  const bool is_list = parenthesis != kNone && parenthesis > 0 && at(parenthesis - 1).is("in");
-  return is_list ? column_before(parenthesis - 1) : kNone;
+  return at(parenthesis - 1).is("in") ? column_before(parenthesis - 1) : kNone;
 }
 
 // Column BETWEEN 1 AND 2
 size_t Statement::column_of_range(size_t first) const {
   if (at(first - 1).is("between")) return column_before(first - 1);
-  if (!at(first - 1).is("and") || first < 4) return kNone;
+  if (!at(first - 1).is("and")) return kNone;
   const size_t other = sign_before(first - 2);
-  return other > 0 && at(other - 1).is("between") ? column_before(other - 1) : kNone;
+  return at(other - 1).is("between") ? column_before(other - 1) : kNone;
 }
 
 size_t Statement::column_beside(size_t first, size_t last) const {
-  if (first == 0) return kNone;
   size_t left = first;
-  while (left > 0 && at(left - 1).is_comparison()) --left;
+  while (at(left - 1).is_comparison()) --left;
   if (left != first) return column_before(left);
   size_t column = column_of_range(first);
   if (column == kNone && begins_operand(first)) column = column_of_list(at(first).opened);
@@ -272,7 +271,7 @@ size_t Statement::column_beside(size_t first, size_t last) const {
 
 // The place where a number begins, with its sign.
 size_t Statement::sign_before(size_t number) const {
-  const bool is_touched = number > 1 && at(number - 1).is('-') && at(number - 1).end() == at(number).begin();
+  const bool is_touched = at(number - 1).is('-') && at(number - 1).end() == at(number).begin();
   const Term& before = at(number - 2);
   const bool is_sign = is_touched && (before.is('(') || before.is(',') || before.is_comparison() ||
                                       before.kind == Token::Kind::Word);

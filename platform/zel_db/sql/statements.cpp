@@ -35,10 +35,11 @@ std::string update_text(const StatementKey& key) {
 }
 
 std::string look_text(const StatementKey& key, const Dialect& dialect) {
-  const std::string condition(key.text.substr(key.text.find('(')));
-  const std::string table(key.table);
-  return dialect.searches_conditions ? "SELECT " + condition + " IS TRUE FROM " + table + " WHERE _id=?"
-                                     : "SELECT 1 FROM " + table + " WHERE " + condition + " AND _id=?";
+  const std::string_view condition = key.text.substr(key.text.find('('));
+  std::string sql("SELECT ");
+  if (dialect.searches_conditions)
+    return sql.append(condition).append(" IS TRUE FROM ").append(key.table).append(" WHERE _id=?");
+  return sql.append("1 FROM ").append(key.table).append(" WHERE ").append(condition).append(" AND _id=?");
 }
 
 std::string template_of(const StatementKey& key, const Dialect& dialect) {
@@ -49,11 +50,9 @@ std::string template_of(const StatementKey& key, const Dialect& dialect) {
       return update_text(key);
     case Form::Look:
       return look_text(key, dialect);
-    case Form::Text:
-    case Form::Query:
-      break;
+    default:
+      return std::string(key.text);
   }
-  return std::string(key.text);
 }
 
 // A number beside a column of texts is compared as a text: to a server 5 would equal "05", and 12E45678 would
@@ -69,8 +68,6 @@ void quote_numbers(Facts& facts, std::string& sql) {
 // The line may end in a comment.
 void add_order(const Facts& facts, const Dialect& dialect, std::string& sql) {
   switch (facts.order) {
-    case RowOrder::Fixed:
-      break;
     case RowOrder::Natural:
       if (!dialect.pays_for_order) sql.append("\nORDER BY _id");
       break;
@@ -82,6 +79,8 @@ void add_order(const Facts& facts, const Dialect& dialect, std::string& sql) {
       break;
     case RowOrder::Distinct:
       sql.insert(facts.table_end, dialect.without_indexes);
+      break;
+    default:
       break;
   }
 }

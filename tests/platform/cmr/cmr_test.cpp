@@ -203,9 +203,11 @@ TEST_F(Cmr, SetKeepsTheRestOfTheFile) {
   EXPECT_EQ(stored, expected);
   EXPECT_TRUE(fs::is_symlink("bios.json") && !fs::exists("real.json.new"));
   EXPECT_EQ(fs::status("bios.json").permissions(), fs::perms{0640});
-  write("bios.json", "{");
-  EXPECT_NE(set("A-1.x", "lost"), 0);
-  EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.x", 1}}) + read("bios.json"), "<later><now>{");
+  for (const char* other : {"{", R"({"collections":[]})"}) {
+    write("bios.json", other);
+    EXPECT_NE(set("A-1.x", "lost"), 0);
+    EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.x", 1}}) + read("bios.json"), std::string("<later><now>") + other);
+  }
 }
 
 TEST_F(Cmr, FilesThatCannotBeReadOrReplacedStayAsTheyAre) {
@@ -249,6 +251,7 @@ TEST_F(Cmr, ReadsFilesOfABoundedLengthOnly) {
       {".", [] { fs::remove("bios.json"), fs::create_symlink("bios.json", "bios.json"); }, "cannot open: "},
       {".", [] { fs::create_directory("bios.json.new"); }, "cannot create the new file: "},
       {"gone", [] {}, "cannot open the folder: "},
+      {"", [] {}, "error: /var/lib/zeldb/bios.json: "},
   };
   for (const auto& [folder, change, reason] : cases) {
     fs::remove_all("bios.json");
@@ -305,10 +308,14 @@ TEST_F(Cmr, ShortMemoryFailsOneCallAndNoneAfterIt) {
 }
 
 TEST_F(Cmr, CallLogAndInjectedFailures) {
-  write("platform.json", R"({"fail":[{"function":"cmr_api_initialize","call":1}]})");
-  EXPECT_EQ(cmr_api_initialize() + cmr_api_uninitialize(), 0);
-  EXPECT_EQ(read("log"), "error: ./platform.json: fail[0]: needs function, call and rc\n");
-  write("platform.json", R"({"fail":[{"function":"cmr_api_initialize","call":2,"rc":-77}]})");
+  const std::string function = R"("function":"cmr_api_initialize")";
+  for (const std::string& lacking : {function + R"(,"call":1)", function, std::string()}) {
+    write("platform.json", R"({"fail":[{)" + lacking + "}]}");
+    fs::remove("log");
+    EXPECT_EQ(is_palomir_platform(), 0);
+    EXPECT_EQ(read("log"), "error: ./platform.json: fail[0]: needs function, call and rc\n");
+  }
+  write("platform.json", R"({"fail":[{)" + function + R"(,"call":1,"rc":-77}]})");
   setenv("CMR_CALL_LOG", "calls", 1);
   EXPECT_EQ(cmr_api_initialize() + cmr_api_initialize(), -77);
   get({{"A-1.x", 1}, {"no", 0}});

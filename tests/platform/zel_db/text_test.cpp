@@ -31,7 +31,8 @@ TEST(Tokens, AreThoseOfBothEngines) {
       {"f((x),1) ) y", "W:f S:( S1:( W2:x S1:) S1:, N1:1 S:) S-1:) W-1:y"},
       {"'it''s' \"say \"\"hi\"\"\"'' `a``b`", "T:'it''s' T:\"say \"\"hi\"\"\" T:'' A:`a``b`"},
       {"'\\' '\"' \"'\"\"--\"", "T:'\\' T:'\"' T:\"'\"\"--\""},
-      {"x'00'N'y' xx'z' x 'z' x\"z\"", "P:x'00' P:N'y' W:xx T:'z' W:x T:'z' W:x T:\"z\""},
+      {"x'00'N'y' y'z' xx'z' x 'z' x\"z\"", "P:x'00' P:N'y' W:y T:'z' W:xx T:'z' W:x T:'z' W:x T:\"z\""},
+      {"=<'x' <>=-", "S:= S:< T:'x' S:< S:> S:= S:-"},
       {"5 5.5 .5 5. 1e3 1e-3 1e 1e- 0x5e-1", "N:5 N:5.5 N:.5 N:5. N:1e3 N:1e-3 N:1e N:1e S:- N:0x5e S:- N:1"},
       {"1e+3 1e+x .", "N:1e+3 N:1e S:+ W:x S:."},
       {"15B3A2D4 a.5 1.2.3", "N:15B3A2D4 W:a N:.5 N:1.2.3"},
@@ -57,10 +58,15 @@ TEST(Tokens, AreThoseOfBothEngines) {
   }
 }
 
-std::string lifted(const char* text) {
+TEST(Numbers, AreReadWhole) {
+  for (const char* number : {"5", "\t-5.5 ", "+.5", "1e3"}) EXPECT_TRUE(reads_as_number(number)) << number;
+  for (const char* other : {"", " ", "-", "--5", "+inf", "5x"}) EXPECT_FALSE(reads_as_number(other)) << other;
+}
+
+std::string lifted(const char* text, Parameters parameters = {}, Literals literals = Literals::Lift) {
   SqlText sql;
   Values values;
-  const LiftOutcome outcome = lift_literals(text, {}, Literals::Lift, sql, values);
+  const LiftOutcome outcome = lift_literals(text, parameters, literals, sql, values);
   if (outcome.status != kOk) return outcome.reason;
   std::string line(sql.view());
   for (const Value& value : values.list) {
@@ -103,6 +109,8 @@ TEST(Literals, AreLiftedAsWholeTokens) {
       {"[A]=@B", kForeign},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(lifted(text), expected);
+  const _zel_db_param_t five[] = {{3, 0, 1, 1}, {3, 0, 1, 2}, {3, 0, 1, 3}, {3, 0, 1, 4}, {3, 0, 1, 5}};
+  EXPECT_EQ(lifted("?a?*??*?x /* ? */", five, Literals::Keep), "? a ?*? ?*? x /* ? */ 1 2 3 4 5");
 }
 
 // What is known of a query or an update, and how it is asked of an engine that must be told every order.
@@ -148,21 +156,26 @@ TEST(Facts, OfQueries) {
   }
   const std::pair<std::string, std::string> others[] = {
       {"SELECT DISTINCT Model FROM AimDisks WHERE SlotNo=?", "AimDisks BARE WHERE SlotNo=? |#"},
+      {"SELECT DISTINCT Model=5 FROM AimDisks", "AimDisks BARE |"},
+      {"SELECT Model,model FROM AimDisks", "AimDisks\nORDER BY _id |"},
+      {"SELECT * FROM Memory WHERE Capacity=?", "Memory WHERE Capacity=? |#"},
       {"SELECT count(*) FROM AimDisks", "AimDisks |"},
       {"SELECT * FROM AimDisks", "AimDisks |"},
       {"SELECT _id,Model, SlotNo FROM AimDisks", "AimDisks |"},
       {"SELECT _id,Model FROM AimDisks", "AimDisks\nORDER BY _id |"},
       {"SELECT 1,Model FROM NoTable", "NoTable |"},
       // A number beside a column of texts is a text.
-      {"SELECT * FROM AimDisks WHERE Model IN (5, -05) OR Model=12E4 OR 007 != Model",
-       "AimDisks WHERE Model IN ('5', '-05') OR Model='12E4' OR '007' != Model\nORDER BY _id |"},
-      {"SELECT * FROM AimDisks WHERE Model NOT BETWEEN 1 AND 2 AND SlotNo IN (5) AND SlotNo=007",
-       "AimDisks WHERE Model NOT BETWEEN '1' AND '2' AND SlotNo IN (5) AND SlotNo=007\nORDER BY _id |"},
-      {"SELECT * FROM AimDisks WHERE Model IN (5+1,0x5,15B3) OR Model+05=05 OR Model=05-1",
-       "AimDisks WHERE Model IN (5+1,0x5,15B3) OR Model+05=05 OR Model=05-1\nORDER BY _id |"},
+      {"SELECT * FROM AimDisks WHERE Model IN (5, -05) OR Model=-12E4 OR 007 != Model",
+       "AimDisks WHERE Model IN ('5', '-05') OR Model='-12E4' OR '007' != Model\nORDER BY _id |"},
+      {"SELECT * FROM AimDisks WHERE Model NOT BETWEEN -1 AND -2 AND SlotNo IN (5) AND SlotNo=007",
+       "AimDisks WHERE Model NOT BETWEEN '-1' AND '-2' AND SlotNo IN (5) AND SlotNo=007\nORDER BY _id |"},
+      {"SELECT * FROM AimDisks WHERE Model IN (5+1,0x5,15B3) OR Model+05=05 OR Model=05-1 OR Model=- 5",
+       "AimDisks WHERE Model IN (5+1,0x5,15B3) OR Model+05=05 OR Model=05-1 OR Model=- 5\nORDER BY _id |"},
   };
-  for (const auto& [text, expected] : others)
-    EXPECT_EQ(facts_in(query_key(text, 0)).substr(text.find("FROM") + 5), expected);
+  for (const auto& [text, expected] : others) {
+    const std::string seen = facts_in(query_key(text, 0));
+    EXPECT_EQ(seen.substr(seen.find("FROM") + 5), expected);
+  }
 }
 
 TEST(Facts, OfUpdates) {
@@ -174,6 +187,10 @@ TEST(Facts, OfUpdates) {
       {"_id=? AND (SlotNo!=?) OR BayNo=?", "|??###"},
       {"_id=? AND (SlotNo!=? OR NoColumn=?)", "|??##?"},
       {"_id=? AND (SlotNo IN (?))", "|??##"},
+      {"_id=? AND SlotNo=?", "|??##"},
+      {"_id=? OR (SlotNo=?)", "|??##"},
+      {"_id=5 AND (SlotNo=?)", "|??#"},
+      {"_id=? AND ((((((((((SlotNo=?))))))))))", "|??##"},
       {"_id=? AND (SlotNo!=BayNo)", "|??#"},
   };
   for (const auto& [where, expected] : cases) {
