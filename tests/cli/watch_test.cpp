@@ -39,7 +39,7 @@ class Watch : public DatabaseTest {
 
   void TearDown() override {
     if (output_ == nullptr) return;
-    kill(pid_, SIGKILL);
+    kill(pid_, SIGTERM);
     pclose(output_);
   }
 

@@ -74,7 +74,7 @@ class Stranger {
       answer += std::string("|") + error;
       if (send(ends_[1], answer.data(), answer.size(), 0) < 0) break;
     }
-    _exit(0);
+    std::exit(0);
   }
   Stranger(const Stranger&) = delete;
   Stranger& operator=(const Stranger&) = delete;
