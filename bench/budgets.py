@@ -39,7 +39,7 @@ def data_size(library):
 
 FILES = {"size": stripped_size, "data": data_size,
          "relocations": lambda library: len(re.findall(r"R_ARM_", output("readelf", "-rW", library)))}
-RUNS = {"calls": lambda scene, words: len(scene.calls(words)), "instructions": Scene.instructions, "memory": Scene.memory,
+RUNS = {"calls": lambda scene, words: len(scene.calls(words)), "own": Scene.own_calls, "instructions": Scene.instructions, "memory": Scene.memory,
         "allocations": lambda scene, words: scene.heap(words)[0],
         "system": lambda scene, words: scene.system_calls(words)[0],
         "written": lambda scene, words: scene.system_calls(words)[1]}

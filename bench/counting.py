@@ -55,6 +55,12 @@ class Scene:
         self.run(words, ZEL_DB_TRACE=str(trace))
         return trace.read_text(errors="replace").splitlines() if trace.exists() else []
 
+    def own_calls(self, words):
+        """Those of them that the program makes, and not a function of the library for it."""
+        count = self.folder / "own"
+        self.run(words, LD_PRELOAD=str(self.programs.parent / "lib" / "libbench_own_calls.so"), BENCH_OWN_CALLS=str(count))
+        return int(count.read_text())
+
     def instructions(self, words):
         """Of a work of bench_work, or of a whole program."""
         notes = self.folder / "callgrind"
