@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -88,21 +89,40 @@ std::optional<WantedPlace> slot_of_function(PlaceReader& reader, const std::stri
   return std::nullopt;
 }
 
+void find_functions(PlaceReader& reader, WantedPlace& wanted) {
+  for (const uint32_t key : functions_in_slot(wanted.place)) {
+    const auto function = find_function(key);
+    if (function && (wanted.adapter.empty() || key_text(function->DevKey) == wanted.adapter))
+      wanted.functions.insert(key_text(key));
+  }
+  reader.read_settings_of(wanted.functions);
+}
+
+// The part with this name; of a drive also what else is known of its bay.
+std::vector<PlaceDetails> details_called(PlaceReader& reader, const std::string& name) {
+  std::vector<PlaceDetails> all = all_called(reader, name);
+  const PlaceDetails drive = all.back();
+  if (drive.found.rows.size() != 1) return all;
+  const auto number = [&](const char* column) {
+    return std::stoi(text_at(*drive.view, drive.found.rows.front(), column));
+  };
+  WantedPlace bay{.place = {number("LocationId"), number("BayNo")}, .functions = {}};
+  find_functions(reader, bay);
+  std::ranges::copy_if(reader.details_of(bay), std::back_inserter(all),
+                       [&](const PlaceDetails& details) { return details.view != drive.view; });
+  return all;
+}
+
 std::vector<PlaceDetails> find(const std::string& text, Mask* mask) {
   require_inventory("show");
   PlaceReader reader(mask);
   std::optional<WantedPlace> wanted = slot_of_function(reader, text);
   if (!wanted) {
     const auto place = place_of(text);
-    if (!place) return all_called(reader, text);
+    if (!place) return details_called(reader, text);
     wanted = WantedPlace{*place, {}};
   }
-  for (const uint32_t key : functions_in_slot(wanted->place)) {
-    const auto function = find_function(key);
-    if (function && (wanted->adapter.empty() || key_text(function->DevKey) == wanted->adapter))
-      wanted->functions.insert(key_text(key));
-  }
-  reader.read_settings_of(wanted->functions);
+  find_functions(reader, *wanted);
   return reader.details_of(*wanted);
 }
 
