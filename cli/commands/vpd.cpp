@@ -23,7 +23,7 @@ constexpr Column kColumns[] = {
     minor(VPD_COLUMN(Manufacture, "MAKER", "Who made it")),
     VPD_COLUMN(Model, "MODEL", "Model"),
     VPD_COLUMN(PartNo, "PART", "Part number"),
-    VPD_COLUMN(FRUNo, "FRU", "FRU number, for a replacement"),
+    minor(VPD_COLUMN(FRUNo, "FRU", "FRU number, for a replacement")),
     whole(VPD_COLUMN(SerialNo, "SERIAL", "Serial number")),
     minor(whole(VPD_COLUMN(UUID, "UUID", "Universally unique id"))),
 };
