@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "cli/similar.h"
+#include "db/owners.h"
 #include "platform/zel_db.h"
 #include "zel_db/sql/tokens.h"
+#include "zel_db/status.h"
 
 namespace zeldb::cli {
 
@@ -33,12 +35,11 @@ std::vector<std::string> columns_in(std::string_view condition) {
 
 // Whether the database understands a query for a column.
 bool understands(const char* table, const char* column, const std::string& condition) {
-  constexpr int kSqlError = 2;
   _zel_db_handle_t* const handle = get_dmdb_handle(0, nullptr, 0);
-  zel_db_result_t* rows = nullptr;
-  const int status = zel_db_query(handle, table, &column, 1, condition.c_str(), nullptr, 0, nullptr, &rows);
-  zel_db_free_result(rows);
-  return handle == nullptr || status != kSqlError;
+  Result rows;
+  const int status =
+      zel_db_query(handle, table, &column, 1, condition.c_str(), nullptr, 0, nullptr, rows.out());
+  return handle == nullptr || status != zel_db::kSqlError;
 }
 
 bool has_column(const char* table, const char* word) {

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +17,7 @@
 #include "cli/snapshot.h"
 #include "cli/snapshot_mask.h"
 #include "cli/sqlite_file.h"
+#include "cli/transaction.h"
 #include "platform/zel_db.h"
 #include "zeldb/status.h"
 
@@ -28,42 +28,15 @@ namespace {
 constexpr const char* kProperties = "propertiesDCTbl";
 constexpr const char* kSettings = "PCISetting";
 
-int run(_zel_db_handle_t* handle, const char* statement) {
-  return zel_db_raw_query(handle, statement, static_cast<int>(std::strlen(statement)), nullptr);
+Result rows_of(const InventoryTable& table, const Transaction& database) {
+  std::vector<const char*> columns;
+  for (const auto& column : table.columns) columns.push_back(column.name.c_str());
+  Result rows;
+  const int status = zel_db_query(database.get(), table.name.c_str(), columns.data(),
+                                  static_cast<int>(columns.size()), nullptr, nullptr, 0, "_id", rows.out());
+  check(status, "table " + table.name);
+  return rows;
 }
-
-struct Release {
-  void operator()(zel_db_result_t* result) const { zel_db_free_result(result); }
-  void operator()(_zel_db_handle_t* handle) const {
-    run(handle, "ROLLBACK");
-    zel_db_close(handle);
-  }
-};
-using Result = std::unique_ptr<zel_db_result_t, Release>;
-
-// A consistent view of one of the databases.
-class Source {
- public:
-  explicit Source(const char* database) : handle_(zel_db_open("localhost", "root", "", database, 0)) {
-    const std::string what = std::string("database ") + database;
-    if (handle_ == nullptr) check(ZELDB_NO_HANDLE, what);
-    check(run(handle_.get(), "BEGIN"), what);
-  }
-
-  Result read(const InventoryTable& table) const {
-    std::vector<const char*> columns;
-    for (const auto& column : table.columns) columns.push_back(column.name.c_str());
-    zel_db_result_t* rows = nullptr;
-    const int status = zel_db_query(handle_.get(), table.name.c_str(), columns.data(),
-                                    static_cast<int>(columns.size()), nullptr, nullptr, 0, "_id", &rows);
-    Result owner(rows);
-    check(status, "table " + table.name);
-    return owner;
-  }
-
- private:
-  std::unique_ptr<_zel_db_handle_t, Release> handle_;
-};
 
 // A value of any length: read grows the buffer until the value does not fill it.
 template <typename Read>
@@ -101,7 +74,7 @@ class TableCopy {
  public:
   TableCopy(const InventoryTable& table, SnapshotMask* mask) : table_(table), mask_(mask) {}
 
-  void learn(const Source& source) {
+  void learn(const Transaction& source) {
     each_row(source, [this](zel_db_result_t* row) {
       for (size_t place = 0; place < table_.columns.size(); ++place) {
         if (table_.columns[place].type == "TEXT")
@@ -111,7 +84,7 @@ class TableCopy {
     });
   }
 
-  void write(const Source& source, const SqliteFile& to) {
+  void write(const Transaction& source, const SqliteFile& to) {
     std::string names;
     std::string values;
     for (const auto& column : table_.columns) {
@@ -131,11 +104,11 @@ class TableCopy {
 
  private:
   template <typename Visit>
-  void each_row(const Source& source, Visit visit) const {
-    const Result rows = source.read(table_);
-    int status = zel_db_result_step(rows.get());
-    for (; status == ZELDB_ROW; status = zel_db_result_step(rows.get())) visit(rows.get());
-    if (status != ZELDB_NO_MORE_ROWS) check(status, "table " + table_.name);
+  void each_row(const Transaction& source, Visit visit) const {
+    Result rows = rows_of(table_, source);
+    std::optional<int> end;
+    while (!(end = rows.no_row())) visit(rows.get());
+    if (*end != ZELDB_NO_MORE_ROWS) check(*end, "table " + table_.name);
   }
 
   int place_of(const char* column) const {
@@ -290,11 +263,11 @@ void write_files(const SqliteFile& file, SnapshotMask* mask) {
 }  // namespace
 
 void write_snapshot(const std::string& path, const std::string& name, bool masked) {
-  const Source inventory("dmdb");
-  const Source properties("propertiesdb");
+  const Transaction inventory("dmdb");
+  const Transaction properties("propertiesdb");
   const SqliteFile file = create_inventory(path, name);
   const std::vector<InventoryTable> tables = tables_of(file);
-  const auto source_of = [&](const InventoryTable& table) -> const Source& {
+  const auto source_of = [&](const InventoryTable& table) -> const Transaction& {
     return table.name == kProperties ? properties : inventory;
   };
   SnapshotMask known;

@@ -7,9 +7,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
-struct _zel_db_handle_t;  // NOLINT(bugprone-reserved-identifier): fixed name of the interface
+#include "cli/transaction.h"
 
 namespace zeldb::cli {
 
@@ -20,9 +19,6 @@ class Target {
  public:
   // Both databases have to be there, with tables of this schema version.
   explicit Target(int64_t schema_version);
-  ~Target();
-  Target(const Target&) = delete;
-  Target& operator=(const Target&) = delete;
 
   bool is_empty(const std::string& table) const;
   void clear(const std::string& table) const;
@@ -32,16 +28,10 @@ class Target {
   void commit() const;
 
  private:
-  struct Close {
-    void operator()(_zel_db_handle_t* handle) const;
-  };
-  using Handle = std::unique_ptr<_zel_db_handle_t, Close>;
+  const Transaction& database_of(const std::string& table) const;
 
-  static Handle open(const char* database, int64_t schema_version);
-  _zel_db_handle_t* handle_of(const std::string& table) const;
-
-  Handle inventory_;
-  Handle properties_;  // null where one file serves both
+  std::unique_ptr<Transaction> inventory_;
+  std::unique_ptr<Transaction> properties_;  // null where one file serves both
 };
 
 }  // namespace zeldb::cli

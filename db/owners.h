@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -23,10 +24,13 @@ class Result {
  public:
   Result() = default;
   Result(const Result&) = delete;
+  Result(Result&& other) noexcept : result_(std::exchange(other.result_, nullptr)) {}
   Result& operator=(const Result&) = delete;
+  Result& operator=(Result&&) = delete;
   ~Result() { free(); }
 
   zel_db_result_t** out() { return &result_; }
+  zel_db_result_t* get() const { return result_; }
   explicit operator bool() const { return result_ != nullptr; }
 
   int step() { return zel_db_result_step(result_); }
@@ -59,8 +63,14 @@ class Connection {
 
   explicit operator bool() const { return handle_ != nullptr; }
   _zel_db_handle_t* get() const { return handle_; }
+  int run(const std::string& statement) const { return run(statement, nullptr); }
+  int run(const std::string& statement, Result& rows) const { return run(statement, rows.out()); }
 
  private:
+  int run(const std::string& statement, zel_db_result_t** rows) const {
+    return zel_db_raw_query(handle_, statement.c_str(), static_cast<int>(statement.size()), rows);
+  }
+
   static constexpr const char* kServer = "localhost";
   _zel_db_handle_t* handle_;
 };

@@ -2,7 +2,6 @@
 #include "scan/store.h"
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 #include <stdexcept>
 
@@ -285,20 +284,17 @@ void Store::apply(const Change& change) {
 
 std::vector<Change> Store::write(const Findings& findings) {
   if (changes(findings).empty()) return {};
-  const auto run = [this](const char* sql) {
-    return zel_db_raw_query(connection_.get(), sql, static_cast<int>(std::strlen(sql)), nullptr);
-  };
-  check(run("BEGIN"), "the inventory");
+  check(connection_.run("BEGIN"), "the inventory");
   try {
     // No row has this number; the statement only takes the lock that keeps other scans from writing.
     check(zel_db_delete(connection_.get(), kEntries, "_id=0", nullptr, 0, nullptr), kEntries);
     read_owned();
     std::vector<Change> all = changes(findings);
     for (const Change& change : all) apply(change);
-    check(run("COMMIT"), "the inventory");
+    check(connection_.run("COMMIT"), "the inventory");
     return all;
   } catch (...) {
-    run("ROLLBACK");
+    connection_.run("ROLLBACK");
     throw;
   }
 }

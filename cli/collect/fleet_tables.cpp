@@ -15,7 +15,7 @@
 #include "cli/text.h"
 #include "platform/zel_db.h"
 #include "platform/zel_db_admin.h"
-#include "zeldb/status.h"
+#include "zel_db/status.h"
 
 namespace zeldb::cli::collect {
 
@@ -32,9 +32,6 @@ constexpr struct {
     {"functions", "FleetFunctions"}, {"adapters", "FleetAdapters"},     {"ports", "FleetPorts"},
     {"gpus", "FleetGpus"},           {"disks", "FleetDisks"},           {"backplanes", "FleetBackplanes"},
     {"firmware", "FleetFirmware"},   {"embedded", "FleetEmbedded"},     {"pending", "FleetPending"}};
-
-// Statuses of the table access.
-enum Status : int { kConstraint = 13, kLost = 14 };
 
 std::string quoted(std::string_view text) {
   std::string literal = "'";
@@ -98,21 +95,11 @@ std::string literal(const Value& value, bool is_server) {
 void require_done(int status) {
   if (status == 0) return;
   char error[1024] = "";
-  if (status == kLost) zel_db_create_fleet(nullptr, error, sizeof(error));
+  if (status == zel_db::kConnectionLost) zel_db_create_fleet(nullptr, error, sizeof(error));
   const std::string why = std::string("database fleet: ") + zel_db_get_error_str(status);
-  if (status == kConstraint) throw Refused(why);
+  if (status == zel_db::kConstraint) throw Refused(why);
   throw Failure(*error != '\0' ? why + ": " + error : why);
 }
-
-struct Result {
-  Result() = default;
-  Result(const Result&) = delete;
-  Result& operator=(const Result&) = delete;
-  ~Result() {
-    if (rows != nullptr) zel_db_free_result(rows);
-  }
-  zel_db_result_t* rows = nullptr;
-};
 
 // Where a table for people has "-", there is nothing: a drive without wear is not worn.
 std::vector<Row> known_rows(const View& view) {
@@ -148,16 +135,11 @@ std::string read_snapshot_rows() {
   return packed({{state, time ? Value(*time) : Value()}, std::move(listings)});
 }
 
-void FleetTables::Close::operator()(_zel_db_handle_t* handle) const {
-  zel_db_close(handle);
-}
-
 FleetTables::FleetTables(const std::string& url) : is_server_(url.starts_with("mariadb:")) {
   setenv("ZEL_DB_URL", url.c_str(), 1);
   char error[1024] = "";
   if (zel_db_create_fleet(nullptr, error, sizeof(error)) != 0) throw Failure(error);
-  handle_.reset(zel_db_open("localhost", "root", "", "fleet", 0));
-  if (handle_ == nullptr) throw Failure("database fleet: cannot be reached");
+  if (!connection_.emplace("fleet")) throw Failure("database fleet: cannot be reached");
   const std::string time = is_server_ ? " DATETIME" : " TEXT";
   const std::string text = is_server_ ? " MEDIUMTEXT" : " TEXT";
   const std::string machine = is_server_ ? "Machine VARCHAR(255) NOT NULL" : "Machine TEXT NOT NULL";
@@ -192,19 +174,17 @@ void FleetTables::make_table(const std::string& name, const std::vector<std::str
 }
 
 void FleetTables::run(const std::string& statement) const {
-  require_done(
-      zel_db_raw_query(handle_.get(), statement.c_str(), static_cast<int>(statement.size()), nullptr));
+  require_done(connection_->run(statement));
 }
 
 // The first column.
 std::vector<std::string> FleetTables::texts(const std::string& select) const {
-  Result result;
-  require_done(
-      zel_db_raw_query(handle_.get(), select.c_str(), static_cast<int>(select.size()), &result.rows));
+  Result rows;
+  require_done(connection_->run(select, rows));
   std::vector<std::string> found;
-  while (zel_db_result_step(result.rows) == ZELDB_ROW) {
+  while (rows.next()) {
     std::string text(4096, '\0');
-    zel_db_result_column_text(result.rows, 0, text.data(), static_cast<unsigned>(text.size()));
+    zel_db_result_column_text(rows.get(), 0, text.data(), static_cast<unsigned>(text.size()));
     found.push_back(text.substr(0, text.find('\0')));
   }
   return found;

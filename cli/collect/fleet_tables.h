@@ -5,15 +5,14 @@
 #define CLI_COLLECT_FLEET_TABLES_H
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cli/command.h"
 #include "cli/listing.h"
-
-struct _zel_db_handle_t;  // NOLINT(bugprone-reserved-identifier): fixed name of the interface
+#include "db/owners.h"
 
 namespace zeldb::cli::collect {
 
@@ -41,10 +40,6 @@ class FleetTables {
   Stored store(const std::string& machine, std::string_view snapshot_rows);
 
  private:
-  struct Close {
-    void operator()(_zel_db_handle_t* handle) const;
-  };
-
   void run(const std::string& statement) const;
   std::vector<std::string> texts(const std::string& select) const;
   void make_table(const std::string& name, const std::vector<std::string>& columns) const;
@@ -52,7 +47,7 @@ class FleetTables {
   void insert_rows(size_t listing, const std::string& start, const std::vector<Row>& rows) const;
 
   bool is_server_;
-  std::unique_ptr<_zel_db_handle_t, Close> handle_;
+  std::optional<Connection> connection_;
 };
 
 }  // namespace zeldb::cli::collect

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <iterator>
-#include <memory>
 
 #include "cli/command.h"
 #include "cli/inventory.h"
 #include "cli/library.h"
 #include "cli/listing.h"
+#include "db/owners.h"
 #include "platform/zel_db.h"
-#include "zeldb/status.h"
 
 namespace zeldb::cli {
 
@@ -79,18 +78,16 @@ void count(CountedProcessor& processor) {
 // The few that the record cannot hold. A failure is no reason to show no processors.
 void count_many(std::vector<CountedProcessor>& processors) {
   constexpr const char* kCounts[] = {"_id", "CoreCount", "CoreEnabled", "ThreadCount"};
-  zel_db_result_t* found = nullptr;
+  Result rows;
   zel_db_query(get_dmdb_handle(0, nullptr, 0), "Processor", kCounts, std::size(kCounts),
-               "CoreCount>255 OR CoreEnabled>255 OR ThreadCount>255", nullptr, 0, nullptr, &found);
-  const std::unique_ptr<zel_db_result_t, void (*)(zel_db_result_t*)> rows(found, zel_db_free_result);
-  while (rows != nullptr && zel_db_result_step(found) == ZELDB_ROW) {
-    uint32_t id = 0;
-    zel_db_result_column_uint(found, 0, &id);
+               "CoreCount>255 OR CoreEnabled>255 OR ThreadCount>255", nullptr, 0, nullptr, rows.out());
+  while (rows.next()) {
+    const zeldb::Row row = rows.row();
     for (CountedProcessor& processor : processors) {
-      if (processor._id != id) continue;
-      zel_db_result_column_uint(found, 1, &processor.CoreCount);
-      zel_db_result_column_uint(found, 2, &processor.CoreEnabled);
-      zel_db_result_column_uint(found, 3, &processor.ThreadCount);
+      if (processor._id != row.number(0)) continue;
+      row.read(1, processor.CoreCount);
+      row.read(2, processor.CoreEnabled);
+      row.read(3, processor.ThreadCount);
     }
   }
 }

@@ -18,8 +18,9 @@
 #include "cli/settings.h"
 #include "cli/slots.h"
 #include "cli/snapshot.h"
-#include "platform/zel_db.h"
+#include "db/owners.h"
 #include "zeldb/firmware.h"
+#include "zeldb/status.h"
 
 namespace zeldb::cli::metrics {
 
@@ -233,22 +234,11 @@ constexpr struct {
     {"propertiesdb", {"propertiesDCTbl"}},
 };
 
-struct Release {
-  void operator()(_zel_db_handle_t* handle) const { zel_db_close(handle); }
-  void operator()(zel_db_result_t* result) const { zel_db_free_result(result); }
-};
-using Handle = std::unique_ptr<_zel_db_handle_t, Release>;
-using Result = std::unique_ptr<zel_db_result_t, Release>;
-
-constexpr int kRow = 9;
-
 // The one number that a query gives; false without one.
-bool ask(const Handle& handle, const std::string& statement, int64_t* number) {
-  zel_db_result_t* rows = nullptr;
-  const int status =
-      zel_db_raw_query(handle.get(), statement.c_str(), static_cast<int>(statement.size()), &rows);
-  const Result owner(rows);
-  return status == 0 && zel_db_result_step(rows) == kRow && zel_db_result_column_int64(rows, 0, number) == 0;
+bool ask(const Connection& connection, const std::string& statement, int64_t* number) {
+  Result rows;
+  return connection.run(statement, rows) == ZELDB_OK && rows.next() &&
+         rows.row().read(0, *number) == ZELDB_OK;
 }
 
 // The time of the last write to the file, or the files in the folder, that ZEL_DB_URL names; 0 if none.
@@ -269,21 +259,21 @@ int64_t newest_file() {
 
 void Reader::databases() {
   for (const auto& [database, tables] : kTables) {
-    const Handle handle(zel_db_open("localhost", "root", "", database, 0));
-    if (handle == nullptr) throw Failure(std::string("database ") + database + ": cannot be reached");
+    const Connection connection(database);
+    if (!connection) throw Failure(std::string("database ") + database + ": cannot be reached");
     int64_t number = 0;
     for (const char* table : tables) {
-      if (!ask(handle, std::string("SELECT count(*) FROM ") + table, &number))
+      if (!ask(connection, std::string("SELECT count(*) FROM ") + table, &number))
         throw Failure(std::string("table ") + table + ": cannot be read");
       metrics_.add("zeldb_table_rows", {{"table", table}}, static_cast<double>(number));
     }
     if (database != kTables->database) continue;
-    if (ask(handle, "SELECT Version FROM ZeldbSchema", &number))
+    if (ask(connection, "SELECT Version FROM ZeldbSchema", &number))
       metrics_.add("zeldb_schema_version", {}, static_cast<double>(number));
     // An export says when it was written; a server knows when a table was changed, as long as it runs.
     number = time_of_snapshot().value_or(0);
     const bool is_told =
-        number != 0 || ask(handle,
+        number != 0 || ask(connection,
                            "SELECT UNIX_TIMESTAMP(MAX(UPDATE_TIME)) FROM information_schema.TABLES WHERE "
                            "TABLE_SCHEMA=DATABASE()",
                            &number);

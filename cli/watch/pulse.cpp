@@ -10,9 +10,9 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
+#include "db/owners.h"
 #include "platform/zel_db.h"
 #include "zeldb/status.h"
 
@@ -32,10 +32,6 @@ std::string statement() {
   return url != nullptr && std::string(url).starts_with("mariadb:") ? kServer : kSqlite;
 }
 
-struct Close {
-  void operator()(_zel_db_handle_t* handle) const { zel_db_close(handle); }
-};
-
 class Database {
  public:
   explicit Database(const char* name) : name_(name) {}
@@ -43,17 +39,14 @@ class Database {
   // Nothing where it cannot be reached.
   std::string version() const {
     // The connection is kept unless its file is no longer the one of that name.
-    const std::unique_ptr<_zel_db_handle_t, Close> handle(zel_db_open("localhost", "root", "", name_, 0));
+    const Connection connection(name_);
     char text[64] = "";
     char file[PATH_MAX] = "";
-    zel_db_result_t* rows = nullptr;
-    if (handle != nullptr &&
-        zel_db_raw_query(handle.get(), statement_.c_str(), static_cast<int>(statement_.size()), &rows) == 0 &&
-        zel_db_result_step(rows) == ZELDB_ROW) {
-      zel_db_result_column_text(rows, 0, text, sizeof(text));
-      zel_db_result_column_text(rows, 1, file, sizeof(file));
+    Result rows;
+    if (connection && connection.run(statement_, rows) == ZELDB_OK && rows.next()) {
+      zel_db_result_column_text(rows.get(), 0, text, sizeof(text));
+      zel_db_result_column_text(rows.get(), 1, file, sizeof(file));
     }
-    if (rows != nullptr) zel_db_free_result(rows);
     struct stat found = {};
     if (*text == '\0' || *file == '\0' || stat(file, &found) != 0) return text;
     return std::string(text) + " " + std::to_string(found.st_dev) + " " + std::to_string(found.st_ino);

@@ -2,6 +2,9 @@
 #include "zel_db/recent_queries.h"
 
 #include <cstring>
+#include <utility>
+
+#include "zel_db/sql/statements.h"
 
 namespace zel_db {
 
@@ -20,11 +23,7 @@ void RecentQuery::select(std::string_view table, std::span<const char* const> co
     starts_.push_back(names_.size());
     names_.append(column).push_back('\0');
   }
-  std::string text = "SELECT ";
-  for (const char* column : columns) text.append(column).push_back(',');
-  if (columns.empty()) text.append("*,");
-  text.back() = ' ';
-  text.append("FROM ").append(table);
+  std::string text = select_text(table, columns);
   table_ = table;
   head_hash = hash_of(text);
   head = std::move(text);

@@ -14,8 +14,7 @@ std::unique_ptr<Prepared> prepare_look(const Session& session, const StatementKe
 
 Look look(Prepared& query, std::span<const Value> condition) {
   SmallVector<Value, 64> values;
-  values.append(condition.data() + 1, condition.size() - 1);
-  values.push_back(condition.front());
+  append_look_values(condition, values);
   Result rows;
   if (query.run({values.begin(), values.size()}, &rows, nullptr) != kOk) return Look::Failed;
   uint64_t matches = 0;

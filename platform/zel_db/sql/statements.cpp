@@ -109,6 +109,20 @@ StatementKey look_key(const StatementKey& update) {
   return look;
 }
 
+// "_id=?" is first in the update's condition and last in the look.
+void append_look_values(std::span<const Value> condition, SmallVector<Value, 64>& values) {
+  values.append(condition.data() + 1, condition.size() - 1);
+  values.push_back(condition.front());
+}
+
+std::string select_text(std::string_view table, std::span<const char* const> columns) {
+  std::string sql("SELECT ");
+  for (const char* column : columns) sql.append(column).push_back(',');
+  if (columns.empty()) sql.append("*,");
+  sql.back() = ' ';
+  return sql.append("FROM ").append(table);
+}
+
 StatementText statement_text(const StatementKey& key, const Dialect& dialect) {
   std::string sql = template_of(key, dialect);
   Facts facts = facts_of(sql);

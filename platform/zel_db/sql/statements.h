@@ -5,10 +5,13 @@
 #define ZEL_DB_SQL_STATEMENTS_H
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
+#include "zel_db/small_vector.h"
 #include "zel_db/sql/facts.h"
+#include "zel_db/value.h"
 
 namespace zel_db {
 
@@ -33,8 +36,13 @@ StatementKey insert_key(std::string_view table, std::string_view columns);
 // All rows where the where text is empty.
 StatementKey update_key(std::string_view table, std::string_view columns, std::string_view where);
 // A select that tells whether the condition of an update of one row holds: one row with 1 or 0, none if there
-// is no row with that id. Its values are those of the update's condition, with the id at the end.
+// is no row with that id.
 StatementKey look_key(const StatementKey& update);
+// Its values, of those of the update's condition.
+void append_look_values(std::span<const Value> condition, SmallVector<Value, 64>& values);
+
+// A query of all rows; of all columns where none is named.
+std::string select_text(std::string_view table, std::span<const char* const> columns);
 
 struct StatementText {
   std::string sql;
