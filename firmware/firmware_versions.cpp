@@ -15,17 +15,17 @@ namespace {
 
 constexpr size_t kStatement = 192;
 
-struct Target {
+struct KeyedTable {
   const char* table;
   const char* key;
 };
-constexpr Target kTargets[] = {{tables::kImages, "HardwareId"}, {tables::kComponents, "PCIFuncKey"}};
+constexpr KeyedTable kKeyedTables[] = {{tables::kImages, "HardwareId"}, {tables::kComponents, "PCIFuncKey"}};
 
-int set_text(_zel_db_handle_t* handle, const char* function, const Target& target, const char* column,
+int set_text(_zel_db_handle_t* handle, const char* function, const KeyedTable& keyed, const char* column,
              const char* text, uint32_t key) {
   char statement[kStatement];
   const int length = std::snprintf(statement, kStatement, "update %s set %s=\"%s\" where %s = %u;",
-                                   target.table, column, text, target.key, key);
+                                   keyed.table, column, text, keyed.key, key);
   // A statement that was cut could still be valid, for another key or for all rows.
   const bool cut = length < 0 || static_cast<size_t>(length) >= kStatement;
   const int status = cut ? ZELDB_INVALID_ARGUMENT
@@ -40,8 +40,8 @@ int set_everywhere(const char* function, const char* column, const char* text, u
   if (text == nullptr) return ZELDB_INVALID_ARGUMENT;
   const Doubled<kStatement> value(text, '"');  // a text of this length leaves no room for the rest
   int status = ZELDB_OK;
-  for (const Target& target : kTargets) {
-    status = set_text(handle, function, target, column, value.text(), key);
+  for (const KeyedTable& keyed : kKeyedTables) {
+    status = set_text(handle, function, keyed, column, value.text(), key);
   }
   return status;
 }

@@ -6,7 +6,7 @@
 #include "cli/command.h"
 #include "cli/snapshot.h"
 #include "cli/sqlite_file.h"
-#include "cli/target.h"
+#include "cli/table_writer.h"
 
 namespace zeldb::cli {
 
@@ -37,7 +37,7 @@ std::string bytes_literal(const std::string& bytes) {
 // Copies the rows of one table.
 class TableImport {
  public:
-  TableImport(const SqliteFile& from, const InventoryTable& table, const Target& to)
+  TableImport(const SqliteFile& from, const InventoryTable& table, const TableWriter& to)
       : table_(table), rows_(from.prepare("SELECT * FROM main." + table.name + " ORDER BY _id")), to_(to) {
     for (const auto& column : table.columns) columns_ += (columns_.empty() ? "" : ", ") + column.name;
   }
@@ -74,7 +74,7 @@ class TableImport {
 
   const InventoryTable& table_;
   SqliteStatement rows_;
-  const Target& to_;
+  const TableWriter& to_;
   std::string columns_;
   bool has_negative_ = false;
 };
@@ -82,7 +82,7 @@ class TableImport {
 void import_file(const Options& options) {
   const SqliteFile from(unpacked_for_import(options.file), options.file);
   const std::vector<InventoryTable> tables = tables_of(from);
-  const Target to(schema_version_of(from));
+  const TableWriter to(schema_version_of(from));
   for (const InventoryTable& table : tables) {
     if (to.is_empty(table.name)) continue;
     if (!options.replaces)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Writes whole tables to the databases of ZEL_DB_URL.
-#ifndef CLI_TARGET_H
-#define CLI_TARGET_H
+#ifndef CLI_TABLE_WRITER_H
+#define CLI_TABLE_WRITER_H
 
 #include <cstdint>
 #include <memory>
@@ -15,10 +15,10 @@ namespace zeldb::cli {
 constexpr const char* kPropertyTable = "propertiesDCTbl";
 
 // Writes take effect with commit only. Everything throws a Failure.
-class Target {
+class TableWriter {
  public:
   // Both databases have to be there, with tables of this schema version.
-  explicit Target(int64_t schema_version);
+  explicit TableWriter(int64_t schema_version);
 
   bool is_empty(const std::string& table) const;
   void clear(const std::string& table) const;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/target.h"
+#include "cli/table_writer.h"
 
 #include "cli/command.h"
 #include "cli/library.h"
@@ -30,28 +30,29 @@ std::unique_ptr<Transaction> begin(const std::string& name, int64_t schema_versi
 
 }  // namespace
 
-Target::Target(int64_t schema_version) : inventory_(begin("dmdb", schema_version)) {
+TableWriter::TableWriter(int64_t schema_version) : inventory_(begin("dmdb", schema_version)) {
   const std::string look = std::string("SELECT 1 FROM ") + kPropertyTable + " LIMIT 0";
   if (inventory_->run(look) != 0) properties_ = begin("propertiesdb", schema_version);
 }
 
-const Transaction& Target::database_of(const std::string& table) const {
+const Transaction& TableWriter::database_of(const std::string& table) const {
   return table == kPropertyTable && properties_ != nullptr ? *properties_ : *inventory_;
 }
 
-bool Target::is_empty(const std::string& table) const {
+bool TableWriter::is_empty(const std::string& table) const {
   return select(database_of(table), "SELECT 1 FROM " + table + " LIMIT 1", "table " + table).row_count() == 0;
 }
 
-void Target::clear(const std::string& table) const {
+void TableWriter::clear(const std::string& table) const {
   check(database_of(table).run("DELETE FROM " + table), "table " + table);
 }
 
-bool Target::insert(const std::string& table, const std::string& columns, const std::string& values) const {
+bool TableWriter::insert(const std::string& table, const std::string& columns,
+                         const std::string& values) const {
   return database_of(table).run("INSERT INTO " + table + " (" + columns + ") VALUES (" + values + ")") == 0;
 }
 
-void Target::commit() const {
+void TableWriter::commit() const {
   if (properties_ != nullptr) properties_->commit();
   inventory_->commit();
 }
