@@ -2,16 +2,18 @@
 #include "storage/capacity_text.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
 namespace zeldb {
 
-void format_capacity(char (&to)[17], uint64_t bytes) {
+void format_capacity(char (&to)[17], uint64_t bytes, Gigabytes whole) {
   static constexpr char kTerabytes[] = "TB";
   const double gigabytes = static_cast<double>(bytes) / 1e9;
   if (gigabytes < 1001.0) {
-    std::snprintf(to, sizeof(to), "%dGB", static_cast<int>(gigabytes));
+    const double shown = whole == Gigabytes::Rounded ? std::nearbyint(gigabytes) : gigabytes;
+    std::snprintf(to, sizeof(to), "%dGB", static_cast<int>(shown));
     return;
   }
   // printf would take the decimal point from the locale. Even 2^64 bytes fit.

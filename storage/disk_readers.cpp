@@ -79,7 +79,8 @@ int read_disk_row(const Row& row, Disk& disk) {
 int read_nvme_row(const Row& row, Disk& disk) {
   fill_but(kNvmeFields, kCapacityColumn, 1, row, disk);
   uint64_t bytes = 0;
-  if (row.read(kCapacityColumn, bytes) == ZELDB_OK && bytes != 0) format_capacity(disk.Capacity, bytes);
+  if (row.read(kCapacityColumn, bytes) == ZELDB_OK && bytes != 0)
+    format_capacity(disk.Capacity, bytes, Gigabytes::Rounded);
   if (const char* const place = place_name(disk.LocationId)) {
     const uint32_t number = disk.LocationId == kInM2Bay ? m2_number(disk.BayNo) : disk.BayNo;
     std::snprintf(disk.Location, sizeof(disk.Location), "%s%d", place, static_cast<int>(number));

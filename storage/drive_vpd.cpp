@@ -169,7 +169,7 @@ void read_capacity(const Image& image, Disk& disk) {
     if (type == kNvmePort) {
       record += kNvmePortSize;
     } else if (type == kNvme && image.holds(record + kCapacity, kCapacitySize)) {
-      format_capacity(disk.Capacity, image.number(record + kCapacity, kCapacitySize));
+      format_capacity(disk.Capacity, image.number(record + kCapacity, kCapacitySize), Gigabytes::CutOff);
       record += kNvmeSize;
     } else {
       return;
