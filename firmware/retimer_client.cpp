@@ -22,6 +22,7 @@ namespace zeldb {
 namespace {
 
 using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
 constexpr const char* kUpdate = "retimer_update_fw";
 constexpr const char* kProgress = "retimer_get_fw_update_progress";
@@ -63,12 +64,33 @@ Message message_of(const retimer_fw_req_t& request) {
   return message;
 }
 
-bool connect_to(const Descriptor& client, const char* path) {
+milliseconds left_until(steady_clock::time_point deadline) {
+  return std::max(std::chrono::ceil<milliseconds>(deadline - steady_clock::now()), milliseconds(0));
+}
+
+// SO_RCVTIMEO bounds each read, SO_SNDTIMEO a connect to a proxy whose queue is full. A limit of 0 is none.
+void bound(const Descriptor& client, int option, milliseconds timeout) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
+  timeval time = {};
+  time.tv_sec = static_cast<time_t>(seconds.count());
+  time.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(timeout - seconds).count());
+  setsockopt(client.get(), SOL_SOCKET, option, &time, sizeof(time));
+}
+
+// The system does not restart a connect with a limit after a signal.
+bool connect_to(const Descriptor& client, const char* path, milliseconds timeout) {
+  const auto deadline = steady_clock::now() + timeout;
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
   std::memcpy(address.sun_path, path, strnlen(path, sizeof(address.sun_path) - 1));
-  const int status = connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-  if (status == 0) return true;
+  int status = 0;
+  milliseconds left = timeout;
+  do {
+    bound(client, SO_SNDTIMEO, left);
+    status = connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+    if (status == 0) return true;
+    left = left_until(deadline);
+  } while (errno == EINTR && left.count() > 0);
   syslog_info("%s, connect error, rc=%d(%s)\n\n", kExchange, status, strerrordesc_np(errno));
   return false;
 }
@@ -77,26 +99,15 @@ enum class Waited { Ready, Failed, TimedOut };
 
 // Uses poll, since select takes no descriptors from 1024 on. Signals do not prolong the wait.
 Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
-  using std::chrono::steady_clock;
   const auto deadline = steady_clock::now() + timeout;
   pollfd wanted = {client.get(), POLLIN, 0};
   int ready = 0;
   do {
-    const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
-    ready = poll(&wanted, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
+    ready = poll(&wanted, 1, static_cast<int>(left_until(deadline).count()));
   } while (ready < 0 && errno == EINTR);
   if (ready == 0) return Waited::TimedOut;
   // Where poll fails, there are no events.
   return (wanted.revents & ~POLLNVAL) != 0 ? Waited::Ready : Waited::Failed;
-}
-
-// SO_RCVTIMEO bounds each read, SO_SNDTIMEO a connect to a proxy whose queue is full.
-void bound(const Descriptor& client, int option, milliseconds timeout) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
-  timeval time = {};
-  time.tv_sec = static_cast<time_t>(seconds.count());
-  time.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(timeout - seconds).count());
-  setsockopt(client.get(), SOL_SOCKET, option, &time, sizeof(time));
 }
 
 // A read that a signal interrupts has failed. If it were repeated it would get its whole time again, and a
@@ -133,8 +144,7 @@ RetimerClient::Step RetimerClient::exchange(const retimer_fw_req_t& request, int
   std::signal(SIGPIPE, SIG_IGN);  // a proxy that closes early must not end the host program
   const Descriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!client.is_open()) return Step::Socket;
-  bound(client, SO_SNDTIMEO, endpoint_.reply_timeout);
-  if (!connect_to(client, endpoint_.socket_path)) return Step::Connect;
+  if (!connect_to(client, endpoint_.socket_path, endpoint_.reply_timeout)) return Step::Connect;
   if (write(client.get(), message.data(), message.size()) != static_cast<ssize_t>(message.size())) {
     syslog_info("%s, write error\n\n", kExchange);
     return Step::Write;

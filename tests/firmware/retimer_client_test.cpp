@@ -93,13 +93,19 @@ class Retimer : public testing::Test {
     return zeldb::RetimerClient({socket_.c_str(), wait_, 1s, ""}).update(request);
   }
 
+  // The proxy's socket, bound, or one that is connected to it.
+  int open_socket(decltype(&connect) attach) const {
+    sockaddr_un address = {AF_UNIX, {}};
+    socket_.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+    EXPECT_EQ(attach(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    return descriptor;
+  }
+
   // While a proxy sends each client these pieces, or the first value of its request.
   void act(const Texts& pieces, End end, const std::function<void()>& client_acts, int clients = 1) {
     fs::remove(socket_);
-    sockaddr_un address = {AF_UNIX, {}};
-    socket_.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    const int listener = open_socket(bind);
     ASSERT_EQ(listen(listener, clients), 0);
     std::atomic<bool> closed = false;
     std::atomic<bool> done = false;
@@ -198,6 +204,20 @@ TEST_F(Retimer, SignalsProlongNoWait) {
   wait_ = 10s;
   act({header(11, 2) + "pp"}, Hold, [&] { EXPECT_EQ(update(), 11); });
   act({header(11, 2) + "p"}, Hold, [&] { EXPECT_EQ(update(), -1); });  // silent from here on
+  fs::remove(socket_);
+  wait_ = 300ms;
+  const int listener = open_socket(bind);
+  ASSERT_EQ(listen(listener, 0), 0);
+  const int queued = open_socket(connect);
+  EXPECT_EQ(update(), -3);
+  std::thread proxy([listener] {
+    sleep_for(100ms);
+    close(accept(listener, nullptr, nullptr));
+  });
+  EXPECT_EQ(update(), -6);
+  proxy.join();
+  close(queued);
+  close(listener);
   stop = true;
   sender.join();
 }
