@@ -34,7 +34,7 @@ int64_t version_of(Connection& connection, const Dialect& dialect) {
 // If an engine commits each definition by itself and is interrupted, the next call continues: the version is
 // written last.
 void define(Connection& connection, const std::string& database, const Dialect& dialect) {
-  if (dialect.begin_definitions != nullptr) run_once(connection, dialect.begin_definitions);
+  run_once(connection, dialect.begin_definitions);
   const int64_t version = version_of(connection, dialect);
   upgrade_tables(connection, database, dialect);  // two databases in one file have one version
   for (const std::string& statement : definitions(database, dialect)) run_once(connection, statement);
@@ -43,7 +43,7 @@ void define(Connection& connection, const std::string& database, const Dialect& 
     run_once(connection, version == 0 ? "INSERT INTO ZeldbSchema (Version) VALUES (" + number + ")"
                                       : "UPDATE ZeldbSchema SET Version=" + number);
   }
-  if (dialect.commit_definitions != nullptr) run_once(connection, dialect.commit_definitions);
+  run_once(connection, dialect.commit_definitions);
 }
 
 std::unique_ptr<Connection> created(const Target& target, const Engine*& engine) {

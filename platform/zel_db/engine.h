@@ -77,7 +77,7 @@ struct Dialect {
   const char* row_id;                 // the type of the column _id
   std::string (*type)(const Column& column);
   const char* table_options;
-  const char* begin_definitions;  // null where definitions commit by themselves
+  const char* begin_definitions;  // programs that make tables at the same time wait for each other
   const char* commit_definitions;
   // Around a batch of writes; the first and the last are null where the session needs no settings for it.
   const char* batch_settings;

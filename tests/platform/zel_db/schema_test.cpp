@@ -3,6 +3,8 @@
 // What the tables take, and how those of an older program become those of today.
 #include "zel_db/schema.h"
 
+#include <thread>
+
 #include "tests/platform/zel_db/client.h"
 
 namespace zeldb_test {
@@ -90,6 +92,18 @@ TEST_P(Schema, AnOlderDatabaseIsBroughtToTodays) {
       "AimDisks_Location;others");
   EXPECT_EQ(create(), "");
   EXPECT_EQ(query(handle, "AimDisks", "count(*)"), "3");
+}
+
+TEST_P(Schema, ThreadsBringAnOlderDatabaseToTodaysTogether) {
+  make_older_table();
+  database.run("delete from ZeldbSchema");
+  std::vector<std::string> seen(8);
+  {
+    std::vector<std::jthread> threads;
+    for (std::string& one : seen) threads.emplace_back([&] { one = create(); });
+  }
+  EXPECT_EQ(seen, std::vector<std::string>(seen.size()));
+  EXPECT_EQ(query(handle, "ZeldbSchema", "Version"), std::to_string(zel_db::kSchemaVersion));
 }
 
 TEST(OneFile, IsBroughtToTodaysForBothDatabases) {
