@@ -3,6 +3,12 @@
 
 namespace bench {
 
+std::string read_sql() {
+  std::string names;
+  for (const Column& column : kStored) names += std::string(column.name) + ",";
+  return "SELECT " + names + "_id FROM PCISetting WHERE SettingID=?";
+}
+
 std::string insert_sql() {
   std::string names;
   std::string places;

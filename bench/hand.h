@@ -6,6 +6,7 @@
 #define BENCH_HAND_H
 
 #include <array>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -85,6 +86,7 @@ void read_row(Statement& statement, Record& record, Members<members...> /*column
 }
 
 std::string insert_sql();
+std::string read_sql();
 // Which of the compared texts are empty: there is an update statement for each such shape.
 uint32_t shape_of(const PCISetting_info& record);
 std::string update_sql(const PCISetting_info& record);
@@ -154,14 +156,16 @@ class Hand : public Works {
     const int64_t id = find_.step() ? find_.number(0) : 0;
     find_.reset();
     if constexpr (Client::kTuned) change_filter(record, text_);
-    Statement& write = id == 0 ? insert_ : update(record);
-    int place = bind_columns(write, record, kStored, false);
-    if (id != 0) {
-      write.bind(place++, id);
-      bind_columns(write, record, kCompared, true, place);
-    }
-    write.step();
-    write.reset();
+    write(record, id);
+  }
+
+  // Builds none of the texts of the conditions, which serve the writing statement alone.
+  void store_compared(const PCISetting_info& record) override {
+    read_.bind(1, text_at(record, kStored[0]));
+    const int64_t id = read_.step() ? read_.number(std::size(kStored)) : 0;
+    const bool same = id != 0 && is_same(record);
+    read_.reset();
+    if (!same) write(record, id);
   }
 
   unsigned list_settings() override { return list<ListRow>(settings_, kSettings, SettingMembers()); }
@@ -232,6 +236,29 @@ class Hand : public Works {
     return place;
   }
 
+  bool is_same(const PCISetting_info& record) {
+    for (int i = 0; const Column& column : kStored) {
+      if (!column.text) {
+        if (read_.number(i++) != int64_t{number_at(record, column)}) return false;
+        continue;
+      }
+      read_.text(i++, cell_, sizeof(cell_));
+      if (std::strcmp(cell_, text_at(record, column)) != 0) return false;
+    }
+    return true;
+  }
+
+  void write(const PCISetting_info& record, int64_t id) {
+    Statement& statement = id == 0 ? insert_ : update(record);
+    int place = bind_columns(statement, record, kStored, false);
+    if (id != 0) {
+      statement.bind(place++, id);
+      bind_columns(statement, record, kCompared, true, place);
+    }
+    statement.step();
+    statement.reset();
+  }
+
   Statement& update(const PCISetting_info& record) {
     const auto [place, fresh] = updates_.try_emplace(shape_of(record));
     if (fresh) {
@@ -254,6 +281,7 @@ class Hand : public Works {
   Client client_;
   std::string text_;
   Statement find_{client_, kFindSql, "t", "n"};
+  Statement read_{client_, read_sql(), "t", kStoredLetters + "n"};
   Statement insert_{client_, insert_sql(), kStoredLetters, ""};
   Statement key_{client_, kKeySql, "n", "nn"};
   Statement function_{client_, kFunctionSql, "n", letters(FunctionMembers())};
@@ -261,6 +289,7 @@ class Hand : public Works {
   Statement drives_{client_, kDrivesSql, "", letters(DriveMembers())};
   std::unordered_map<uint32_t, std::unique_ptr<Statement>> updates_;
   std::unordered_map<const Calls*, std::unique_ptr<HandReplayer<Client>>> replayers_;
+  char cell_[2048];
   volatile unsigned source_ = 0;
 };
 

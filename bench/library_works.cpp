@@ -68,6 +68,10 @@ class Library : public Works {
     if (zeldb_get_pci_generic_info(function_key, &record) != ZELDB_OK) give_up("no such function");
     return record.DeviceId;
   }
+  void hold_reads(const std::function<void()>& read) override {
+    const zeldb::Reads held(zeldb::inventory());
+    read();
+  }
   unsigned property() override {
     uint8_t value = 0;
     if (propdb_get_byte(kProperty, &value) != 0) give_up("no such property");

@@ -34,8 +34,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum { kOurs, kTuned, kSqliteCpp, kSoci, kContenders };
-constexpr const char* kNames[] = {"ours", "tuned", "SQLiteCpp", "SOCI"};
+enum { kOurs, kTuned, kByColumns, kSqliteCpp, kSoci, kContenders };
+constexpr const char* kNames[] = {"ours", "tuned", "columns", "SQLiteCpp", "SOCI"};
 
 double seconds_of(clockid_t clock) {
   timespec time = {};
@@ -124,7 +124,7 @@ class Scene {
   }
   void load_everywhere(const std::vector<std::string>& rows);
   Runs each(const std::function<void(Works&)>& run) const;
-  Work store(const char* name, bool fresh);
+  Work store(const char* name, bool fresh, void (Works::*run)(const PCISetting_info&) = &Works::store);
   Work list(const char* name, const char* work, const std::vector<std::string>& rows);
   Work program(const char* name, const std::string& place, std::vector<std::string> words);
   Work parser();
@@ -138,8 +138,8 @@ class Scene {
 };
 
 Scene::Scene(std::string folder) : folder_(std::move(folder)) {
-  static constexpr Factory* kSqlite[] = {library, tuned_sqlite, sqlitecpp, soci_sqlite};
-  static constexpr Factory* kMariadb[] = {library, tuned_mariadb, nullptr, soci_mariadb};
+  static constexpr Factory* kSqlite[] = {library, tuned_sqlite, columns_sqlite, sqlitecpp, soci_sqlite};
+  static constexpr Factory* kMariadb[] = {library, tuned_mariadb, nullptr, nullptr, soci_mariadb};
   if (const char* const server = std::getenv("ZELDB_TEST_MARIADB")) {
     server_ = server;
     socket_ = socket_of(server_);
@@ -176,16 +176,16 @@ Runs Scene::each(const std::function<void(Works&)>& run) const {
   return all;
 }
 
-Work Scene::store(const char* name, bool fresh) {
-  Work work = {name, each([this](Works& works) {
-                 for (unsigned i = 0; i < kSettings; ++i) works.store(settings_[i]);
+Work Scene::store(const char* name, bool fresh, void (Works::*run)(const PCISetting_info&)) {
+  Work work = {name, each([this, run](Works& works) {
+                 for (unsigned i = 0; i < kSettings; ++i) (works.*run)(settings_[i]);
                })};
   if (fresh) {
     work.prepare = each([](Works& works) { works.clear_settings(); });
     if (is_server()) work.prepare[kOurs] = work.prepare[kTuned];
   } else {
-    for (const auto& run : work.run) {
-      if (run) run();
+    for (const auto& once : work.run) {
+      if (once) once();
     }
   }
   return work;
@@ -199,7 +199,7 @@ Work Scene::list(const char* name, const char* work, const std::vector<std::stri
   calls_.push_back(read_calls(trace));
   Work all = {name, each([&calls = calls_.back()](Works& works) { works.replay(calls); })};
   all.run[kOurs] = [work] { run_work(work, 0); };
-  all.run[kSoci] = nullptr;
+  all.run[kByColumns] = all.run[kSoci] = nullptr;
   return all;
 }
 
@@ -232,7 +232,7 @@ Work Scene::parser() {
     run_program({built_program("ucm_parser"), "-c"});
     setenv("ZEL_PLATFORM_DIR", ZELDB_SAMPLES, 1);
   };
-  work.run[kSqliteCpp] = work.run[kSoci] = nullptr;
+  work.run[kByColumns] = work.run[kSqliteCpp] = work.run[kSoci] = nullptr;
   return work;
 }
 
@@ -249,6 +249,13 @@ std::vector<std::function<Work()>> Scene::works() {
                   });
                 })};
   };
+  // Against reads that each stand alone.
+  const auto within_list = [this](const char* name, unsigned (Works::*read)(uint32_t)) {
+    return Work{
+        name, each([read](Works& works) {
+          works.hold_reads([&] { times(kKeys, [&](unsigned i) { (works.*read)(function_key(i)); }); });
+        })};
+  };
   const auto rows = [this](const char* name, unsigned (Works::*read)()) {
     return Work{name, each([read](Works& works) {
                   if ((works.*read)() != kSettings) give_up("the list is not complete");
@@ -257,6 +264,7 @@ std::vector<std::function<Work()>> Scene::works() {
   return {
       [this] { return store("store 10,000 settings, fresh", true); },
       [this] { return store("store 10,000 settings, again", false); },
+      [this] { return store("again, by hand read and compared", false, &Works::store_compared); },
       [=] { return rows("list 10,000 rows of 2.9 KB", &Works::list_settings); },
       [=, this] {
         load_everywhere(drive_rows(kSettings * 10 / 8));
@@ -264,6 +272,8 @@ std::vector<std::function<Work()>> Scene::works() {
       },
       [=] { return keyed("1,000 keyed reads, 2 columns", &Works::aim_supported); },
       [=] { return keyed("1,000 keyed reads, 27 columns", &Works::device_id); },
+      [=] { return within_list("in a list's call, 2 columns", &Works::aim_supported); },
+      [=] { return within_list("in a list's call, 27 columns", &Works::device_id); },
       [this] {
         return Work{"property: open, read, close",
                     each([](Works& works) { times(50, [&](unsigned) { works.property(); }); })};
@@ -321,7 +331,7 @@ Measured measure(const Work& work, const CpuTime& cpu, unsigned rounds) {
 void print(const Measured& measured) {
   std::printf("%-32s", measured.work.c_str());
   for (const size_t who : {kOurs, kTuned}) std::printf(" %9.2f", measured.part(who, 0.5, false));
-  for (const size_t who : {kOurs, kSqliteCpp, kSoci}) {
+  for (const size_t who : {kOurs, kByColumns, kSqliteCpp, kSoci}) {
     if (measured.milliseconds[who].empty()) {
       std::printf(" %10s", "-");
     } else {
@@ -357,8 +367,8 @@ void run(const std::string& folder) {
   setenv("ZEL_PLATFORM_DIR", ZELDB_SAMPLES, 1);
   Scene scene(folder);
   nlohmann::json all = nlohmann::json::array();
-  std::printf("%-32s %9s %9s %10s %10s %10s   %s\n", "CPU time", "ours, ms", "tuned, ms", "ratio",
-              "SQLiteCpp", "SOCI", "ours, quartiles");
+  std::printf("%-32s %9s %9s %10s %10s %10s %10s   %s\n", "CPU time", "ours, ms", "tuned, ms", "ratio",
+              kNames[kByColumns], "SQLiteCpp", "SOCI", "ours, quartiles");
   for (const auto& make : scene.works()) {
     const Work work = make();
     if (work.name.find(options.only) == std::string::npos) continue;
