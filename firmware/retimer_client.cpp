@@ -2,6 +2,7 @@
 #include "firmware/retimer_client.h"
 
 #include <poll.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -68,12 +69,17 @@ milliseconds left_until(steady_clock::time_point deadline) {
   return std::max(std::chrono::ceil<milliseconds>(deadline - steady_clock::now()), milliseconds(0));
 }
 
-// SO_RCVTIMEO bounds each read, SO_SNDTIMEO a connect to a proxy whose queue is full. A limit of 0 is none.
-void bound(const Descriptor& client, int option, milliseconds timeout) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
+timeval timeval_of(milliseconds duration) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
   timeval time = {};
   time.tv_sec = static_cast<time_t>(seconds.count());
-  time.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(timeout - seconds).count());
+  time.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(duration - seconds).count());
+  return time;
+}
+
+// SO_RCVTIMEO bounds each read, SO_SNDTIMEO a connect to a proxy whose queue is full. A limit of 0 is none.
+void bound(const Descriptor& client, int option, milliseconds timeout) {
+  const timeval time = timeval_of(timeout);
   setsockopt(client.get(), SOL_SOCKET, option, &time, sizeof(time));
 }
 
@@ -97,17 +103,28 @@ bool connect_to(const Descriptor& client, const char* path, milliseconds timeout
 
 enum class Waited { Ready, Failed, TimedOut };
 
-// Uses poll, since select takes no descriptors from 1024 on. Signals do not prolong the wait.
+// 1 if there is something to read, 0 after the timeout, or -1. select does not take every descriptor.
+int wait_once(int descriptor, milliseconds timeout) {
+  if (descriptor < FD_SETSIZE) {
+    fd_set wanted;
+    FD_ZERO(&wanted);
+    FD_SET(descriptor, &wanted);
+    timeval time = timeval_of(timeout);
+    return select(descriptor + 1, &wanted, nullptr, nullptr, &time);
+  }
+  pollfd wanted = {descriptor, POLLIN, 0};
+  return poll(&wanted, 1, static_cast<int>(timeout.count()));
+}
+
+// Signals do not prolong the wait.
 Waited wait_for_reply(const Descriptor& client, milliseconds timeout) {
   const auto deadline = steady_clock::now() + timeout;
-  pollfd wanted = {client.get(), POLLIN, 0};
   int ready = 0;
   do {
-    ready = poll(&wanted, 1, static_cast<int>(left_until(deadline).count()));
+    ready = wait_once(client.get(), left_until(deadline));
   } while (ready < 0 && errno == EINTR);
   if (ready == 0) return Waited::TimedOut;
-  // Where poll fails, there are no events.
-  return (wanted.revents & ~POLLNVAL) != 0 ? Waited::Ready : Waited::Failed;
+  return ready > 0 ? Waited::Ready : Waited::Failed;
 }
 
 // A read that a signal interrupts has failed. If it were repeated it would get its whole time again, and a

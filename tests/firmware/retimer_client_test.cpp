@@ -3,8 +3,8 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/resource.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -29,7 +29,7 @@ namespace fs = std::filesystem;
 namespace {
 
 std::function<void()> connected;  // called after a connect
-bool poll_fails = false;
+bool select_fails = false;
 std::string folder;  // takes the place of /tmp; calls are then noted
 Texts calls;
 
@@ -53,10 +53,10 @@ int connect(int descriptor, const sockaddr* address, socklen_t length) {
   if (connected) connected();
   return status;
 }
-int poll(pollfd* wanted, nfds_t count, int timeout) {
-  noted("poll " + std::to_string((timeout + 999) / 1000));
-  if (poll_fails) errno = ENOMEM;
-  return poll_fails ? -1 : NEXT(poll)(wanted, count, timeout);
+int select(int count, fd_set* reads, fd_set* writes, fd_set* errors, timeval* timeout) {
+  noted("select " + std::to_string(timeout->tv_sec + (timeout->tv_usec != 0 ? 1 : 0)));
+  if (select_fails) errno = ENOMEM;
+  return select_fails ? -1 : NEXT(select)(count, reads, writes, errors, timeout);
 }
 int setsockopt(int descriptor, int level, int option, const void* value, socklen_t length) noexcept {
   if (option == SO_RCVTIMEO) noted("receive " + std::to_string(static_cast<const timeval*>(value)->tv_sec));
@@ -175,9 +175,9 @@ TEST_F(Retimer, Replies) {
 }
 
 TEST_F(Retimer, ASystemWithoutResources) {
-  poll_fails = true;
+  select_fails = true;
   act({header(5)}, Close, [&] { EXPECT_EQ(update(), -5); });
-  poll_fails = false;
+  select_fails = false;
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none = {0, limit.rlim_max};
@@ -284,7 +284,7 @@ TEST_F(Retimer, ExportedFunctions) {
     EXPECT_NE(libc().syslogs.at(0).find("open raid"), std::string::npos);
     fs::remove(state);
   }
-  EXPECT_EQ(calls, (Texts{"110/tmp/rtcfgproxy.sock", "poll 3600", "receive 5"}));
+  EXPECT_EQ(calls, (Texts{"110/tmp/rtcfgproxy.sock", "select 3600", "receive 5"}));
 }
 
 }  // namespace
