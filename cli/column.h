@@ -107,7 +107,7 @@ constexpr Column health(Column column) {
 constexpr const char* kMachineKey = "Machine";
 constexpr Column kMachineColumn = {.key = kMachineKey,
                                    .heading = "MACHINE",
-                                   .help = "Where several machines are read: which one",
+                                   .help = "Name of the machine, if several are read",
                                    .type = Type::Text,
                                    .digits = 0,
                                    .is_extra = false,

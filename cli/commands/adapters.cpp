@@ -30,7 +30,7 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, SegNo, "SEGMENT", "PCI segment")),
     extra(ZELDB_COLUMN(R, BusNo, "BUS", "PCI bus")),
     extra(ZELDB_COLUMN(R, DeviceNo, "DEV", "PCI device")),
-    extra(in_words(ZELDB_COLUMN(R, NCSIPresent, "NC-SI", "1 when the slot has NC-SI packages"), yes_or_no)),
+    extra(in_words(ZELDB_COLUMN(R, NCSIPresent, "NC-SI", "1 if the slot has NC-SI packages"), yes_or_no)),
     extra(without(ZELDB_COLUMN(R, PackageID1, "PACKAGE 1", "First NC-SI package; 255: none"), 255)),
     extra(without(ZELDB_COLUMN(R, PackageID2, "PACKAGE 2", "Second NC-SI package; 255: none"), 255)),
 };

@@ -33,7 +33,8 @@ void setup_baseline(CLI::App& app) {
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_snapshot(app, options->from);
   set_action(
-      app, [options] { write_baseline(*options); }, "zeldb diff FILE tells what has become of these parts.");
+      app, [options] { write_baseline(*options); },
+      "zeldb diff FILE shows how these parts have changed since.");
 }
 
 }  // namespace zeldb::cli

@@ -22,8 +22,8 @@ constexpr Column kColumns[] = {
     hex(ZELDB_COLUMN(R, SubVendorId, "SUBVENDOR", "PCI subsystem vendor id")),
     hex(ZELDB_COLUMN(R, SubDeviceId, "SUBDEVICE", "PCI subsystem id")),
     ZELDB_COLUMN(R, CardName, "CARD", "Name of the card"),
-    ZELDB_COLUMN(R, ManufacturerName, "MAKER", "Who made it"),
-    without(ZELDB_COLUMN(R, Rating, "WATTS", "Power of the board; 0 if it is not known"), 0),
+    ZELDB_COLUMN(R, ManufacturerName, "MAKER", "Manufacturer"),
+    without(ZELDB_COLUMN(R, Rating, "WATTS", "Power of the board in watts; 0 if it is not known"), 0),
     extra(ZELDB_COLUMN(R, SecondaryText, "MORE", "Further text")),
 };
 

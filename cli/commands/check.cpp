@@ -26,9 +26,9 @@ using R = checks::Fault;
 
 constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Severity, "SEVERITY", "critical or warning"),
-    ZELDB_COLUMN(R, Kind, "KIND", "Kind of part, as zeldb diff has it, or port or firmware"),
-    whole(ZELDB_COLUMN(R, Place, "PLACE", "Place; location and slot of an adapter")),
-    ZELDB_COLUMN(R, Finding, "FINDING", "What is wrong"),
+    ZELDB_COLUMN(R, Kind, "KIND", "Kind of part as in zeldb diff; or port, or firmware"),
+    whole(ZELDB_COLUMN(R, Place, "PLACE", "Slot, bay or socket; of an adapter, location and slot")),
+    ZELDB_COLUMN(R, Finding, "FINDING", "Description of the problem"),
 };
 
 struct Options {

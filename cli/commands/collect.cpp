@@ -102,7 +102,7 @@ void setup_collect(CLI::App& app) {
   auto options = std::make_shared<Options>();
   require(add_text(
       app, "--to", options->url, "URL",
-      "Where the tables are, as in ZEL_DB_URL: database fleet of a server, fleet.sqlite in a folder, or a "
+      "The database of the tables, as in ZEL_DB_URL: fleet on a server, fleet.sqlite in a folder, or a "
       "file; they are made if they are missing"));
   app.add_option("FILE", options->files, "Files that zeldb export has written, or folders of them")
       ->type_name("")
@@ -112,10 +112,12 @@ void setup_collect(CLI::App& app) {
       "FleetMachines has a row per machine. FleetSlots, FleetProcessors, FleetMemory, FleetFunctions, "
       "FleetAdapters, FleetPorts, FleetGpus, FleetDisks, FleetBackplanes, FleetFirmware, FleetEmbedded and "
       "FleetPending have the rows and columns of the listings, as --json shows them but NULL where a table "
-      "has \"-\". Before them come Machine, the name of the file without .zeldb, .db or .sqlite, and Since, "
-      "when these rows of the machine were first seen (UTC). A machine is stored as a whole or not at all; "
-      "what it has no more goes, what has not changed is not written again, and other machines stay. A file "
-      "that cannot be read is a line on standard error, and the exit status is then 1.");
+      "has \"-\". The first columns are Machine, the name of the file without .zeldb, .db or .sqlite, and "
+      "Since, the time at which these rows of the machine were first seen (UTC). A machine is stored as a "
+      "whole or not at all; rows that it no longer has are deleted, unchanged ones are not written again, "
+      "and "
+      "other machines stay. For a file that cannot be read, a line goes to standard error and the exit "
+      "status is 1.");
 }
 
 }  // namespace zeldb::cli

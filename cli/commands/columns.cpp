@@ -27,11 +27,11 @@ constexpr Column kColumns[] = {
     whole(ZELDB_COLUMN(Entry, Column, "COLUMN", "Key in JSON and for --output")),
     ZELDB_COLUMN(Entry, Type, "TYPE", "Type of its values"),
     in_words(ZELDB_COLUMN(Entry, InTable, "IN TABLE", "1 if a table shows it by default"), yes_or_no),
-    ZELDB_COLUMN(
-        Entry, Identifies, "MASKED AS",
-        "What --mask replaces it by; text: addresses inside it; value: these, and all of a text setting"),
-    ZELDB_COLUMN(Entry, Help, "HELP", "What it is"),
-    extra(ZELDB_COLUMN(Entry, Heading, "HEADING", "Its heading in a table")),
+    ZELDB_COLUMN(Entry, Identifies, "MASKED AS",
+                 "How --mask replaces the value; text: only addresses inside it; value: the same, or all of "
+                 "a text setting"),
+    ZELDB_COLUMN(Entry, Help, "HELP", "Meaning of the column"),
+    extra(ZELDB_COLUMN(Entry, Heading, "HEADING", "Heading in a table")),
 };
 
 struct Shown {
@@ -40,8 +40,8 @@ struct Shown {
 };
 
 constexpr Column kUnmaskedColumns[] = {
-    whole(ZELDB_COLUMN(Shown, Column, "COLUMN", "Of a listing or of a table")),
-    ZELDB_COLUMN(Shown, Why, "WHY", "Why it does not identify the machine"),
+    whole(ZELDB_COLUMN(Shown, Column, "COLUMN", "Column of a listing or of a table")),
+    ZELDB_COLUMN(Shown, Why, "WHY", "Reason why it does not identify the machine"),
 };
 
 std::vector<Shown> read_unmasked() {

@@ -13,7 +13,7 @@ namespace {
 using R = aim_disk_info_t;
 
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Manufacture, "MAKER", "Who made it"),
+    ZELDB_COLUMN(R, Manufacture, "MAKER", "Manufacturer"),
     ZELDB_COLUMN(R, Model, "MODEL", "Model"),
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
     ZELDB_COLUMN(R, FruNo, "FRU", "FRU number, for a replacement"),
@@ -26,8 +26,8 @@ struct Name {
   char Model[129];
 };
 constexpr Column kNameColumns[] = {
-    ZELDB_COLUMN(Name, Manufacture, "MAKER", "Who made it, by the beginning of the model"),
-    ZELDB_COLUMN(Name, Model, "MODEL", "The model without its maker"),
+    ZELDB_COLUMN(Name, Manufacture, "MAKER", "Manufacturer, from the beginning of the model"),
+    ZELDB_COLUMN(Name, Model, "MODEL", "Model without the manufacturer"),
 };
 
 struct Day {
@@ -88,13 +88,13 @@ std::vector<Day> read_day(const std::string& code) {
 void setup_decode_vpd(CLI::App& app) {
   auto text = std::make_shared<std::string>();
   require(add_text(app, "FILE", *text, "",
-                   "The image (- is standard input), or with another view the text to decode"));
+                   "The image (- is standard input); with --model or --date, the text to decode"));
   Listing(app)
       .view(kColumns, [text] { return read_image(*text); })
-      .view("--model", "Maker and model of the model text of a drive", kNameColumns,
+      .view("--model", "Manufacturer and model from a drive's model text", kNameColumns,
             [text] { return read_name(*text); })
-      .view("--date", "The day of a code of week and year (WWYY), or of three bytes (hexadecimal)",
-            kDayColumns, [text] { return read_day(*text); });
+      .view("--date", "Date from a week-and-year code (WWYY) or from three bytes (hexadecimal)", kDayColumns,
+            [text] { return read_day(*text); });
 }
 
 }  // namespace zeldb::cli

@@ -25,7 +25,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Change, "CHANGE", "added, removed, moved, replaced, shrank or changed"),
     ZELDB_COLUMN(R, Kind, "KIND",
                  "Kind of part: processor, memory, adapter, gpu, drive, backplane, embedded"),
-    whole(ZELDB_COLUMN(R, Place, "PLACE", "Place; location and slot of an adapter")),
+    whole(ZELDB_COLUMN(R, Place, "PLACE", "Slot, bay or socket; of an adapter, location and slot")),
     ZELDB_COLUMN(R, PartNo, "PART", "Part number"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     whole(ZELDB_COLUMN(R, PreviousSerialNo, "WAS", "Serial number of the part that was replaced")),
@@ -39,10 +39,10 @@ using G = FleetGroup;
 constexpr Column kFleetColumns[] = {
     ZELDB_COLUMN(G, Machines, "MACHINES", "Number of machines"),
     ZELDB_COLUMN(G, Kind, "KIND", "Kind of part"),
-    whole(ZELDB_COLUMN(G, Place, "PLACE", "Where it sits; an adapter's location and slot")),
-    ZELDB_COLUMN(G, What, "WHAT", "What differs: part (whether one is there), firmware, ..."),
+    whole(ZELDB_COLUMN(G, Place, "PLACE", "Slot, bay or socket; of an adapter, location and slot")),
+    ZELDB_COLUMN(G, What, "WHAT", "Difference: part (present or not), firmware, ..."),
     whole(ZELDB_COLUMN(G, Value, "VALUE", "Value of these machines")),
-    ZELDB_COLUMN(G, Names, "NAMES", "Their names, the first ones"),
+    ZELDB_COLUMN(G, Names, "NAMES", "Names of the first of these machines"),
 };
 
 enum DiffExit : int { kSame = 0, kDifferent = 1, kTrouble = 2 };
@@ -111,7 +111,7 @@ void setup_diff(CLI::App& app) {
                                          "Leave out changes of parts that have stayed, such as firmware");
   Listing listing(app);
   listing.view(kColumns, [options] { return compare(*options); })
-      .view("--fleet", "Group the machines whose exports are in the folder FILE by what differs among them",
+      .view("--fleet", "Group the machines whose exports are in the folder FILE by their differences",
             kFleetColumns, [options] { return compare_fleet(*options); })
       .without({hardware, app.get_option("--from")})
       .judge([options](const Judged& judged) {

@@ -19,18 +19,20 @@ using R = aim_disk_info_t;
 using List = aim_disk_list_t;
 
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(R, Location, "LOCATION", "Place"),
+    ZELDB_COLUMN(R, Location, "LOCATION", "Slot or bay"),
     minor(ZELDB_COLUMN(R, DriveType, "TYPE", "Type of drive")),
     minor(ZELDB_COLUMN(R, MediaType, "MEDIUM", "SSD or HDD")),
     ZELDB_COLUMN(R, Capacity, "SIZE", "Capacity"),
     ZELDB_COLUMN(R, Model, "MODEL", "Model"),
     whole(ZELDB_COLUMN(R, SerialNo, "SERIAL", "Serial number")),
     whole(ZELDB_COLUMN(R, FwVersion, "FIRMWARE", "Version of its firmware")),
-    health(ZELDB_COLUMN(R, HealthStatus, "HEALTH",
-                        "Health; 2 without a sensor, too; of drives that a scan has found, what they tell")),
+    health(
+        ZELDB_COLUMN(R, HealthStatus, "HEALTH",
+                     "Health; 2 also without a sensor; of drives that a scan has found, their own report")),
     minor(without(ZELDB_COLUMN(R, Temperature, "CELSIUS", "Temperature in degrees Celsius"), 0)),
     minor(only_if(ZELDB_COLUMN(R, RemainLife, "LIFE %", "Remaining life in percent"), "!RotationRate")),
-    extra(hex(ZELDB_COLUMN(R, PCIFuncKey, "FUNCTION", "Key of its function, or of its controller's"))),
+    extra(
+        hex(ZELDB_COLUMN(R, PCIFuncKey, "FUNCTION", "Key of its function, or of its controller's function"))),
     extra(in_words(
         ZELDB_COLUMN(R, LocationId, "PLACE", "Kind of place: 1 slot, 2 backplane bay, 3 M.2 bay, 4 7 mm bay"),
         place_word)),
@@ -41,11 +43,11 @@ constexpr Column kColumns[] = {
     extra(in_words(ZELDB_COLUMN(R, FormFactor, "FORM", "Form factor: 16 bay, 32 card, 48 M.2, 80 EDSFF"),
                    drive_form_word)),
     extra(without(ZELDB_COLUMN(R, RotationRate, "RPM", "Revolutions per minute; 0 for an SSD"), 0)),
-    extra(ZELDB_COLUMN(R, Manufacture, "MAKER", "Who made it")),
+    extra(ZELDB_COLUMN(R, Manufacture, "MAKER", "Manufacturer")),
     extra(ZELDB_COLUMN(R, PartNo, "PART", "Part number")),
     extra(ZELDB_COLUMN(R, FruNo, "FRU", "FRU number, for a replacement")),
     extra(whole(ZELDB_COLUMN(R, UUID, "UUID", "Universally unique id"))),
-    extra(ZELDB_COLUMN(R, SFlags, "FLAGS", "Flags of its status")),
+    extra(ZELDB_COLUMN(R, SFlags, "FLAGS", "Status flags, bits")),
     extra(ZELDB_COLUMN(R, Warning, "WARNING", "Warnings, bits")),
     extra(ZELDB_COLUMN(R, InfoMask, "INFO", "Values that are known, bits")),
 };
@@ -174,7 +176,7 @@ void setup_disks(CLI::App& app) {
                                 "Drives in M.2 or 7 mm bays; NVMe drives in backplane bays and slots; SATA "
                                 "drives on the board");
   CLI::Option* table = add_choice(app, "--table", options->table, {"aim", "nvme"},
-                                  "Drives of one table: the agent's, or that of the management interfaces");
+                                  "Drives in one table: of the agent (aim) or of the NVMe service (nvme)");
   const std::vector<CLI::Option*> choices{
       bay,
       table,

@@ -18,7 +18,7 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, _id, "ID", "Row of the table"),
     in_words(ZELDB_COLUMN(R, Timestamp, "TIME", "Seconds since 1970"), date_word),
     whole(ZELDB_COLUMN(R, GenID, "EVENT", "Id of the kind of event")),
-    ZELDB_COLUMN(R, Message, "MESSAGE", "What happened"),
+    ZELDB_COLUMN(R, Message, "MESSAGE", "Text of the event"),
 };
 
 std::vector<R> read_log(int slot) {

@@ -18,8 +18,8 @@ constexpr Column kColumns[] = {
     ZELDB_COLUMN(R, Class, "CLASS", "Class of the device"),
     ZELDB_COLUMN(R, Category, "CATEGORY", "Category of the device"),
     ZELDB_COLUMN(R, SubCategory, "SUBCATEGORY", "Subcategory of the device"),
-    extra(ZELDB_COLUMN(R, StructRev, "REVISION", "Revision of what the device reports")),
-    extra(ZELDB_COLUMN(R, Checksum, "CHECKSUM", "Checksum of what the device reports")),
+    extra(ZELDB_COLUMN(R, StructRev, "REVISION", "Revision of the device's report")),
+    extra(ZELDB_COLUMN(R, Checksum, "CHECKSUM", "Checksum of the device's report")),
 };
 
 std::vector<R> read_devices() {

@@ -41,7 +41,7 @@ constexpr Column kColumns[] = {
     extra(hex(INFO_COLUMN(DevKey, "ADAPTER", "Key of the adapter"))),
     extra(
         INFO_COLUMN(_id, "ID", "_id of the row; writers that follow the samples make it the function's key")),
-    extra(without(INFO_COLUMN(BridgeId, "BRIDGE", "Bridge above"), 0)),
+    extra(without(INFO_COLUMN(BridgeId, "BRIDGE", "Id of the bridge above"), 0)),
     extra(INFO_COLUMN(SegNo, "SEGMENT", "PCI segment")),
     extra(INFO_COLUMN(BusNo, "BUS", "PCI bus")),
     extra(INFO_COLUMN(DeviceNo, "DEV", "PCI device")),
@@ -49,8 +49,7 @@ constexpr Column kColumns[] = {
     extra(INFO_COLUMN(RevId, "REVISION", "PCI revision")),
     extra(INFO_COLUMN(SlotType, "SLOT TYPE", "SMBIOS slot type")),
     extra(INFO_COLUMN(SlotDataBusWidth, "SLOT WIDTH", "SMBIOS slot data bus width")),
-    extra(in_words(INFO_COLUMN(Hotplug, "HOTPLUG", "Whether the slot can be used while the system runs"),
-                   yes_or_no)),
+    extra(in_words(INFO_COLUMN(Hotplug, "HOTPLUG", "Whether the slot supports hot plug"), yes_or_no)),
     extra(INFO_COLUMN(PCIType, "PCI TYPE", "Kind of bus")),
     extra(INFO_COLUMN(BladeSlotPort, "BLADE PORT", "Port of a blade slot")),
     extra(INFO_COLUMN(NodeIndex, "NODE", "Node that it belongs to")),
@@ -83,7 +82,7 @@ struct Packaging {
 constexpr Column kPackagingColumns[] = {
     hex(ZELDB_COLUMN(Packaging, FunKey, "FUNCTION", "Key of the function")),
     MISC_COLUMN(PackageTypeText, "PACKAGE", "Type of package"),
-    MISC_COLUMN(OtherPackageType, "OTHER PACKAGE", "A package type in the maker's words"),
+    MISC_COLUMN(OtherPackageType, "OTHER PACKAGE", "Package type in the manufacturer's words"),
     MISC_COLUMN(ConnectorLayoutText, "CONNECTOR", "Layout of the connector"),
     MISC_COLUMN(MaxDataWidth, "LANES", "Largest data width"),
     MISC_COLUMN(FoDUid, "FOD UID", "Id for unlocking features"),
@@ -211,7 +210,7 @@ void setup_functions(CLI::App& app) {
       .view(kColumns, [options] { return functions_of(chosen_keys(*options)); })
       .view("--packaging", "Packaging of functions", kPackagingColumns,
             [options] { return read_packaging(chosen_keys(*options)); })
-      .view("--nvme", "NVMe drives of known makers that sit in slots", kColumns, read_drive_functions)
+      .view("--nvme", "NVMe drives of known vendors in slots", kColumns, read_drive_functions)
       .without(choices)
       .tree("Show functions as a tree, below their bridges", bridge_above);
 }

@@ -167,10 +167,10 @@ void setup_pending(CLI::App& app) {
   Listing listing(app);
   const std::vector<CLI::Option*> output = app.get_options();
   const std::vector<CLI::Option*> changing = {
-      app.add_option(
-             "--set", options->set,
-             "Set the value for the next start, if the rules of the setting allow it; with - as the value, a "
-             "line of standard input, or of the terminal after a prompt")
+      app.add_option("--set", options->set,
+                     "Set the value for the next start, if the rules of the setting allow it; with - as the "
+                     "value, it "
+                     "is read from standard input, after a prompt on a terminal")
           ->type_name("ID=VALUE"),
       app.add_option(
              "--cancel", options->cancelled,

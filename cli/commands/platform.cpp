@@ -21,17 +21,15 @@ struct Facts {
 };
 
 constexpr Column kColumns[] = {
-    ZELDB_COLUMN(Facts, IsAmd, "AMD", "1 with AMD processors; 255 while it is not determined"),
+    ZELDB_COLUMN(Facts, IsAmd, "AMD", "1 for AMD processors; 255 if it is not determined yet"),
     ZELDB_COLUMN(Facts, SegmentBits, "SEGMENT BITS",
-                 "Bits of a PCI segment number; 255 when --probe finds none"),
+                 "Bits of a PCI segment number; 255 if --probe finds none"),
     ZELDB_COLUMN(Facts, VmdCount, "VMD", "Volume management devices on the board"),
-    ZELDB_COLUMN(Facts, VmdEnabled, "VMD RAID", "1 when there is such a device"),
-    ZELDB_COLUMN(Facts, OtherRaidEnabled, "RAID",
-                 "1 when there is another Intel RAID controller on the board"),
-    ZELDB_COLUMN(Facts, M2ControllerType, "M.2 TYPE",
-                 "Type of the M.2 controller; 0 when it is not recorded"),
+    ZELDB_COLUMN(Facts, VmdEnabled, "VMD RAID", "1 if there is such a device"),
+    ZELDB_COLUMN(Facts, OtherRaidEnabled, "RAID", "1 if there is another Intel RAID controller on the board"),
+    ZELDB_COLUMN(Facts, M2ControllerType, "M.2 TYPE", "Type of the M.2 controller; 0 if it is not recorded"),
     ZELDB_COLUMN(Facts, SevenMmControllerType, "7MM TYPE",
-                 "Type of the 7 mm controller; 0 when it is not recorded"),
+                 "Type of the 7 mm controller; 0 if it is not recorded"),
 };
 
 std::vector<Facts> read_facts(bool probe) {
@@ -54,7 +52,7 @@ std::vector<Facts> read_facts(bool probe) {
 void setup_platform(CLI::App& app) {
   auto probe = std::make_shared<bool>(false);
   add_flag(app, "--probe", *probe,
-           "Ask the processor for the segment bits when they are not stored: up to 3 s");
+           "Ask the processor for the segment bits if they are not stored, which takes up to 3 s");
   Listing(app).view(kColumns, [probe] { return read_facts(*probe); });
 }
 

@@ -30,12 +30,12 @@ constexpr Column kPhysicalColumns[] = {
     PORT_COLUMN(Idx, "PORT", "Index of the port"),
     whole(PORT_COLUMN(PermanentAddress, "ADDRESS", "Permanent address")),
     minor(PORT_COLUMN(ConnectorLayoutText, "CONNECTOR", "Layout of the connector")),
-    in_words(PORT_COLUMN(LinkStatus, "LINK", "1 when the link is up"), link_word),
+    in_words(PORT_COLUMN(LinkStatus, "LINK", "1 if the link is up"), link_word),
     without(PORT_COLUMN(LinkSpeed, "MBIT/S", "Speed of the link in Mbit/s"), 0),
-    minor(only_if(PORT_COLUMN(TxUtil, "TX %", "Utilisation of the sending side in percent"), "LinkStatus")),
-    minor(only_if(PORT_COLUMN(RxUtil, "RX %", "Utilisation of the receiving side in percent"), "LinkStatus")),
+    minor(only_if(PORT_COLUMN(TxUtil, "TX %", "Transmit utilisation in percent"), "LinkStatus")),
+    minor(only_if(PORT_COLUMN(RxUtil, "RX %", "Receive utilisation in percent"), "LinkStatus")),
     extra(PORT_COLUMN(ConnectorLayout, "CONNECTOR CODE", "Code of the connector's layout")),
-    extra(PORT_COLUMN(NumberofLogicalPorts, "LOGICAL", "Logical ports on it")),
+    extra(PORT_COLUMN(NumberofLogicalPorts, "LOGICAL", "Number of logical ports on it")),
 };
 #undef PORT_COLUMN
 
@@ -55,9 +55,9 @@ constexpr Column kLogicalColumns[] = {
     extra(without(PORT_COLUMN(MaxDataSize, "MTU", "Largest data size"), 0)),
     extra(PORT_COLUMN(vNICMode, "VNIC CODE", "Code of the virtual NIC mode")),
     extra(PORT_COLUMN(vNICModeText, "VNIC", "Virtual NIC mode")),
-    extra(in_words(PORT_COLUMN(Ethernet, "ETHERNET", "1 when Ethernet is enabled"), yes_or_no)),
-    extra(in_words(PORT_COLUMN(FCoEFC, "FCOE", "1 when Fibre Channel is enabled"), yes_or_no)),
-    extra(in_words(PORT_COLUMN(iSCSI, "ISCSI", "1 when iSCSI is enabled"), yes_or_no)),
+    extra(in_words(PORT_COLUMN(Ethernet, "ETHERNET", "1 if Ethernet is enabled"), yes_or_no)),
+    extra(in_words(PORT_COLUMN(FCoEFC, "FCOE", "1 if Fibre Channel is enabled"), yes_or_no)),
+    extra(in_words(PORT_COLUMN(iSCSI, "ISCSI", "1 if iSCSI is enabled"), yes_or_no)),
     extra(whole(PORT_COLUMN(FCoEPermanentAddress, "FCOE ADDRESS", "Permanent FCoE address"))),
     extra(whole(PORT_COLUMN(FCoENetworkAddressess, "FCOE NETWORK", "FCoE network addresses"))),
     extra(PORT_COLUMN(ConnectionType, "CONNECTION CODE", "Code of the Fibre Channel connection")),
@@ -73,10 +73,10 @@ constexpr Column kLogicalColumns[] = {
 constexpr Column kLinkColumns[] = {
     hex(ZELDB_COLUMN(Link, Key, "KEY", "Key of the function")),
     PORT_COLUMN(Idx, "PORT", "Index of the port"),
-    in_words(PORT_COLUMN(LinkStatus, "LINK", "1 when the link is up"), link_word),
+    in_words(PORT_COLUMN(LinkStatus, "LINK", "1 if the link is up"), link_word),
     without(PORT_COLUMN(LinkSpeed, "MBIT/S", "Speed of the link in Mbit/s"), 0),
-    only_if(PORT_COLUMN(TxUtil, "TX %", "Utilisation of the sending side in percent"), "LinkStatus"),
-    only_if(PORT_COLUMN(RxUtil, "RX %", "Utilisation of the receiving side in percent"), "LinkStatus"),
+    only_if(PORT_COLUMN(TxUtil, "TX %", "Transmit utilisation in percent"), "LinkStatus"),
+    only_if(PORT_COLUMN(RxUtil, "RX %", "Receive utilisation in percent"), "LinkStatus"),
 };
 #undef PORT_COLUMN
 
@@ -166,9 +166,8 @@ std::vector<Link> read_link(const Options& options) {
 
 void setup_ports(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  CLI::Option* function =
-      add_key(app, "KEY", options->function,
-              "The ports of the function with this key alone; without one, of all functions");
+  CLI::Option* function = add_key(app, "KEY", options->function,
+                                  "The ports of the function with this key; without it, of all functions");
   CLI::Option* adapter =
       add_key(app, "--adapter", options->adapter, "The ports of all functions of the adapter with this key");
   CLI::Option* slot =
@@ -179,7 +178,7 @@ void setup_ports(CLI::App& app) {
   Listing(app)
       .view(kPhysicalColumns, [options] { return read_physical(*options); })
       .view("--logical", "Logical ports", kLogicalColumns, [options] { return read_logical(*options); })
-      .view("--link", "The link of one port: of --port, or of the only one", kLinkColumns,
+      .view("--link", "The link of the port that --port names, or of the only port", kLinkColumns,
             [options] { return read_link(*options); })
       .without({adapter, slot});
 }

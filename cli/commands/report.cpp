@@ -52,9 +52,10 @@ void setup_report(CLI::App& app) {
   add_flag(app, "--force", options->replace, "Replace the file if it exists");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_snapshot(app, options->from);
-  add_text(app, "--name", options->name, "NAME",
-           "The name of the machine on the page; by default that of this host, with --from that of the file, "
-           "with --mask none");
+  add_text(
+      app, "--name", options->name, "NAME",
+      "The name of the machine on the page; by default the host's name, with --from the file's name, with "
+      "--mask no name");
   app.footer(
       "The page needs no network: it can be mailed, printed and kept. Its only script is for the filter "
       "field; the page works without it.");

@@ -60,7 +60,7 @@ void print_schema() {
   const Json rows = {{"type", "array"}, {"items", {{"anyOf", kinds}}}};
   const Json schema = {
       {"$schema", "https://json-schema.org/draft/2020-12/schema"},
-      {"title", "What zeldb prints with --json"},
+      {"title", "The output of zeldb with --json"},
       {"type", "object"},
       {"additionalProperties", false},
       {"required", {"format_version"}},
@@ -70,7 +70,8 @@ void print_schema() {
         {"rows", rows},
         {"listings",
          {{"type", "object"},
-          {"description", "What show prints: what listings have of one place, by their names"},
+          {"description",
+           "The output of show: the rows of each listing for one place, by the name of the listing"},
           {"propertyNames", {{"enum", names}}},
           {"additionalProperties", {{"$ref", "#"}}}}}}},
       {"$defs", definitions}};

@@ -38,16 +38,16 @@ constexpr Column kColumns[] = {
     extra(ZELDB_COLUMN(R, Choices, "CHOICE LIST", "The choices")),
     extra(ZELDB_COLUMN(R, Mininstances, "MIN INSTANCES", "Fewest instances")),
     extra(ZELDB_COLUMN(R, Maxinstances, "MAX INSTANCES", "Most instances")),
-    extra(ZELDB_COLUMN(R, Mfg_default, "MAKER'S DEFAULT", "Default value of the maker")),
+    extra(ZELDB_COLUMN(R, Mfg_default, "MAKER'S DEFAULT", "Manufacturer's default value")),
     extra(ZELDB_COLUMN(R, Defaultaction, "ACTION", "Action on a reset to defaults")),
     extra(ZELDB_COLUMN(R, RecordId, "RECORD", "Id of the record")),
     extra(ZELDB_COLUMN(R, Mriname, "MRI NAME", "Name in the firmware's interface")),
     extra(ZELDB_COLUMN(R, GroupID, "GROUP", "Id of the group")),
     extra(ZELDB_COLUMN(R, GroupName, "GROUP NAME", "Name of the group")),
-    extra(ZELDB_COLUMN(R, SuppressIf, "HIDDEN IF", "When the setting is not shown")),
-    extra(ZELDB_COLUMN(R, GrayIf, "FIXED IF", "When the setting cannot be changed")),
-    extra(ZELDB_COLUMN(R, GroupSuppressIf, "GROUP HIDDEN IF", "When the group is not shown")),
-    extra(ZELDB_COLUMN(R, GroupGrayIf, "GROUP FIXED IF", "When the group cannot be changed")),
+    extra(ZELDB_COLUMN(R, SuppressIf, "HIDDEN IF", "Condition that hides the setting")),
+    extra(ZELDB_COLUMN(R, GrayIf, "FIXED IF", "Condition that makes the setting read-only")),
+    extra(ZELDB_COLUMN(R, GroupSuppressIf, "GROUP HIDDEN IF", "Condition that hides the group")),
+    extra(ZELDB_COLUMN(R, GroupGrayIf, "GROUP FIXED IF", "Condition that makes the group read-only")),
 };
 
 struct Set {
@@ -56,7 +56,7 @@ struct Set {
 };
 constexpr Column kSetColumns[] = {
     ZELDB_COLUMN(Set, Name, "SET", "Name of the set"),
-    ZELDB_COLUMN(Set, Settings, "SETTINGS", "Settings of the function in it"),
+    ZELDB_COLUMN(Set, Settings, "SETTINGS", "Number of the function's settings in the set"),
 };
 
 struct Options {
@@ -99,7 +99,7 @@ std::vector<Set> read_sets(const Options& options) {
 void setup_settings(CLI::App& app) {
   auto options = std::make_shared<Options>();
   CLI::Option* function =
-      add_key(app, "KEY", options->function, "A function's key; all functions without one");
+      add_key(app, "KEY", options->function, "Key of a function; without it, all functions");
   CLI::Option* slot = add_place(app, "--slot", options->slot, "The functions in this slot");
   exclude_each_other({function, slot});
   CLI::Option* set = add_text(app, "--set", options->prefix, "PREFIX",

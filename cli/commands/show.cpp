@@ -199,7 +199,7 @@ void setup_show(CLI::App& app) {
                    "drive's bay, as the listings show it"));
   add_flag(
       app, "--json", options->as_json,
-      "One JSON object: listings has what each listing prints of the place, under its name in the schema");
+      "One JSON object: listings holds the output of each listing for the place, by its name in the schema");
   add_flag(app, "--wide", options->is_wide, "Do not cut texts to the width of the terminal");
   add_flag(app, "--mask", options->masked, kMaskHelp);
   add_snapshot(app, options->from);

@@ -20,7 +20,7 @@ struct Product {
 constexpr Column kColumns[] = {
     hex(ZELDB_COLUMN(Product, FunKey, "FUNCTION", "Key of the function")),
     VPD_COLUMN(ProductName, "PRODUCT", "Name of the product"),
-    minor(VPD_COLUMN(Manufacture, "MAKER", "Who made it")),
+    minor(VPD_COLUMN(Manufacture, "MAKER", "Manufacturer")),
     VPD_COLUMN(Model, "MODEL", "Model"),
     VPD_COLUMN(PartNo, "PART", "Part number"),
     minor(VPD_COLUMN(FRUNo, "FRU", "FRU number, for a replacement")),
@@ -61,12 +61,12 @@ std::vector<Product> read_published(const Options& options) {
 void setup_vpd(CLI::App& app) {
   auto options = std::make_shared<Options>();
   CLI::Option* function =
-      add_key(app, "KEY", options->function, "A function's key; all functions without one");
+      add_key(app, "KEY", options->function, "Key of a function; without it, all functions");
   CLI::Option* slot = add_place(app, "--slot", options->slot, "The functions in this slot");
   exclude_each_other({function, slot});
   Listing(app)
       .view(kColumns, [options] { return read_products(*options); })
-      .view("--published", "Properties of the GPU in --slot in the property store", kPublishedColumns,
+      .view("--published", "Data of the GPU in --slot from the property store", kPublishedColumns,
             [options] { return read_published(*options); })
       .without({function});
 }

@@ -166,7 +166,7 @@ void watch_inventory(const Options& options) {
 
 void setup_watch(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  add_number(app, "--every", options->every, "SECONDS", "How often to ask whether something was written [1]");
+  add_number(app, "--every", options->every, "SECONDS", "Time between two looks for changes [1]");
   add_text(app, "--exec", options->command, "COMMAND",
            "A command of the shell to run for each change, with the change as a line of JSON on its standard "
            "input");
@@ -174,13 +174,14 @@ void setup_watch(CLI::App& app) {
   add_flag(app, "--mask", options->masked, kMaskHelp);
   set_action(
       app, [options] { watch_inventory(*options); },
-      "A line for each row that was added to, removed from or changed in the listings slots, processors, "
-      "memory, ports, gpus, disks, backplanes, firmware, embedded and pending; temperatures and the load of "
-      "ports are not told. The tables are read only when something was written: a SQLite file has a version "
-      "for that, a server counters. Another file in the place of a SQLite file is noticed, too. An object "
-      "has time, change, listing, place and, of a change, columns: {\"KEY\": {\"was\": ..., \"is\": ...}}. A "
-      "server that goes away is waited for, which a line on standard error says. SIGTERM, SIGINT and the "
-      "like end the watch with exit status 0.");
+      "Prints a line for each row that was added to, removed from or changed in the listings slots, "
+      "processors, memory, ports, gpus, disks, backplanes, firmware, embedded and pending. Temperatures and "
+      "the load of ports are left out. The tables are read only after a write, which the version of a SQLite "
+      "file or the counters of a server show. A SQLite file that is replaced is noticed, too. A JSON object "
+      "has time, change, listing, place and, for a change, columns: {\"KEY\": {\"was\": ..., \"is\": ...}}. "
+      "If "
+      "a server goes away, the command reports that on standard error and waits for it. SIGTERM, SIGINT, "
+      "SIGQUIT and SIGHUP end the watch with exit status 0.");
 }
 
 }  // namespace zeldb::cli

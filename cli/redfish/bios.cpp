@@ -19,7 +19,7 @@ const std::string kPlace = kSystem + "/Bios";
 
 constexpr Property<Row> kProperties[] = {
     REDFISH_BY("{AttributeName}", "CurrentValue; in the settings resource PendingValue",
-               "a number of an `Integer`, otherwise a text; null where it is not known, and of a `Password`",
+               "a number of an `Integer`, otherwise a text; null if it is not known, and of a `Password`",
                attribute_value(machine, row.record, "CurrentValue", text_of(row.record.CurrentValue))),
 };
 

@@ -9,7 +9,7 @@ namespace {
 struct Row : Entry {};
 
 constexpr About kAbout = {"Chassis", "v1_28_0", "Chassis/1",
-                          "The one chassis. What it is, and what it is called, is not in the inventory."};
+                          "The only chassis. The inventory has neither its kind nor its name."};
 
 Json processors_of(const Machine& machine) {
   std::vector<std::string> all = uris_of(machine.processors);

@@ -26,7 +26,7 @@ session, no action, no event. A setting is changed with `zeldb pending --set`.
 - What is not known is `null`: an empty text, `N/A`, `Unknown`, `None` and the like, and a number, code or text that the
   schema does not take. A record cannot tell a NULL column from 0 or an empty text: where 0 is not a possible value,
   "0: null" says so below.
-- A property is left out where it does not apply to this kind of part, and where the schema knows no null.
+- A property is left out if it does not apply to this kind of part, and where the schema knows no null.
 - Four columns of a PCI function have fallbacks when they are NULL: `LanesInUse` 4, `MaxLanes` 16, `MaxPCIeType` 4,
   `PCIeType` 3. Such a value may be true or made up.
 - Ids are made of keys or names: letters, digits and hyphens; of equal ones all but the first are numbered. They stay the

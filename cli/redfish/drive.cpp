@@ -14,7 +14,7 @@ constexpr About kAbout = {
     "Drive", "v1_22_0", "Chassis/1/Drives/{Id}",
     "`aim_disk_info_t` of `zeldb_get_merged_disk_list`, without those of `AimDisks` that are not "
     "present and do not answer otherwise. Which bit of `InfoMask` stands for which value is the "
-    "writer's: where it is 0 nothing is known."};
+    "writer's: if it is 0, nothing is known."};
 
 bool is_hdd(const Row& row) {
   return std::strcmp(row.record.MediaType, "HDD") == 0;
@@ -64,7 +64,7 @@ constexpr Property<Row> kProperties[] = {
         identifiers_of(machine, row.record.UUID)),
     REDFISH_FROM("CapacityBytes", record.Capacity, Capacity),
     REDFISH_BY("MediaType", "MediaType", "`SSD` and `HDD`; others null", medium_of(row.record.MediaType)),
-    REDFISH_BY("RotationSpeedRPM", "RotationRate", "0: null; left out where `MediaType` is not `HDD`",
+    REDFISH_BY("RotationSpeedRPM", "RotationRate", "0: null; left out if `MediaType` is not `HDD`",
                is_hdd(row) ? Count::of(machine, "", row.record.RotationRate) : Json::left_out()),
     REDFISH_BY("Protocol", "DriveTypeId", "1, 4, 6 `SATA`; 2 `SAS`; 3, 5, 7 `NVMe`; others null",
                coded(kProtocols, row.record.DriveTypeId)),
@@ -76,9 +76,9 @@ constexpr Property<Row> kProperties[] = {
     REDFISH_BY("PhysicalLocation.PartLocation.LocationOrdinalValue", "BayNo", "255: null", place_of(row)),
     REDFISH_FROM("PhysicalLocation.PartLocation.ServiceLabel", record.Location, Text),
     REDFISH_BY("PredictedMediaLifeLeftPercent", "RemainLife",
-               "more than 100: null; null where `InfoMask` is 0; left out for an HDD",
+               "more than 100: null; null if `InfoMask` is 0; left out for an HDD",
                is_hdd(row) ? Json::left_out() : known(row, Percent::of(machine, "", row.record.RemainLife))),
-    REDFISH_BY("FailurePredicted", "Warning", "not 0: true; null where `InfoMask` is 0",
+    REDFISH_BY("FailurePredicted", "Warning", "not 0: true; null if `InfoMask` is 0",
                known(row, row.record.Warning != 0)),
     REDFISH_FROM("Status.Health", record.HealthStatus, Health),
     REDFISH_BY("Status.State", "", "`Enabled`", "Enabled"),

@@ -9,11 +9,11 @@ namespace {
 using Row = Drive;
 
 constexpr About kAbout = {"EnvironmentMetrics", "v1_5_0", "Chassis/1/Drives/{Id}/EnvironmentMetrics",
-                          "What a drive measures, from the same record."};
+                          "Measurements of a drive, from the same record."};
 
 constexpr Property<Row> kProperties[] = {
-    REDFISH_BY("Name", "Location", "that of the drive", Text::of(machine, "Location", row.record.Location)),
-    REDFISH_BY("TemperatureCelsius.Reading", "Temperature", "degrees Celsius; null where `InfoMask` is 0",
+    REDFISH_BY("Name", "Location", "name of the drive", Text::of(machine, "Location", row.record.Location)),
+    REDFISH_BY("TemperatureCelsius.Reading", "Temperature", "degrees Celsius; null if `InfoMask` is 0",
                row.record.InfoMask != 0 ? Json(row.record.Temperature) : Json()),
 };
 

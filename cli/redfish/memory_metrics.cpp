@@ -10,7 +10,7 @@ using Row = Module;
 
 constexpr About kAbout = {
     "MemoryMetrics", "v1_8_0", "Systems/1/Memory/{Id}/MemoryMetrics",
-    "What a persistent module reports, from the same record. Where `InfoMask` is 0 nothing is "
+    "The report of a persistent module, from the same record. If `InfoMask` is 0, nothing is "
     "known."};
 
 Json known(const Row& row, Json value) {
@@ -18,7 +18,7 @@ Json known(const Row& row, Json value) {
 }
 
 constexpr Property<Row> kProperties[] = {
-    REDFISH_BY("Name", "DevLocator", "that of the module",
+    REDFISH_BY("Name", "DevLocator", "name of the module",
                Text::of(machine, "DevLocator", row.record.DevLocator)),
     REDFISH_BY("HealthData.PredictedMediaLifeLeftPercent", "RemainingLife", "more than 100: null",
                known(row, Percent::of(machine, "", row.record.RemainingLife))),

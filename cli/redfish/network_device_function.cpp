@@ -47,7 +47,7 @@ constexpr Property<Row> kProperties[] = {
                                       : Json::left_out()),
     REDFISH_BY("AssignablePhysicalNetworkPorts[]", "PhyIdx", "its port",
                row.port.empty() ? Json::array() : links({row.port})),
-    REDFISH_BY("Links.PhysicalNetworkPortAssignment", "PhyIdx", "its port; left out where it is not known",
+    REDFISH_BY("Links.PhysicalNetworkPortAssignment", "PhyIdx", "its port; left out if it is not known",
                only_if(!row.port.empty(), link(row.port))),
     REDFISH_BY("Links.PCIeFunction", "PCIFuncKey", "its function", link(row.function)),
     REDFISH_BY("Status.State", "", "`Enabled`", "Enabled"),

@@ -9,14 +9,14 @@ namespace {
 using Row = Device;
 
 constexpr About kAbout = {"NetworkInterface", "v1_2_3", "Systems/1/NetworkInterfaces/{PCIKey}",
-                          "What the system has of a NetworkAdapter."};
+                          "A NetworkAdapter as the system sees it."};
 
 constexpr Property<Row> kProperties[] = {
     REDFISH_FROM("Name", slot.CardName, Text),
     REDFISH_FROM("Status.Health", slot.HealthStatus, Health),
     REDFISH_BY("Status.State", "", "`Enabled`", "Enabled"),
-    REDFISH_BY("Ports", "", "those of the adapter", link(row.adapter + "/Ports")),
-    REDFISH_BY("NetworkDeviceFunctions", "", "those of the adapter",
+    REDFISH_BY("Ports", "", "link to those of the adapter", link(row.adapter + "/Ports")),
+    REDFISH_BY("NetworkDeviceFunctions", "", "link to those of the adapter",
                link(row.adapter + "/NetworkDeviceFunctions")),
     REDFISH_BY("Links.NetworkAdapter", "", "the adapter", link(row.adapter)),
 };

@@ -9,15 +9,16 @@ namespace {
 
 using Row = Device;
 
-constexpr About kAbout = {"PCIeDevice", "v1_21_0", "Chassis/1/PCIeDevices/{PCIKey}",
-                          "What sits in one slot, on the board or in a backplane bay: the PCI functions with "
-                          "this location and slot number, "
-                          "with the vital product data (`zeldb_get_pci_vpd_info`), the generic information "
-                          "(`zeldb_get_pci_generic_info`) and "
-                          "the firmware of the first one, and the health of the adapter "
-                          "(`zeldb_get_adapter_health_status`). What the product "
-                          "data of an NVMe drive lack comes from the list of drives. The id is stable while "
-                          "the card stays in its slot."};
+constexpr About kAbout = {
+    "PCIeDevice", "v1_21_0", "Chassis/1/PCIeDevices/{PCIKey}",
+    "The device in one slot, on the board or in a backplane bay: the PCI functions with "
+    "this location and slot number, "
+    "with the vital product data (`zeldb_get_pci_vpd_info`), the generic information "
+    "(`zeldb_get_pci_generic_info`) and "
+    "the firmware of the first one, and the health of the adapter "
+    "(`zeldb_get_adapter_health_status`). What the product "
+    "data of an NVMe drive lack comes from the list of drives. The id is stable while "
+    "the card stays in its slot."};
 
 const _ZELDB_PCI_Generic_Info& first(const Row& row) {
   return row.functions.front().record;
@@ -58,7 +59,7 @@ constexpr Property<Row> kProperties[] = {
     REDFISH_BY("PCIeInterface.MaxLanes", "MaxLanes", Lanes::kNote,
                Lanes::of(machine, "", first(row).MaxLanes)),
     REDFISH_BY("Slot", "SlotNo, SlotDesignation, SlotType, SlotDataBusWidth, Hotplug",
-               "as in PCIeSlots; left out where `Location` is not 1",
+               "as in PCIeSlots; left out if `Location` is not 1",
                is_in_slot(row) ? slot_of(machine, first(row)) : Json::left_out()),
     REDFISH_FROM("Status.Health", slot.HealthStatus, Health),
     REDFISH_BY("Status.State", "", "`Enabled`: what has no function is not there", "Enabled"),

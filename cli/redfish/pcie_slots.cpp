@@ -65,7 +65,7 @@ constexpr Property<Row> kProperties[] = {
 constexpr Property<Row> kOccupation[] = {
     REDFISH_BY("Status.State", "", "`Absent` without a function, otherwise `Enabled`",
                row.device != nullptr ? "Enabled" : "Absent"),
-    REDFISH_BY("Links.PCIeDevice[]", "Location, SlotNo", "what sits in it",
+    REDFISH_BY("Links.PCIeDevice[]", "Location, SlotNo", "the device in the slot",
                row.device != nullptr ? links({row.device->uri}) : Json::array()),
 };
 

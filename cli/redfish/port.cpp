@@ -41,11 +41,11 @@ constexpr Property<Row> kProperties[] = {
     REDFISH_BY("LinkNetworkTechnology", "PCILogicalPort.LinkTechnology", kTechnologyNote,
                technology_of(row.technology)),
     REDFISH_BY("Ethernet.AssociatedMACAddresses", "PermanentAddress",
-               "where the technology is Ethernet; an empty list if the text is no address of six bytes",
+               "if the technology is Ethernet; an empty list if the text is no address of six bytes",
                row.technology == kEthernet ? addresses(machine, row.record.PermanentAddress, kMacAddress)
                                            : Json::left_out()),
     REDFISH_BY("FibreChannel.AssociatedWorldWideNames", "PermanentAddress",
-               "where it is Fibre Channel; an empty list if the text is no name of eight bytes",
+               "if it is Fibre Channel; an empty list if the text is no name of eight bytes",
                row.technology == kFibreChannel
                    ? addresses(machine, row.record.PermanentAddress, kWorldWideName)
                    : Json::left_out()),

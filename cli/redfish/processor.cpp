@@ -59,7 +59,7 @@ constexpr Property<Row> kProperties[] = {
                row.record.ProcId != 0 ? Json("0x" + hexadecimal(row.record.ProcId, 16)) : Json()),
     REDFISH_BY(
         "ProcessorMemory", "L1CacheInstalled, L2CacheInstalled, L3CacheInstalled",
-        "`L1Cache` to `L3Cache`, integrated; KiB, or where bit 15 is set the low bits times 64 KiB, in MiB "
+        "`L1Cache` to `L3Cache`, integrated; KiB, or with bit 15 set the low bits times 64 KiB, in MiB "
         "rounded down; a cache of 0 is left out",
         caches_of(row.record)),
     REDFISH_BY("Status.State", "Status",

@@ -8,7 +8,7 @@ namespace {
 
 struct Row : Entry {};
 
-constexpr About kAbout = {"ServiceRoot", "v1_20_0", "", "Where a client begins."};
+constexpr About kAbout = {"ServiceRoot", "v1_20_0", "", "The entry point for clients."};
 
 // A tree of files has no sessions, but the schema requires the collection, so there is an empty one.
 Json no_sessions() {

@@ -40,7 +40,7 @@ constexpr Property<Row> kProperties[] = {
                row.is_waiting ? "StandbyOffline" : "Enabled"),
     REDFISH_BY("Status.Health", "UpdateErrCode", "not 0, the last update failed: `Warning`; otherwise `OK`",
                has_failed(row) ? "Warning" : "OK"),
-    REDFISH_BY("Status.Conditions", "UpdateErrString", "one, with this message, where the last update failed",
+    REDFISH_BY("Status.Conditions", "UpdateErrString", "one, with this message, if the last update failed",
                conditions_of(row, machine)),
     REDFISH_BY("RelatedItem[]", "Location, SlotNo", "the PCIeDevice in this place",
                row.device.empty() ? Json::array() : links({row.device})),

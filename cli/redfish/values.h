@@ -40,7 +40,7 @@ struct Text {
 
 // For properties that cannot be null in the schema.
 struct TextIfKnown {
-  static constexpr const char* kNote = "left out where it is not known";
+  static constexpr const char* kNote = "left out if it is not known";
   static Json of(const Machine& machine, std::string_view column, const std::string& text);
 };
 
