@@ -21,7 +21,7 @@ bool is_digit(char c) {
   return std::isdigit(static_cast<unsigned char>(c)) != 0;
 }
 
-// Takes the literals out of a condition, but those behind LIKE: they decide which index serves.
+// Takes the literals out of a condition, except those after LIKE, which decide the index that serves.
 class Lifting {
  public:
   Lifting(std::string_view where, std::string_view parameters) : rest_(where), parameters_(parameters) {

@@ -37,7 +37,7 @@ struct Mariadb {
   MYSQL* client;
 };
 
-// Where a value or a cell stands: bound once.
+// The place of a value or a cell, bound once.
 struct Cell {
   bool text = false;
   std::vector<char> buffer;

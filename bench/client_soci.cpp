@@ -86,7 +86,7 @@ struct Soci {
       runs_ = true;
       return statement_.execute(true) && selects_;
     }
-    // To the end of the rows: before that the read goes on, and holds back writers.
+    // Reads the remaining rows: an unfinished read would hold back writers.
     void reset() {
       while (selects_ && statement_.got_data()) statement_.fetch();
       runs_ = false;

@@ -10,7 +10,7 @@ namespace bench {
 
 namespace {
 
-// By values a cell is looked up once; by columns once for each function, as code is usually written.
+// ByValues looks a cell up once; ByColumns once for each function, as code is usually written.
 enum class Cells { ByValues, ByColumns };
 
 template <Cells cells>

@@ -9,12 +9,12 @@
 
 namespace bench {
 
-// Both databases from nothing, with the sample's properties and rows as INSERT statements.
+// Makes both databases, with the sample's properties and rows as INSERT statements.
 void make_databases(const std::string& url, const std::vector<std::string>& rows);
 void load_rows(const std::string& url, const std::vector<std::string>& rows);
-// Those of the sample controller.
+// Makes the databases of the sample controller.
 void make_sample(const std::string& url);
-// What the parser reads: so many functions.
+// Writes the input of the parser for so many functions.
 void make_bios(const std::string& folder, unsigned functions);
 
 // Runs a program of this build with the words; the file tells which calls of the table access it makes.

@@ -87,7 +87,7 @@ void read_row(Statement& statement, Record& record, Members<members...> /*column
 
 std::string insert_sql();
 std::string read_sql();
-// Which of the compared texts are empty: there is an update statement for each such shape.
+// A bit for each compared text that is empty: each such shape has an update statement of its own.
 uint32_t shape_of(const PCISetting_info& record);
 std::string update_sql(const PCISetting_info& record);
 

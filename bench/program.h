@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What benchmarks of whole programs share.
+// Helpers for benchmarks of whole programs.
 #ifndef BENCH_PROGRAM_H
 #define BENCH_PROGRAM_H
 
@@ -11,10 +11,10 @@
 
 namespace bench {
 
-// Runs a program; what it prints is dropped. Throws unless it exits with 0.
+// Runs a program and drops its output. Throws unless it exits with 0.
 rusage run_program(std::vector<std::string> words);
 
-// What main returns: runs it in a folder of its own, which is removed.
+// Runs the benchmark in a temporary folder. Returns the exit status.
 int in_folder(const std::string& name, void (*run)(const std::string& folder));
 
 }  // namespace bench

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the works read and write, and the texts that a read and a store are made of.
+// The records that the works read and write, and the texts of which a read and a store are made.
 #ifndef BENCH_RECORDS_H
 #define BENCH_RECORDS_H
 

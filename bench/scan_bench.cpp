@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What "zeldb scan" takes for a recorded machine of 500 functions and 100 NVMe drives: CPU of the command,
+// The cost of "zeldb scan" for a recorded machine of 500 functions and 100 NVMe drives: CPU of the command,
 // memory and calls of the table access, into empty tables and once more. On SQLite, or on the server that
 // with_mariadb starts.
 #include <cstdio>

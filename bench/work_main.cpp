@@ -20,7 +20,7 @@
 #include "bench/program.h"
 #include "bench/records.h"
 
-// What the C library calls its own. NOLINTBEGIN(bugprone-reserved-identifier)
+// Names of the C library itself. NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* __libc_calloc(size_t count, size_t size);
 extern "C" void* __libc_realloc(void* memory, size_t size);

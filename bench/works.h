@@ -57,7 +57,7 @@ class Replayer {
 class Works : public Replayer {
  public:
   virtual void clear_settings() = 0;
-  // Inserts the setting or updates it where it differs.
+  // Inserts the setting or updates it if it differs.
   virtual void store(const PCISetting_info& record) = 0;
   // The same by code that reads the row and compares it first. The library has one way.
   virtual void store_compared(const PCISetting_info& record) { store(record); }
@@ -67,14 +67,14 @@ class Works : public Replayer {
   // Two columns of a row, and 27.
   virtual unsigned aim_supported(uint32_t function_key) = 0;
   virtual unsigned device_id(uint32_t function_key) = 0;
-  // What is read meanwhile is read as by the call of a list.
+  // Reads in read() share a transaction, as those of a list do.
   virtual void hold_reads(const std::function<void()>& read) { read(); }
   // Opens the property database, reads a value, closes it.
   virtual unsigned property() = 0;
 };
 
-// Where the databases are: a folder for SQLite; for MariaDB the path of the server's socket, and behind a #
-// what stands before the names of the databases.
+// where is a folder for SQLite; for MariaDB it is the path of the server's socket, a # and the prefix of the
+// names of the databases.
 using Factory = std::unique_ptr<Works>(const std::string& where);
 Factory library, tuned_sqlite, columns_sqlite, sqlitecpp, soci_sqlite, tuned_mariadb, soci_mariadb;
 std::unique_ptr<Replayer> replayer_sqlite(const std::string& where);

@@ -20,13 +20,13 @@ Apart start_apart(const std::function<void(int to)>& run);
 // False when it cannot be written, or nobody reads any more.
 bool send(int to, std::string_view text);
 
-// What make returns, or the text of what it throws, to be sent to another process.
+// The result of make, or the text of its exception, in a form that made_of understands.
 std::string reply_of(const std::function<std::string()>& make);
-// What make has returned. Throws a Failure with the text of what it has thrown, or if the reply is not whole.
+// The result of make. Throws a Failure with the text of its exception, or if the reply is not whole.
 std::string made_of(std::string reply);
 
-// What make returns, in a process of its own, since the library opens one inventory per process and remembers
-// some of it. Throws as made_of does.
+// Runs make in a process of its own, because the library opens one inventory per process and remembers some
+// of it. Throws as made_of does.
 std::string made_apart(const std::function<std::string()>& make);
 
 }  // namespace zeldb::cli

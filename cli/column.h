@@ -103,7 +103,7 @@ constexpr Column health(Column column) {
   return column;
 }
 
-// The first column where rows are of several machines.
+// The first column if the rows are of several machines.
 constexpr const char* kMachineKey = "Machine";
 constexpr Column kMachineColumn = {.key = kMachineKey,
                                    .heading = "MACHINE",

@@ -15,9 +15,9 @@ constexpr uint32_t kUpdateWaits = 2;  // a status
 
 std::vector<_ZELDB_PldmFirmware> read_components();
 
-// Its last update has.
+// Whether its last update failed.
 bool has_failed(const _ZELDB_PldmFirmware& component);
-// For its activation.
+// Whether an update waits for its activation.
 bool waits(const _ZELDB_PldmFirmware& component);
 
 }  // namespace zeldb::cli

@@ -16,7 +16,7 @@ namespace zeldb::cli {
 // understand. The columns of the listing supply the name that was meant.
 void require_condition(const std::string& condition, const char* table, std::span<const Column> known);
 
-// Reads what the condition selects; a failure names what in it is to blame.
+// Calls read; a failure names the part of the condition that caused it.
 template <typename Read>
 auto read_where(const std::string& condition, const char* table, std::span<const Column> known, Read read) {
   try {

@@ -24,7 +24,7 @@ void write_temporary(const std::string& path, std::string_view content);
 
 // The path that means standard input or standard output.
 constexpr const char* kStandard = "-";
-// The same as read_file, also of standard input, which may be a pipe.
+// As read_file, but also reads standard input, which may be a pipe.
 std::string read_input(const std::string& path, size_t limit);
 
 enum class IfExists { Refuse, Replace };

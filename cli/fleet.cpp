@@ -35,7 +35,7 @@ std::string name_of(const fs::path& file) {
   return is_ending ? file.stem() : file.filename();
 }
 
-// What SQLite keeps beside a database in use is no file of its own.
+// Hidden files, and those that SQLite keeps beside a database in use.
 bool is_left_out(const std::string& name) {
   return name.starts_with('.') || name.ends_with("-wal") || name.ends_with("-shm") ||
          name.ends_with("-journal");

@@ -12,7 +12,7 @@
 
 namespace zeldb::cli {
 
-// Machines that are alike in one thing in which others differ. Texts that are too long are cut.
+// Machines with the same value of something in which others differ. Texts that are too long are cut.
 struct FleetGroup {
   uint32_t Machines;
   char Kind[17];
@@ -22,8 +22,9 @@ struct FleetGroup {
   char Names[257];
 };
 
-// Machines among themselves: of each place whether a part is there, and its model, part number, firmware and
-// sizes. What is not known of a machine counts for nothing. Serial numbers and addresses differ always.
+// Compares machines with each other: for each place, whether there is a part, and its model, part number,
+// firmware and sizes. Unknown values are not compared. Nor are serial numbers and addresses, which always
+// differ.
 class FleetDiff {
  public:
   void add(const std::string& machine, const std::vector<Part>& parts);

@@ -141,7 +141,7 @@ class Selected {
  public:
   explicit Selected(const char* condition) : condition_(condition) {}
 
-  // True for those that are selected, and for a while for others.
+  // True for selected functions; before the list is read, also for others.
   bool may_include(uint32_t function) { return !knows_all() || keys_->contains(function); }
   bool includes(uint32_t function) { return knows_all() && keys_->contains(function); }
 
@@ -152,7 +152,7 @@ class Selected {
     return keys_.has_value();
   }
 
-  // An inventory of another version may lack the table: then each function is asked for.
+  // An inventory of another version may lack the table; each function is then asked for.
   void read() {
     try {
       const auto keys = function_keys(condition_);

@@ -16,7 +16,7 @@
 
 namespace zeldb::cli {
 
-// Counts are the table's, of which the library's record has the lowest eight bits.
+// The counts of the table; the library's record has only their lowest eight bits.
 struct CountedProcessor : _ZELDB_Processor {
   uint32_t CoreCount;
   uint32_t CoreEnabled;
@@ -24,8 +24,8 @@ struct CountedProcessor : _ZELDB_Processor {
 };
 std::vector<CountedProcessor> read_processors();
 std::vector<_ZELDB_Memory> read_memory();
-// A drive without a sensor reads as sound. Of those that a scan has found, health is what they tell: unknown,
-// where that is nothing.
+// A drive without a sensor reads as sound. The health of a drive that a scan has found becomes the drive's
+// own report, or unknown without one.
 void settle_health(std::vector<aim_disk_info_t>& drives);
 // All drives. Read once in a run.
 std::vector<aim_disk_info_t> read_drives();

@@ -18,7 +18,7 @@ constexpr const char* kAdapter = "adapter";
 // Values that distinguish parts if a serial number is missing.
 constexpr std::string Part::*kIdentity[] = {&Part::address, &Part::model, &Part::part_number};
 
-// Values that a change is reported of. Addresses are left out, because they identify the machine.
+// Values whose changes are reported. Addresses are left out, because they identify the machine.
 constexpr struct {
   const char* name;
   std::string Part::*text;
@@ -35,8 +35,8 @@ bool is_other_part(const Part& before, const Part& now) {
                              [&](std::string Part::*text) { return differ(before.*text, now.*text); });
 }
 
-// A serial number is unique for its maker alone: two parts that share one are the same unless the first of
-// these that is known of both differs.
+// A serial number is unique only for its manufacturer: two parts that share one are the same unless the first
+// of these that is known of both differs.
 bool is_same_make(const Part& before, const Part& now) {
   for (std::string Part::*text : {&Part::part_number, &Part::model, &Part::name}) {
     if (!(before.*text).empty() && !(now.*text).empty()) return before.*text == now.*text;

@@ -22,8 +22,8 @@ struct Difference {
 
 // Both lists are sorted by comes_before. The changes come in the order of the parts:
 //   added, removed
-//   moved     a part with the same serial number that sits elsewhere
-//   replaced  another serial number; where one of the two is not known, another address, model or part number
+//   moved     a part with the same serial number in another place
+//   replaced  another serial number; if one of the two is not known, another address, model or part number
 //   shrank    the same part with less memory, capacity, cores or bays
 //   changed   the same part with other firmware, or anything else that is known of both and differs
 // A part on an adapter that was added, removed or replaced itself is not listed.

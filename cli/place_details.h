@@ -51,7 +51,7 @@ class PlaceReader {
 
   // Has to be called before details_of reads settings.
   void read_settings_of(const std::set<std::string>& functions);
-  // "settings" and "pending" are those of these functions; "dpu-log" is asked for by slot.
+  // "settings" and "pending" cover these functions only; use dpu_log for "dpu-log".
   const Listed& listed(std::string_view name);
   std::vector<PlaceDetails> details_of(const WantedPlace& wanted);
   Listed dpu_log(int slot);

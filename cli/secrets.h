@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Settings that hold secrets: those of type 5, of which only the BIOS knows what they hold, and texts and
-// numbers whose id, name or description speaks of a password, a passphrase, a passcode, a secret, a
-// credential, or a private or pre-shared key. A choice is none: its values are known to everybody. Their
-// values are shown by nothing that the command prints or writes.
+// Settings that hold secrets: those of type 5, whose content only the BIOS knows, and texts and numbers whose
+// id, name or description speaks of a password, a passphrase, a passcode, a secret, a credential, or a
+// private or pre-shared key. A choice is no secret: its values are known to everybody. Nothing that the
+// command prints or writes shows a secret.
 #ifndef CLI_SECRETS_H
 #define CLI_SECRETS_H
 

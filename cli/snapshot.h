@@ -33,8 +33,8 @@ class SnapshotFolder {
   void prepare() const;
   // The path of the tables.
   std::string unpack(const std::string& file, NewerSchema newer) const;
-  // Makes what this process reads come from a file that zeldb export has written, instead of the controller.
-  // To be called before anything is read.
+  // From now on this process reads a file that zeldb export has written, instead of the controller. To be
+  // called before anything is read.
   void use(const std::string& file) const;
 
  private:
@@ -45,10 +45,10 @@ class SnapshotFolder {
 
 // The same in a folder that is removed when the process ends.
 void use_snapshot(const std::string& file);
-// Whether what is read comes from such a file, so that the present state of this machine must not be shown.
+// Whether this process reads such a file, so that the present state of this machine must not be shown.
 bool reads_snapshot();
 
-// When that file was written, as it says itself, in seconds since 1970.
+// The time at which that file was written, by its own account, in seconds since 1970.
 std::optional<int64_t> time_of_snapshot();
 
 // The path of the tables of such a file, in this program's schema. A file of a newer schema is refused,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the vendor of a controller decides when the product is built.
+// Constants that the vendor of a controller sets when the product is built.
 #ifndef DB_PRODUCT_H
 #define DB_PRODUCT_H
 

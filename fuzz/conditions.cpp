@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Conditions as callers put them together, with their values in them. What the table access makes of one is
-// what SQLite answers when it runs the same condition in SQLite's own spelling; and where ZELDB_TEST_MARIADB
-// names a server, what that answers. Every other input is a text as it stands, which may be refused but harms
-// nothing.
+// Conditions as callers put them together, with their values in them. The table access has to select the rows
+// that SQLite selects when it runs the same condition in its own spelling; if ZELDB_TEST_MARIADB names a
+// server, the server has to select them, too. Every other input is used as it stands: it may be refused but
+// must harm nothing.
 #include <sqlite3.h>
 
 #include "fuzz/input.h"

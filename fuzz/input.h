@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the programs of this folder share: pieces of an input, a folder of their own, and the end of a run
+// Helpers of the programs in this folder: pieces of an input, a folder of their own, and the end of a run
 // that found something.
 #ifndef FUZZ_INPUT_H
 #define FUZZ_INPUT_H
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace zeldb_fuzz {
 
-// What does not hold ends the process, and libFuzzer keeps the input.
+// Ends the process if the condition does not hold; libFuzzer keeps the input.
 inline void expect(bool holds, const std::string& what) {
   if (holds) return;
   std::fprintf(stderr, "does not hold: %s\n", what.c_str());
@@ -58,7 +58,7 @@ class Folder {
   ~Folder() { std::filesystem::remove_all(path_); }
 
   std::string path(const std::string& file = "") const { return path_ + "/" + file; }
-  // Another file each time: what remembers a file by its number and time shall not take it for the last one.
+  // Makes another file each time: a reader that knows files by number and time must not take it for the last.
   void write(const std::string& file, std::string_view content) const {
     std::ofstream(path("new"), std::ios::binary) << content;
     std::filesystem::rename(path("new"), path(file));

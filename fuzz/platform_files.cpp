@@ -14,7 +14,7 @@ using namespace zeldb_fuzz;
 
 namespace {
 
-// What is set is what is pending from then on.
+// A value that was set is pending from then on.
 void set_and_get(const std::string& id) {
   cmr_bios_attribute_value request = {};
   request.Operation = CMR_OPERATION_SET;

@@ -9,7 +9,7 @@ namespace zeldb::scan {
 std::optional<NvmeHealth> decode_nvme_health(std::string_view page) {
   constexpr size_t kSize = 512;
   constexpr unsigned kZeroCelsius = 273;
-  constexpr unsigned kHottest = 255;  // that its column holds
+  constexpr unsigned kHottest = 255;  // the largest value of its column
   constexpr unsigned kAll = 100;
   if (page.size() < kSize) return std::nullopt;
   const auto byte = [page](size_t at) { return static_cast<unsigned>(static_cast<unsigned char>(page[at])); };

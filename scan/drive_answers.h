@@ -11,12 +11,12 @@
 
 namespace zeldb::scan {
 
-// By libudev, whose rules have asked the drive itself: its model is not cut to the width of SCSI.
+// Asks libudev, whose rules have asked the drive itself: its model is not cut to the width of SCSI.
 struct UdevAnswer {
   std::optional<std::string> model, serial, firmware, unique_id, rotation_rate;
 };
 UdevAnswer ask_udev(const std::string& block);
-// udev writes what is no letter or digit as "\x20".
+// udev writes a character that is no letter or digit as "\x20".
 std::string without_escapes(const std::string& text);
 
 struct NvmeHealth {
@@ -31,7 +31,7 @@ struct NvmeAnswer {
   std::optional<NvmeHealth> health;
   std::optional<std::string> trouble;  // why it could not be asked
 };
-// By libnvme, of a controller such as "nvme0".
+// Asks a controller such as "nvme0" through libnvme.
 NvmeAnswer ask_nvme(const std::string& controller);
 
 // Whether this build has libudev, and libnvme.

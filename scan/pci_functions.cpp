@@ -217,7 +217,7 @@ class Places {
     return {};
   }
 
-  // A port of which it was not to be seen whether it has a slot.
+  // A port whose slot capability could not be read.
   const std::optional<Address>& hidden() const { return hidden_; }
 
  private:
@@ -228,7 +228,8 @@ class Places {
     return static_cast<unsigned>(std::stoul(name));
   }
 
-  // The table names what is in the slot, or the port above it: a port on the root bus is not in the slot.
+  // The table names the function in the slot, or the port above it: a port on the root bus is not in the
+  // slot.
   const Slot* slot_with(const Address& at, const Address& asked) const {
     for (const Slot& slot : question_.slots) {
       if (slot.segment != at.segment || slot.bus != at.bus || slot.device != at.device) continue;

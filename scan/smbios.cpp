@@ -276,7 +276,7 @@ Row firmware_row(const char* key, const char* kind, const char* name) {
   return row;
 }
 
-// The image of the system, and that of its embedded controller where there is one.
+// The image of the system, and that of its embedded controller if there is one.
 void add_bios(const Structure& structure, std::vector<Row>& rows) {
   constexpr uint64_t kNone = 0xFF;
   Row bios = firmware_row("bios", "11", "System BIOS");
@@ -296,7 +296,7 @@ void add_bios(const Structure& structure, std::vector<Row>& rows) {
   rows.push_back(std::move(controller));
 }
 
-// By its handle, what an array of memory is there for.
+// The use of each memory array, by its handle.
 using Uses = std::map<unsigned, uint64_t>;
 
 // Slots of video memory, flash chips and the like are in structures of the same kind.

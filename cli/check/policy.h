@@ -12,7 +12,7 @@
 
 namespace zeldb::cli::checks {
 
-// As monitoring plugins have them; the exit status of the command is the worst one that is found.
+// The numbers are the exit statuses of monitoring plugins; the command exits with the worst one found.
 enum class Severity : uint8_t { Ok = 0, Warning = 1, Critical = 2, Unknown = 3 };
 const char* name_of(Severity severity);
 

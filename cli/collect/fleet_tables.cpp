@@ -23,7 +23,7 @@ namespace {
 
 constexpr const char* kMachines = "FleetMachines";
 
-// Not the settings, which are thousands per machine.
+// The settings are left out: there are thousands per machine.
 constexpr struct {
   const char* listing;
   const char* table;
@@ -43,7 +43,7 @@ std::string quoted_name(std::string_view name) {
   return "`" + std::string(name) + "`";
 }
 
-// Where time_t has 32 bits, too.
+// Does not use time_t, which may have 32 bits.
 std::string time_text(int64_t seconds) {
   using std::chrono::floor;
   const std::chrono::sys_time<std::chrono::duration<int64_t>> time{std::chrono::duration<int64_t>(seconds)};
@@ -101,7 +101,7 @@ void require_done(int status) {
   throw Failure(*error != '\0' ? why + ": " + error : why);
 }
 
-// Where a table for people has "-", there is nothing: a drive without wear is not worn.
+// A value that a table for people shows as "-" becomes NULL.
 std::vector<Row> known_rows(const View& view) {
   std::vector<Row> rows = read_rows(view, nullptr);
   for (Row& row : rows) {
@@ -177,7 +177,7 @@ void FleetTables::run(const std::string& statement) const {
   require_done(connection_->run(statement));
 }
 
-// The first column.
+// The texts of the first column.
 std::vector<std::string> FleetTables::texts(const std::string& select) const {
   Result rows;
   require_done(connection_->run(select, rows));
@@ -190,7 +190,7 @@ std::vector<std::string> FleetTables::texts(const std::string& select) const {
   return found;
 }
 
-// One at a time writes, so that two never wait for each other.
+// Only one process writes at a time, so that two never wait for each other.
 void FleetTables::begin() {
   if (!is_server_) return run("BEGIN IMMEDIATE");
   run("SET NAMES utf8mb4 COLLATE utf8mb4_nopad_bin");

@@ -16,12 +16,12 @@
 
 namespace zeldb::cli::collect {
 
-// What one machine's snapshot holds, as one text to be handed from one process to another.
+// The content of one machine's snapshot, packed into one text for another process.
 std::string read_snapshot_rows();
 
 enum class Stored { Changed, Unchanged };
 
-// One machine is refused, of which nothing is stored.
+// The machine is refused, and nothing of it is stored.
 struct Refused : Failure {
   using Failure::Failure;
 };
@@ -32,11 +32,11 @@ class FleetTables {
   // Makes the database and the tables that are missing.
   explicit FleetTables(const std::string& url);
 
-  // What is stored between them takes effect as a whole. No process may be started meanwhile: connections do
-  // not survive that.
+  // Writes between the two take effect together. No process may be started in between: connections do not
+  // survive a fork.
   void begin();
   void commit();
-  // Puts the machine's rows in place of those that are there, where they differ.
+  // Replaces the rows of the machine that differ.
   Stored store(const std::string& machine, std::string_view snapshot_rows);
 
  private:

@@ -61,7 +61,7 @@ bool is_database(const std::string& file) {
   return read_file(file, kStart.size()) == kStart;
 }
 
-// Of a baseline, or of a reference machine.
+// The parts of a baseline, or of a reference machine.
 std::vector<Part> reference_parts(const std::string& file) {
   if (!is_database(file)) return parts_of_baseline(read_file(file), file);
   std::vector<Part> parts;

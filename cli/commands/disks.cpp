@@ -137,7 +137,7 @@ std::vector<R> read_slot(const Place& slot) {
   return drives;
 }
 
-// Nothing where all are asked for.
+// Nothing if all drives are asked for.
 std::optional<std::vector<R>> read_chosen(const Options& options) {
   const char* const where = options.where.empty() ? nullptr : options.where.c_str();
   require_inventory("drives");

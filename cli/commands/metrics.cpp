@@ -30,7 +30,7 @@ struct Options {
 
 using Baseline = std::optional<std::vector<Part>>;
 
-// Whole, or not.
+// The first character of a reply: whether all sections could be read.
 constexpr char kWhole = 'W';
 constexpr char kPart = 'P';
 
@@ -65,7 +65,7 @@ void write_metrics(const Options& options) {
     if (!read_now.is_whole) throw Failure("");
     return;
   }
-  // Another user reads the file.
+  // The collector that reads the file is another user.
   constexpr mode_t kReadable = 0644;
   NewFile file(options.file, IfExists::Replace);
   const metrics::Read read_now = read(options);

@@ -52,7 +52,7 @@ constexpr Column kLogicalColumns[] = {
     without(PORT_COLUMN(MaxSpeed, "MAX BIT/S", "Highest speed in bit/s"), 0),
     extra(PORT_COLUMN(LinkTechnology, "TECHNOLOGY CODE", "Code of the technology of the link")),
     extra(PORT_COLUMN(ProtocolType, "PROTOCOL CODE", "IANA interface type")),
-    extra(without(PORT_COLUMN(MaxDataSize, "MTU", "Largest data size"), 0)),
+    extra(without(PORT_COLUMN(MaxDataSize, "MTU", "Largest data size of a frame in bytes"), 0)),
     extra(PORT_COLUMN(vNICMode, "VNIC CODE", "Code of the virtual NIC mode")),
     extra(PORT_COLUMN(vNICModeText, "VNIC", "Virtual NIC mode")),
     extra(in_words(PORT_COLUMN(Ethernet, "ETHERNET", "1 if Ethernet is enabled"), yes_or_no)),

@@ -54,7 +54,7 @@ class Signals {
   Signals& operator=(const Signals&) = delete;
   ~Signals() { close(file_); }
   int file() const { return file_; }
-  // That came. It ends nothing any more.
+  // Reads the signal, which then no longer ends the process.
   void take() const {
     signalfd_siginfo signal{};
     if (::read(file_, &signal, sizeof(signal)) < 0) throw Failure("watch: signal lost");
@@ -139,7 +139,7 @@ class Watcher {
     if (!options_.command.empty()) run_command(options_.command, json);
   }
 
-  // Once, however long it lasts.
+  // Reports the trouble once, however long it lasts.
   void trouble(const std::string& why) {
     if (why != trouble_) complain("watch: " + why);
     trouble_ = why;

@@ -26,10 +26,10 @@ using Labels = std::vector<std::pair<const char*, std::string>>;
 
 class Metrics {
  public:
-  // A family that the table of families lists. Labels that are empty are left out. What is beyond the bounds,
-  // or there already, is counted instead.
+  // The family is one of the table of families. Empty labels are left out. A series beyond the bounds, or
+  // that is there already, is only counted.
   void add(const std::string& family, const Labels& labels, double value);
-  // What another one has as its text, as series of this machine. The bounds held there.
+  // Adds the text of other metrics as series of this machine. Their bounds have been checked.
   void add_machine(const std::string& machine, std::string_view text);
   // Families in the order of their table, each with what it means.
   std::string text() const;

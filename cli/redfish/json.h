@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A JSON value with what resources need. Every resource includes this header, so it is small; tree.cpp passes
+// A JSON value for resources. Every resource includes this header, so it is small; tree.cpp passes
 // the value to the library that writes it.
 #ifndef CLI_REDFISH_JSON_H
 #define CLI_REDFISH_JSON_H

@@ -16,7 +16,7 @@ namespace zeldb::cli::watch {
 
 namespace {
 
-// The listings, and the columns that identify a row. Where several rows share them, they are numbered.
+// The listings, and the columns that identify a row. Rows that share them are numbered.
 constexpr struct {
   const char* listing;
   std::string_view keys;
@@ -31,7 +31,7 @@ constexpr struct {
                 {"embedded", "DeviceName DeviceIndex"},
                 {"pending", "SettingID"}};
 
-// Numbers that change all the time, and what says nothing of a machine.
+// Numbers that change all the time, and ids that say nothing of a machine.
 constexpr std::string_view kNotWatched[] = {"_id", "Temperature", "TxUtil", "RxUtil", "CurSpeed"};
 
 std::string place_of(const View& view, std::string_view keys, const Row& row) {

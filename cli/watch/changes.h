@@ -19,7 +19,7 @@ struct Change {
   };
   std::string change;   // added, removed or changed
   std::string listing;  // that shows the row
-  std::string place;    // what identifies the row in it
+  std::string place;    // the values that identify the row in it
   std::vector<Difference> differences{};
 };
 

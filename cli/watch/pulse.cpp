@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* kSqlite =
     "SELECT data_version, file FROM pragma_data_version, pragma_database_list WHERE name='main'";
-// Rows written, whoever did, and transactions committed: what is written is seen later than it is counted.
+// Counts written rows, and also commits, because a row becomes visible later than it is counted.
 constexpr const char* kServer =
     "SELECT CONCAT(CONNECTION_ID(), ' ', SUM(VARIABLE_VALUE)) FROM information_schema.GLOBAL_STATUS "
     "WHERE VARIABLE_NAME IN ('HANDLER_WRITE', 'HANDLER_UPDATE', 'HANDLER_DELETE', 'COM_COMMIT')";
@@ -36,7 +36,7 @@ class Database {
  public:
   explicit Database(const char* name) : name_(name) {}
 
-  // Nothing where it cannot be reached.
+  // Empty if the database cannot be reached.
   std::string version() const {
     // The connection is kept unless its file is no longer the one of that name.
     const Connection connection(name_);

@@ -8,9 +8,9 @@
 
 namespace zeldb::cli::watch {
 
-// A process that asks the databases whether anything was written, which costs them next to nothing: which
-// file of SQLite it is and its data version, or counters of the server. It keeps its connections, which no
-// fork would.
+// A process that asks the databases whether anything was written, which costs them next to nothing: it
+// compares the file of SQLite and its data version, or counters of the server. It is a process of its own
+// because the command forks, and connections do not survive a fork.
 class Pulse {
  public:
   explicit Pulse(std::chrono::milliseconds every);
@@ -18,11 +18,11 @@ class Pulse {
   Pulse& operator=(const Pulse&) = delete;
   ~Pulse();
 
-  // From here comes a letter at a time.
+  // Gives one of the letters below at a time.
   int pipe() const { return apart_.pipe; }
 
   static constexpr char kChanged = 'C';  // something was written, or may have been
-  static constexpr char kLost = 'L';     // the databases cannot be reached; kChanged follows when they can
+  static constexpr char kLost = 'L';  // the databases cannot be reached; kChanged follows when they can again
 
  private:
   Apart apart_;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the calls of the small interfaces have in common: failures that platform.json asks for, a record for
-// tests, and that nothing is thrown at the caller.
+// A frame for the calls of the small interfaces: it injects the failures that platform.json asks for, records
+// calls for tests, and lets no exception reach the caller.
 //
 // ZEL_PLATFORM_TRACE=FILE records each call as one line "function|arguments|status", so that a test can see
-// what was asked, how often, and what was released.
+// the calls, their number and what was released.
 #ifndef ZEL_PLATFORM_CALL_CALL_H
 #define ZEL_PLATFORM_CALL_CALL_H
 

@@ -16,7 +16,7 @@ constexpr Column kVersion[] = {
 constexpr Table kVersionTables[] = {
     {"ZeldbSchema",
      kVersion,
-     {"Which version of the schema a database has: one row. A database with a newer version than the "
+     {"The version of the schema of a database: one row. A database with a newer version than the "
       "program knows is refused, one without this table is accepted.",
       "`zeldb init`", "`libzel_db`, once per connection"},
      false},
@@ -25,13 +25,13 @@ constexpr Table kVersionTables[] = {
 constexpr Column kScannedRows[] = {
     text("TableName", 64, "table that the row is in", Index::Plain),
     number("RowId", "`_id` of the row"),
-    text("RowKey", "what the next scan knows the part by, such as `0000:17:00.0`"),
-    text("Source", 16, "where the scan has it from: pci, smbios, drives, network, firmware"),
+    text("RowKey", "key by which the next scan finds the part, such as `0000:17:00.0`"),
+    text("Source", 16, "source of the scan: pci, smbios, drives, network, firmware"),
 };
 constexpr Table kScanTables[] = {
     {"ScannedRows",
      kScannedRows,
-     {"Which rows of other tables are a scan's: it changes and removes these alone.", "`zeldb scan`",
+     {"The rows of other tables that a scan has written: it changes and removes only these.", "`zeldb scan`",
       "`zeldb scan`"}},
 };
 

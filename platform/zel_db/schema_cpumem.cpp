@@ -5,7 +5,7 @@ namespace zel_db {
 namespace {
 
 constexpr const char* kCacheMost =
-    "largest size of the cache: in KiB, or where bit 15 is set, the other bits in 64 KiB";
+    "largest size of the cache, in KiB; with bit 15 set, the other bits in units of 64 KiB";
 constexpr const char* kCacheSize = "its size, in the same way";
 constexpr const char* kCacheType = "SMBIOS system cache type";
 constexpr const char* kCacheConfig = "SMBIOS cache configuration, bits";
@@ -19,11 +19,11 @@ constexpr Column kProcessor[] = {
     number("ProcType", "SMBIOS processor type; 3: central processor"),
     number("Family", "SMBIOS processor family"),
     text("Socket", "name of the socket"),
-    text("Manufacturer", "maker"),
-    text("Version", "what it calls itself"),
+    text("Manufacturer", "manufacturer"),
+    text("Version", "model and version, as the processor reports it"),
     number("Voltage", "SMBIOS voltage: with bit 7 set, the other bits are tenths of a volt"),
     number("ExtClock", "external clock, in MHz"),
-    number("MaxSpeed", "highest clock rate that the socket takes, in MHz"),
+    number("MaxSpeed", "highest clock rate that the socket supports, in MHz"),
     number("CurSpeed", "clock rate at the start of the host, in MHz"),
     number("Status", "SMBIOS status: bit 6 populated, bits 0 to 2: 1 enabled, 2 to 4 disabled or idle"),
     number("Upgrade", "SMBIOS processor upgrade: the kind of socket"),
@@ -64,7 +64,7 @@ constexpr Column kMemory[] = {
     number("ClockSpeed", "configured speed, in MT/s"),
     text("DevLocator", "name of the slot; `Hbm` in it marks high-bandwidth memory"),
     text("BankLocator", "name of the bank"),
-    text("Manufacturer", "maker; `Intel` exactly for the lists of special modules"),
+    text("Manufacturer", "manufacturer; `Intel` exactly for the lists of special modules"),
     text("SerialNo", kSerial),
     text("AssetTag", kAsset),
     text("PartNo", kPart),
@@ -83,16 +83,16 @@ constexpr Column kMemory[] = {
     number("AlarmTrips", "alarms that have tripped, bits"),
     number("LDShutdownCount", "dirty shutdowns"),
     number("AITDRAMStatus", "status of the DRAM that holds the address table"),
-    number("HealthStatusReason", "why the health is what it is, bits"),
+    number("HealthStatusReason", "reasons for the health status, bits"),
     number("LLShutdownStatus", "status of the last shutdown, bits"),
     number("FIPSMode", "0 to 2 not in FIPS mode, 3 in FIPS mode"),
-    number("InfoMask", "which of these values are known, bits"),
+    number("InfoMask", "values that are known, bits"),
     number("CPUIndex", "processor"),
     number("iMCNum", "memory controller of the processor"),
     number("ChannelNum", "channel of the controller"),
-    number("DimmNum", "place on the channel"),
+    number("DimmNum", "position on the channel"),
     text("FirmwareVersion", "version of its firmware"),
-    text("SoftwareID", "id by which updates know the firmware"),
+    text("SoftwareID", "id of the firmware for updates"),
     number("MajorHealth", "major health code of the slot"),
     number("MinorHealth", "minor health code of the slot"),
     number("RepairStatus", "status of a repair"),
@@ -101,7 +101,7 @@ constexpr Column kMemory[] = {
 constexpr Table kTables[] = {
     {"Processor",
      kProcessor,
-     {"Processor sockets, with what SMBIOS tells about each.",
+     {"Processor sockets, and the processors in them by SMBIOS.",
       "the controller's reader of SMBIOS data, which is not part of zeldb",
       "`zeldb_get_processor_list`, `zeldb_get_processor`"}},
     {"Memory",

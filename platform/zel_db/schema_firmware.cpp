@@ -15,19 +15,19 @@ constexpr Column kPldmDeviceFirmware[] = {
     number("SubDeviceId", "PCI subsystem id"),
     number("Location", "0 on the system board, 1 in a slot"),
     number("SlotNo", "number of the slot", Index::Plain),
-    text("Manufacture", "maker"),
-    text("SoftwareID", "id by which updates know the component, eight hexadecimal digits"),
-    text("VersionString", "version that runs"),
+    text("Manufacture", "manufacturer"),
+    text("SoftwareID", "id of the component for updates, eight hexadecimal digits"),
+    text("VersionString", "running version"),
     text("PendingVersionString", "version that waits for its activation"),
     text("PkgVersionString", "version of the last update package"),
-    text("ReleaseDate", "when the version was released"),
-    text("PendingReleaseDate", "when the waiting version was released"),
+    text("ReleaseDate", "release date of the running version"),
+    text("PendingReleaseDate", "release date of the pending version"),
     number("UpdateSupport", "0: cannot be updated"),
     number("Updated", "not 0: has been through an update"),
     number("UpdateMethod", "bits of the update agent; 64: through the devices behind it"),
-    number("UpdateAuxInfo", "what else an update told, the update agent's code"),
+    number("UpdateAuxInfo", "further result of an update, the update agent's code"),
     number("UpdateErrCode", "0: no error; others the update agent's"),
-    text("UpdateErrString", "why an update failed"),
+    text("UpdateErrString", "error text of a failed update"),
     number("Status", "2: an update waits for its activation"),
 };
 
@@ -38,17 +38,17 @@ constexpr Column kFirmwares[] = {
     text("FirmwareName", "name of the image"),
     text("VersionString", "version"),
     text("Description", "what it is"),
-    text("ReleaseDate", "when it was released"),
+    text("ReleaseDate", "release date"),
     text("Manufacture", "who made it"),
-    text("SoftwareID", "id by which updates know it"),
+    text("SoftwareID", "id for updates"),
 };
 
 constexpr Column kEmbeddedDeviceFirmware[] = {
     text("DeviceName", "name of the device"),
-    number("DeviceIndex", "which of several with the same `SoftwareID`"),
+    number("DeviceIndex", "index among devices with the same `SoftwareID`"),
     number("StructRev", "revision of the structure that the device reports"),
-    number("Version", "version that runs"),
-    text("SoftwareID", "id by which updates know it", Index::Plain),
+    number("Version", "running version"),
+    text("SoftwareID", "id for updates", Index::Plain),
     number("Class", "class, the device's code"),
     number("Category", "category within the class"),
     number("SubCategory", "subcategory"),
@@ -58,14 +58,14 @@ constexpr Column kEmbeddedDeviceFirmware[] = {
 constexpr Column kDpuEvents[] = {
     number("Slot", "number of the DPU's slot", Index::Plain),
     text("GenID", "id of the kind of event"),
-    text("Message", 512, "what happened"),
-    number("Timestamp", "when, the low 32 bits of what the DPU gave"),
+    text("Message", 512, "text of the event"),
+    number("Timestamp", "time of the event, the low 32 bits of the DPU's value"),
 };
 
 constexpr Table kTables[] = {
     {"PldmDeviceFirmware",
      kPldmDeviceFirmware,
-     {"Firmware components that the update agent has found on devices. A name, maker or version that "
+     {"Firmware components that the update agent has found on devices. A name, manufacturer or version that "
       "is missing or `N/A` is completed from the property store on the first read.",
       "`zeldb_insert_or_update_pldm_firmware`, `zeldb_update_pldm_firmware`, "
       "`zeldb_clear_all_pldm_firmware_pending_status`, `zeldb_clear_pldm_firmware_by_type`, "
@@ -86,7 +86,7 @@ constexpr Table kTables[] = {
       "`zeldb_get_embedded_firmware_list`"}},
     {"DPUEvents",
      kDpuEvents,
-     {"What DPUs report: the newest 256 events of each slot.", "`dpu_insert_log`, `dpu_clear_logs_by_slot`",
+     {"Events that DPUs report, the newest 256 of each slot.", "`dpu_insert_log`, `dpu_clear_logs_by_slot`",
       "`dpu_get_log_by_slot`"}},
 };
 

@@ -25,11 +25,11 @@ constexpr Column kPciAdapter[] = {
     // A row that is inserted without these has to be readable: readers take NULL for a broken row.
     number_or_zero("AIMSupported",
                    "0 known without settings, 1 and 2 supported by the agent, 3 by the merge"),
-    number_or_zero("OOBSrc", "where the agent's out-of-band data come from, its own code"),
+    number_or_zero("OOBSrc", "source of the out-of-band data, the agent's code"),
     number_or_zero("HealthStatus",
                    "health: 0 unknown, 1 other, 2 OK, 3 degraded, 4 stressed, 5 failing, 6 error"),
     text("ConnectorType",
-         "code, decimal or `0x` hexadecimal: a connector layout where `AIMSupported` is 1 or `Location` "
+         "code, decimal or `0x` hexadecimal: a connector layout if `AIMSupported` is 1 or `Location` "
          "is 0, else an SMBIOS slot type"),
     text("CardName", "name of the card"),
 };
@@ -51,7 +51,7 @@ constexpr Column kPcis[] = {
     number("SubDeviceId", "PCI subsystem id"),
     number("ClsCode", "class code: base class, subclass and programming interface, 24 bits"),
     number("RevId", "revision id"),
-    number("BridgeId", "bridge that it is behind, as the discovery numbers them"),
+    number("BridgeId", "bridge above it, as the discovery numbers them"),
     number("SlotType", "SMBIOS slot type"),
     number("SlotDataBusWidth", "SMBIOS slot data bus width, a code"),
     number("Hotplug", "whether the slot is hot-pluggable"),
@@ -63,19 +63,19 @@ constexpr Column kPcis[] = {
     number("MaxLanes", "most PCIe lanes; NULL reads as 16"),
     number("MaxPCIeType", "highest PCIe generation; NULL reads as 4"),
     number("PCIeType", "PCIe generation in use; NULL reads as 3"),
-    number("HardwareId", "what `VPDs` and `Firmwares` know it by: the function key"),
+    number("HardwareId", "its id in `VPDs` and `Firmwares`: the function key"),
     number("HardwareTypeId", "3: a PCI function"),
     text("SlotDesignation", "name of the slot"),
 };
 
 constexpr Column kPciMisc[] = {
     number("PCIFuncKey", kFunctionKey, Index::Plain),
-    text("FoDUid", "id by which features are unlocked"),
+    text("FoDUid", "id for unlocking features"),
     number("MaxDataWidth", "widest data path, in lanes"),
     text("ConnectorLayout", 16,
          "code of the connector, decimal or `0x` hexadecimal; 0 and NULL: derived from `PCIs.Location`"),
     text("PackageType", 16, "code of the package as CIM_PhysicalPackage has it; 32768 on the board"),
-    text("OtherPackageType", "package in words, where the code is 1"),
+    text("OtherPackageType", "package in words, if the code is 1"),
     text("AIMSpecVersion", 64, "version of the adapter's interface to the agent"),
 };
 
@@ -98,7 +98,7 @@ constexpr Column kPciLogicalPort[] = {
     number("PCIKey", kAdapterKey, Index::Plain),
     number("PCIFuncKey", kFunctionKey, Index::Plain),
     number("MaxDataSize", "largest data size of a frame, in bytes"),
-    text("PermanentAddress", "address it was made with; a port with fewer than 12 characters is not listed"),
+    text("PermanentAddress", "permanent address; a port with fewer than 12 characters is not listed"),
     text("NetworkAddresses", "addresses in use"),
     number("PhyIdx", "index of its physical port (`PCIPhysicalPort.Idx`)"),
     number("Idx", "index of the logical port"),
@@ -122,7 +122,7 @@ constexpr Column kPciPhysicalPort[] = {
          "code of the connector, decimal or `0x` hexadecimal: 5 RJ45, 32775 SFP28, ..."),
     number("Idx", "index of the port"),
     number("NumberofLogicalPorts", "logical ports on it"),
-    text("PermanentAddress", "address it was made with"),
+    text("PermanentAddress", "permanent address"),
 };
 
 constexpr Column kPciPhysicalPortStat[] = {
@@ -130,8 +130,8 @@ constexpr Column kPciPhysicalPortStat[] = {
     number("Idx", "index of the port"),
     number("LinkStatus", "1: the link is up"),
     number("LinkSpeed", "speed of the link, in Mbit/s"),
-    number("TxUtil", "utilisation of the sending side, in percent"),
-    number("RxUtil", "utilisation of the receiving side, in percent"),
+    number("TxUtil", "transmit utilisation, in percent"),
+    number("RxUtil", "receive utilisation, in percent"),
 };
 
 constexpr Column kPciGpu[] = {
@@ -144,7 +144,7 @@ constexpr Column kPciGpu[] = {
 constexpr Column kPciGpuChip[] = {
     number("PCIFuncKey", kFunctionKey, Index::Plain),
     text("GPUChipName", "name"),
-    text("GPUChipManufacturer", "maker"),
+    text("GPUChipManufacturer", "manufacturer"),
     text("GPUChipModel", "model"),
     text("GPUChipPartNumber", "part number"),
     text("GPUChipSKU", "stock keeping unit"),
@@ -167,13 +167,13 @@ constexpr Column kVpds[] = {
     number("SlotNo", kSlot, Index::Plain),
     text("UUID", "32 hexadecimal digits"),
     text("ProductName", "name of the product"),
-    text("Manufacture", "maker"),
+    text("Manufacture", "manufacturer"),
     text("SerialNo", "serial number"),
     text("PartNo", "part number"),
     text("Model", "model"),
-    text("FRUNo", "number by which it is replaced"),
-    text("L2PartNo", "part number by which updates know a disk"),
-    text("SupplierSN", "serial number that the supplier gave it"),
+    text("FRUNo", "FRU number, for a replacement"),
+    text("L2PartNo", "part number of a disk for updates"),
+    text("SupplierSN", "supplier's serial number"),
 };
 
 constexpr Table kTables[] = {
@@ -195,27 +195,27 @@ constexpr Table kTables[] = {
       "`zeldb_get_pci_hardwareidtype_by_funkey`, `zeldb_get_pci_gpu_list`, `zeldb_get_pci_misc_info`, "
       "`zeldb_get_pci_adapter_list`, `zeldb_get_pldm_firmware`, the lists of drives, "
       "`zeldb_get_ctrl_slot`, `zeldb_get_nvme_drv_funkey`, `zeldb_get_marvell_ctrl_slots`, "
-      "`zeldb_vroc_enabled`, `zeldb_get_vmd_count`, `zeldb_merge_aim_ucm_pfa`, and what builds on these"}},
-    {"PCIMisc", kPciMisc, {"How functions are packaged.", kAdapterAgent, "`zeldb_get_pci_misc_info`"}},
+      "`zeldb_vroc_enabled`, `zeldb_get_vmd_count`, `zeldb_merge_aim_ucm_pfa`, and functions that build on "
+      "these"}},
+    {"PCIMisc", kPciMisc, {"Packaging of functions.", kAdapterAgent, "`zeldb_get_pci_misc_info`"}},
     {"NCSIPackageID",
      kNcsiPackageId,
-     {"Which NC-SI packages answer for a slot.", "`zeldb_set_ncsi_id_by_slotNo`",
+     {"The NC-SI packages that answer for a slot.", "`zeldb_set_ncsi_id_by_slotNo`",
       "`zeldb_get_ncsi_id_list`, `zeldb_get_ncsi_id_by_slotNo`, `zeldb_get_pci_adapter_list`"}},
     {"PCINetwork",
      kPciNetwork,
-     {"How many ports functions have. A function may be announced more than once: the numbers add up.",
-      kAdapterAgent,
+     {"Numbers of ports of functions. A function may have several rows; their numbers add up.", kAdapterAgent,
       "`zeldb_get_network_info`, `zeldb_get_network_physical_port_list`, "
       "`zeldb_get_all_network_physical_port_list`"}},
     {"PCILogicalPort",
      kPciLogicalPort,
-     {"Logical ports: what an operating system sees of a physical one.", kAdapterAgent,
+     {"Logical ports: the ports that an operating system sees of a physical one.", kAdapterAgent,
       "`zeldb_get_network_logical_port_list`, `zeldb_get_network_logical_port_list2`, "
       "`zeldb_get_all_network_logical_port_list`"}},
     // No index may reorder the rows of a function.
     {"PCIPhysicalPort",
      kPciPhysicalPort,
-     {"Physical ports. Their rows and those of `PCIPhysicalPortStat` are paired by their places.",
+     {"Physical ports. Their rows and those of `PCIPhysicalPortStat` are paired by their position.",
       kAdapterAgent, "`zeldb_get_network_physical_port_list`, `zeldb_get_all_network_physical_port_list`"}},
     {"PCIPhysicalPortStat",
      kPciPhysicalPortStat,
@@ -230,7 +230,7 @@ constexpr Table kTables[] = {
      {"Vital product data of functions and disks. A controller may keep that of its drives in a table "
       "of its own, `DiskHardwareInfo`, with columns `InterfaceTypeId` (5: a drive), `SerialNo` and "
       "`SupplierSN`; the lists of drives then look there.",
-      "`zeldb_insert_or_update_vpd_info`; `zeldb_get_pci_vpd_info`, which completes what is missing "
+      "`zeldb_insert_or_update_vpd_info`; `zeldb_get_pci_vpd_info`, which completes missing texts "
       "from the property store; the controller's inventory of disks",
       "`zeldb_get_pci_vpd_info`, `zeldb_get_pldm_downstream_software_ids` (`L2PartNo`), the lists of "
       "drives (`SerialNo`, `SupplierSN`)"}},

@@ -5,15 +5,15 @@ namespace zel_db {
 namespace {
 
 constexpr const char* kKindOfPlace = "kind of place: 1 slot, 2 backplane bay, 3 M.2 bay, 4 7 mm bay";
-constexpr const char* kReplacement = "number by which it is replaced";
+constexpr const char* kReplacement = "FRU number, for a replacement";
 constexpr const char* kStatusFlags = "status flags of the drive, bits";
 constexpr const char* kWarnings = "warnings, bits; 0: none";
 constexpr const char* kTemperature = "temperature, in degrees Celsius";
 constexpr const char* kLife = "remaining life, in percent";
-constexpr const char* kKnown = "which of these values are known, bits";
+constexpr const char* kKnown = "values that are known, bits";
 
 constexpr Column kDisks[] = {
-    number("RAIDCtrlId", "controller that the disk is behind (`RAIDControllers._id`)"),
+    number("RAIDCtrlId", "controller of the disk (`RAIDControllers._id`)"),
 };
 
 constexpr Column kRaidControllers[] = {
@@ -36,7 +36,7 @@ constexpr Column kAimDisks[] = {
     text("SerialNo", "serial number"),
     text("Model", "model"),
     text("UUID", "unique id"),
-    text("Manufacture", "maker"),
+    text("Manufacture", "manufacturer"),
     text("FwVersion", "version of its firmware"),
     text("Capacity", "capacity, a text such as `960GB` or `3.84TB` (decimal units)"),
     number_or_zero("SFlags", kStatusFlags),
@@ -50,14 +50,14 @@ constexpr Column kAimDisks[] = {
 constexpr Column kNvmeDrives[] = {
     number("Location", kKindOfPlace),
     number("SlotNo", "number of its place"),
-    number("CtrlSlot", "slot of the controller that it is behind"),
+    number("CtrlSlot", "slot of its controller"),
     unsigned64("Capacity", "capacity, in bytes"),
     text("FruNo", kReplacement),
     text("PartNo", "part number"),
     text("SupplierSN", "serial number"),
     text("Model", "model"),
     text("UUID", "unique id"),
-    text("Manufacture", "maker"),
+    text("Manufacture", "manufacturer"),
     text("FwVer", "version of its firmware"),
     number_or_zero("SFlags", kStatusFlags),
     number_or_zero("Warning", kWarnings),
@@ -77,7 +77,7 @@ constexpr Column kSensorSlotMap[] = {
 constexpr Table kTables[] = {
     {"Disks",
      kDisks,
-     {"Which disks are behind which controller.", "the controller's RAID service, which is not part of zeldb",
+     {"The disks of each RAID controller.", "the controller's RAID service, which is not part of zeldb",
       "`zeldb_get_pldm_downstream_software_ids`"}},
     {"RAIDControllers",
      kRaidControllers,
@@ -85,7 +85,7 @@ constexpr Table kTables[] = {
       "`zeldb_get_pldm_downstream_software_ids`"}},
     {"AimDisks",
      kAimDisks,
-     {"Drives. What this table does not hold, such as form factor and health, the lists of drives add.",
+     {"Drives. The lists of drives add data that this table does not hold, such as form factor and health.",
       "`zeldb_add_update_nvme_aim_disk`, `zeldb_update_aim_disk_presence`, "
       "`zeldb_update_aim_disk_vpd_info`, `zeldb_update_aim_disk_smart_info`, "
       "`zeldb_update_aim_disk_ctrl_type`, the services that watch drives",
@@ -93,7 +93,7 @@ constexpr Table kTables[] = {
       "`zeldb_get_nvme_aim_disk`"}},
     {"NVMeDrives",
      kNvmeDrives,
-     {"NVMe drives that their management interface tells about. Where a place is in both tables, the "
+     {"NVMe drives that report through their management interface. If a place is in both tables, the "
       "lists take one of them.",
       "the controller's NVMe service; `zeldb_update_nvme_disk_firmware_version` (`FwVer`)",
       "`zeldb_get_nvme_disk_list_from_mi_filter`, `zeldb_get_mv_disk_list`, `zeldb_get_7mm_disk_list`, "
@@ -101,7 +101,7 @@ constexpr Table kTables[] = {
       "`zeldb_get_disk_list_funkey`"}},
     {"SensorSlotMap",
      kSensorSlotMap,
-     {"Which sensor stands for which drive. Of several rows for a drive the last one counts.",
+     {"The sensor of each drive. Of several rows for a drive the last one counts.",
       "the controller's sensor service, which is not part of zeldb", "all lists of drives"}},
 };
 

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * What the machine is, by model.
+ * Tells models of machines apart.
  */
 #ifndef PLATFORM_PREDICATES_H
 #define PLATFORM_PREDICATES_H
