@@ -11,30 +11,30 @@ constexpr const char* kHead =
     R"(<!-- Written by scripts/docs from the tables in cli/redfish: change it there. -->
 # Redfish
 
-`zeldb redfish FOLDER` writes the inventory as a tree of Redfish resources, a folder with an `index.json` for each. Here
-stands which property comes from which column: for those who read the tree, and for services that show the inventory
-themselves. The columns are those of the records in `include/zeldb` and, with their meaning, of [tables.md](tables.md);
-the properties are those of the DMTF's schemas, version 2025.4.
+`zeldb redfish FOLDER` writes the inventory as a tree of Redfish resources, a folder with an `index.json` for each. This
+page lists the column of each property, for readers of the tree and for services that show the inventory themselves.
+The columns are those of the records in `include/zeldb` and, with their meaning, of [tables.md](tables.md); the
+properties are those of the DMTF's schemas, version 2025.4.
 
 ## How the tree is served
 
-Any web server does that gives `index.json` for a folder, and so do the DMTF's mockup servers. It is read-only: no
-session, no action, no event. A setting is changed with `zeldb pending --set`.
+Any web server that returns `index.json` for a folder can serve it, as can the DMTF's mockup servers. It is read-only:
+no session, no action, no event. A setting is changed with `zeldb pending --set`.
 
 ## Rules for all resources
 
-- What is not known is `null`: an empty text, `N/A`, `Unknown`, `None` and the like, and a number, code or text that the
-  schema does not take. A record cannot tell a NULL column from 0 or an empty text: where 0 is not a possible value,
-  "0: null" says so below.
-- A property is left out if it does not apply to this kind of part, and where the schema knows no null.
+- Unknown values are `null`: an empty text, `N/A`, `Unknown`, `None` and the like, and a number, code or text that the
+  schema does not take. A record does not distinguish a NULL column from 0 or an empty text: if 0 is not a possible
+  value, the table says "0: null".
+- A property is left out if it does not apply to this kind of part, or if the schema knows no null.
 - Four columns of a PCI function have fallbacks when they are NULL: `LanesInUse` 4, `MaxLanes` 16, `MaxPCIeType` 4,
   `PCIeType` 3. Such a value may be true or made up.
 - Ids are made of keys or names: letters, digits and hyphens; of equal ones all but the first are numbered. They stay the
-  same as long as the part is called the same. A name that is not known is the id.
+  same as long as the part keeps its name. The id stands for an unknown name.
 - A drive without a sensor has the health 2, `OK`.
 - With `--mask`, serial numbers are words such as `serial-0001`; addresses and UUIDs keep their form and are numbered.
 - Settings that hold secrets have the type `Password` and no value.
-- Every link leads to a resource of the tree, and what it leads to links back where the schema has a property for it.
+- Every link leads to a resource of the tree, which links back if the schema has a property for it.
 )";
 
 // Escapes bars, which would end the cell.

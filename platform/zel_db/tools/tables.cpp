@@ -18,16 +18,16 @@ constexpr const char* kIntroduction =
 
 The inventory is the database `dmdb`, the property store the database `propertiesdb`. `zeldb init` makes both.
 
-- Each table but `ZeldbSchema` has a column `_id`, by which rows are known: a number from 1 on that is never given
-  out twice, or what the writer chooses; in `PCIs` that is the function's key where writers follow the samples. Rows that
+- Each table but `ZeldbSchema` has a column `_id` that identifies rows: a number from 1 on that is never given out
+  twice, or one that the writer chooses; in `PCIs` it is the function's key if writers follow the samples. Rows that
   are read without an order come in the order of `_id`.
-- Any column may be NULL, which is also the default where no other one is given. A reader of the library takes NULL
+- Any column may be NULL, which is also the default unless another one is given. A reader of the library takes NULL
   for 0 or an empty text unless its header says otherwise.
-- The library carries numbers from their writers to their readers and converts none, but where it says so: units and
-  codes are those of the writers. Many are SMBIOS codes, named so here.
+- The library carries numbers from their writers to their readers and converts none, except as noted: units and codes
+  are those of the writers. Many are SMBIOS codes, named so here.
 - Texts are bytes, compared byte by byte; a longer one than the column's size is refused. An index covers one column.
 - "Written by" and "read by" name the exported functions (`include/zeldb`). The record helpers of `zeldb/db.h` and
-  `zeldb load` write to any table; an SQL condition that a caller hands in reads what it names.
+  `zeldb load` write to any table; an SQL condition of a caller reads the tables that it names.
 
 | Type | SQLite | MariaDB |
 |---|---|---|
