@@ -58,7 +58,7 @@ def make_thousand(scene):
     scene.run(["bench_work", "store", "1000"])
 
 
-# Where things are laid in memory differs from run to run, code may grow a little, and now and then the library looks
+# Addresses in memory differ from run to run, code may grow a little, and now and then the library looks
 # whether a file has changed.
 SLACK = {"instructions": (0.02, 0), "system": (0.02, 3), "memory": (0.1, 0), "size": (0.02, 0), "relocations": (0.02, 0),
          "allocations": (0.02, 3)}

@@ -20,7 +20,7 @@ class Scene:
         self.folder = pathlib.Path(tempfile.mkdtemp())
         self.environment = {**os.environ, "ZEL_DB_URL": f"sqlite://{self.folder}", "ZEL_PLATFORM_DIR": str(SAMPLES),
                             "VREL_LOG": "/dev/null", "LC_ALL": "C.UTF-8",
-                            # Where the C library chooses by the processor, counts would differ with it.
+                            # The C library must not choose functions by the processor: counts would differ.
                             "GLIBC_TUNABLES": "glibc.cpu.hwcaps=-AVX,-AVX2,-AVX512F,-AVX512VL,-ERMS,-FSRM"}
 
     def __enter__(self):

@@ -106,8 +106,8 @@ class InPlace {
   std::string before_;
 };
 
-// What the works need. On SQLite each contender has files of its own, so that none finds its cache stale for
-// what another one wrote.
+// Databases and input of the works. On SQLite each contender has files of its own: writes of another one
+// would make its cache stale.
 class Scene {
  public:
   explicit Scene(std::string folder);

@@ -9,7 +9,7 @@
 
 namespace zeldb::cli {
 
-// Firmware of anything. What is in no slot or bay has these numbers.
+// Firmware of anything. A device in no slot or bay has these numbers.
 constexpr uint8_t kNoLocation = 0xFF;
 constexpr uint16_t kNoSlot = 0xFFFF;
 struct FirmwareRow {

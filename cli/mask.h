@@ -30,7 +30,7 @@ struct Unmasked {
 };
 std::span<const Unmasked> unmasked_columns();
 
-// What --mask does, for help texts.
+// The description of --mask for help texts.
 constexpr const char* kMaskHelp =
     "Replace serial numbers, UUIDs, asset tags, addresses, values of text settings, and all texts "
     "that zeldb columns --unmasked does not list; equal values get the same word";

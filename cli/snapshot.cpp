@@ -71,7 +71,7 @@ std::optional<int64_t> time_in(const SqliteFile& inventory) {
   return time.step() ? std::optional(time.number(0)) : std::nullopt;
 }
 
-// What the export lacks stays NULL or empty: an older zeldb knew fewer tables and columns.
+// Tables and columns that the export lacks stay empty or NULL: an older zeldb knew fewer tables and columns.
 void copy_table(const SqliteFile& inventory, const InventoryTable& table) {
   if (!has_table(inventory, table.name)) return;
   SqliteStatement known = inventory.prepare("SELECT name FROM pragma_table_info(?, 'export')");

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# What `cmake --install` puts where, but for what man/ makes. What is installed finds its parts from where it stands,
-# so that the whole may be moved.
+# The rules of `cmake --install`, except those of man/. Installed files find each other by relative paths, so that the
+# whole may be moved.
 include(CMakePackageConfigHelpers)
 set(ZELDB_SYSTEMD_UNIT_DIR lib/systemd/system CACHE STRING "Where units are installed")
 

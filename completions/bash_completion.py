@@ -10,7 +10,7 @@ import mdoc  # noqa: E402
 
 FILES = "<file>"
 COLUMNS = "<columns>"
-# What the inventory is asked for; the template knows how.
+# Kinds of words that come from the inventory; the template knows how to read them.
 INVENTORY = {"SLOT": "<slots>", "PLACE": "<places>", "KEY": "<functions>", "ID": "<settings>", "ID=VALUE": "<settings>="}
 ADAPTERS = "<adapters>"
 

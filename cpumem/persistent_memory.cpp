@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What persistent-memory modules report about themselves: stored as it comes, and shown as text.
+// Reports of persistent-memory modules: stored unchanged, and shown as text.
 #include <cstdio>
 
 #include "db/code_text.h"

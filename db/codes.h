@@ -27,7 +27,7 @@ inline Filter<128> own_controllers() {
                      kMakerSubVendorId, kDevice, kOtherDevice);
 }
 
-// Where the property store keeps the product data of the GPUs in slots.
+// The path in the property store of the product data of the GPUs in slots.
 inline constexpr const char* kGpuSlots = "/ac/ovrc/dm/planar/0/gpu_pci_slot";
 
 // Whether such a text is missing in a table.

@@ -107,7 +107,7 @@ int read_one(_zel_db_handle_t* handle, const Select& select, Read read) {
 
 enum class Next { Keep, Skip };
 
-// What becomes of the rows read before a step failed.
+// The fate of the rows read before a step failed.
 enum class OnError { Discard, PublishAndFail, PublishAndSucceed };
 
 struct ListRules {

@@ -34,7 +34,7 @@ constexpr auto kFields = field_table(
 
 constexpr int kPendingActivation = 2;
 
-// What the property store keeps of a slot's GPU.
+// The data of a slot's GPU in the property store.
 constexpr struct {
   Field field;
   const char* item;

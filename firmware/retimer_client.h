@@ -9,7 +9,7 @@
 
 namespace zeldb {
 
-// Where the retimer configuration proxy is, and how long it may take.
+// The address of the retimer configuration proxy, and its time limits.
 struct RetimerEndpoint {
   const char* socket_path;
   std::chrono::milliseconds reply_timeout;    // for the proxy to take the request, and for its reply to begin
@@ -31,7 +31,7 @@ class RetimerClient {
   int progress(uint32_t slot, retimer_fw_progress_t& progress) const;
 
  private:
-  // Where an exchange ended. A failed step is reported as its complement.
+  // The step in which an exchange ended. A failed step is reported as its complement.
   enum class Step { Reply, Socket, Connect, Write, Wait, Timeout, Done };
 
   Step exchange(const retimer_fw_req_t& request, int32_t& result) const;

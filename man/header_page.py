@@ -53,7 +53,7 @@ def section(title, groups):
     lines = []
     for group in groups:
         lines += group_lines(group) if group.declarations else introduction(group)
-    # Nothing is to be set apart right behind a heading.
+    # Nothing is to be set apart right after a heading.
     kept = [line for i, line in enumerate(lines) if not (line == ".Pp" and (i == 0 or lines[i - 1].startswith(".Ss")))]
     return [".Sh " + title, *kept]
 

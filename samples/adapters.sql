@@ -76,7 +76,7 @@ INSERT INTO PCIGPUChip (PCIFuncKey, GPUChipName, GPUChipManufacturer, GPUChipMod
   (21692416, 'GA107', 'NVIDIA', 'A2', '900-2G179', 'A2-16', '1652022000001', 'Ampere', 'GPU-0001', '21', 0, 10, 100, 1770, 64, 128),
   (23396352, 'AD104', 'NVIDIA', 'L4', '900-2G193', 'L4-24', '1652022000002', 'Ada Lovelace', 'GPU-0002', '21', 0, 58, 100, 2040, 64, 192);
 
--- What slot 3 lacks is published in the property store (properties.sql) and completed on the first read; slot 4 has
+-- The property store (properties.sql) has the data that slot 3 lacks, and the first read completes them; slot 4 has
 -- everything.
 UPDATE PCIs SET HardwareId = FunKey, HardwareTypeId = 3 WHERE Location = 1;
 INSERT INTO VPDs (HardwareId, HardwareTypeId, Location, SlotNo, UUID, ProductName, Manufacture, SerialNo, PartNo, Model,

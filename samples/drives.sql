@@ -14,7 +14,7 @@ INSERT INTO PCIs (_id, FunKey, DevKey, NodeIndex, SlotNo, SegNo, BusNo, DeviceNo
   (42270720, 42270720, 131074, 0, 2, 2, 133, 0, 0, 2, 5197, 43018, 5197, 43027, 67586, 1),
   (42336256, 42336256, 131075, 0, 3, 2, 134, 0, 0, 2, 5197, 43018, 5197, 43027, 67586, 1);
 
--- Those that answer over their management interface.
+-- Drives that answer over their management interface.
 INSERT INTO NVMeDrives (Location, SlotNo, CtrlSlot, Capacity, FruNo, PartNo, SupplierSN, Model, UUID, Manufacture, FwVer,
   SFlags, Warning, Temperature, RemainLife, InfoMask) VALUES
   (3, 0, 6, 512110190592, '02JG548', 'MZVL2512HCJQ', 'S6EXNE0R300123', 'SAMSUNG MZVL2512HCJQ',

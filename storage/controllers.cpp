@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Which storage controllers the system board has, and which function a drive sits on.
+// The storage controllers of the system board, and the function of a drive.
 #include <algorithm>
 #include <cstring>
 #include <new>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the services that watch drives write about them.
+// The writes of the services that watch drives.
 #include <cstring>
 
 #include "db/field.h"

@@ -97,7 +97,7 @@ struct Mebibytes {
 
 struct Uuid {
   static constexpr const char* kNote =
-      "32 hexadecimal digits: hyphens behind the 8th, 12th, 16th and 20th; another form: null";
+      "32 hexadecimal digits: hyphens after the 8th, 12th, 16th and 20th; another form: null";
   static Json of(const Machine& machine, std::string_view column, const std::string& text);
 };
 

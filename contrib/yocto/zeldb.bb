@@ -33,7 +33,7 @@ EXTRA_OECMAKE = "\
 SYSTEMD_SERVICE:${PN} = "ucm-parser.service zeldb-scan.timer"
 SYSTEMD_AUTO_ENABLE = "disable"
 
-# Whose the inventory is; members of the group may read it.
+# The owner of the inventory; members of the group may read it.
 USERADD_PACKAGES = "${PN}"
 USERADD_PARAM:${PN} = "--system --user-group --no-create-home --home-dir /var/lib/zeldb --shell /sbin/nologin zeldb"
 

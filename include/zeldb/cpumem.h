@@ -131,7 +131,7 @@ ZELDB_OFFSET(_ZELDB_Memory, CPUIndex, 500);
 ZELDB_OFFSET(_ZELDB_Memory, FirmwareVersion, 516);
 ZELDB_OFFSET(_ZELDB_Memory, MajorHealth, 646);
 
-/* What zeldb_update_dcpmm_smart_info stores; not to be combined. */
+/* Kinds of data for zeldb_update_dcpmm_smart_info; not to be combined. */
 enum { ZELDB_DCPMM_HEALTH = 1, ZELDB_DCPMM_SECURITY = 2, ZELDB_DCPMM_FIPS = 4 };
 
 ZELDB_BEGIN_DECLS

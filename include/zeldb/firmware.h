@@ -160,15 +160,16 @@ ZELDB_BEGIN_DECLS
 
 /* All components. */
 ZELDB_API int zeldb_get_pldm_firmware_list(_ZELDB_PldmFirmware_List* list);
-/* Those that filter, an SQL condition, selects; null selects all. */
+/* Components that filter, an SQL condition, selects; null selects all. */
 ZELDB_API int zeldb_get_filtered_pldm_firmware_list(_ZELDB_PldmFirmware_List* list, const char* filter);
-/* Those with an update that waits for its activation. */
+/* Components with an update that waits for its activation. */
 ZELDB_API int zeldb_get_pldm_firmware_pending_list(_ZELDB_PldmFirmware_List* list);
-/* Those that have been through an update, and of these the ones where it failed or succeeded. */
+/* Components that have been through an update, and of these the ones whose update failed or succeeded. */
 ZELDB_API int zeldb_get_pldm_firmware_updated_list(_ZELDB_PldmFirmware_List* list);
 ZELDB_API int zeldb_get_pldm_firmware_update_failure_list(_ZELDB_PldmFirmware_List* list);
 ZELDB_API int zeldb_get_pldm_firmware_update_success_list(_ZELDB_PldmFirmware_List* list);
-/* Those of the system vendor's own storage controllers (PCI vendor 0x1B4B, devices 0x9230 and 0x2241). */
+/* Components of the system vendor's own storage controllers (PCI vendor 0x1B4B, devices 0x9230 and 0x2241).
+ */
 ZELDB_API int zeldb_get_pldm_firmware_marvell_ctrl_list(_ZELDB_PldmFirmware_List* list);
 
 /* The component of a slot, or of one device in it when neither bus nor device is negative. Of two components
@@ -221,7 +222,7 @@ ZELDB_API int zeldb_get_firmware_version(int hardwareId, char* buffer, int size)
  * or else it is inserted, unless onlyUpdate is not 0. adapterKey is a PCI key as zeldb_get_pci_funkey_list
  * takes it, whose failures are returned. A function whose hardware id cannot be found is left out; when it is
  * the adapter's last one, that status is returned. The first write that fails ends the call with its status.
- * What is inserted, left out or fails is logged. All texts of the images but ClassificationText are
+ * Inserts, omissions and failures are logged. All texts of the images but ClassificationText are
  * terminated in the list itself. */
 ZELDB_API int zeldb_update_adapter_firmware_list(int adapterKey, _ZELDB_AdapterFirmware_List* list,
                                                  int onlyUpdate);

@@ -315,7 +315,7 @@ ZELDB_API int zeldb_get_pci_id_by_funkey(int funKey, uint16_t* vendor, uint16_t*
  * cannot be read gives the status of that read and an empty text. */
 ZELDB_API int zeldb_get_pci_cardname_by_funkey(unsigned int funKey, char* buffer, int size);
 
-/* What the inventory knows of one function. */
+/* The data of one function. */
 ZELDB_API int zeldb_get_pci_generic_info(unsigned int funKey, _ZELDB_PCI_Generic_Info* record);
 
 /* The functions that filter, an SQL condition, selects; null selects all. The list is not zeroed first: a
@@ -389,10 +389,10 @@ extern ZELDB_API unsigned char is_amd_platform;
 /* is_amd_platform, determined on the first call. */
 ZELDB_API unsigned char zeldb_is_amd(void);
 
-/* How many bits of a PCI segment number the platform uses, 0 to 3: 0 on AMD platforms; else what
- * zeldb_set_pci_seg_bits stored; else, where probe is not 0, what the processor tells over PECI, or 0xFF when
- * it does not (after three attempts of a second each); else 0. What is
- * missing is noted in syslog. */
+/* The number of bits of a PCI segment number that the platform uses, 0 to 3: 0 on AMD platforms; else the
+ * value that zeldb_set_pci_seg_bits stored; else, if probe is not 0, the processor's answer over PECI, or
+ * 0xFF without one (after three attempts of a second each); else 0. A missing value or answer is noted in
+ * syslog. */
 ZELDB_API unsigned char zeldb_get_pci_seg_bits(int probe);
 /* Determines the segment bits over PECI, or else from the segments in PCIAdapter, stores them in the
  * configuration of the adapter inventory and returns them. On AMD platforms 0, and nothing is stored. Noted

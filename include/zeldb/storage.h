@@ -86,10 +86,11 @@ ZELDB_BEGIN_DECLS
 /* ---- Identity of a drive. No database; the functions below return what their comments say. ---- */
 
 /* Fills FruNo, PartNo, SerialNo, Model, Manufacture and Capacity of a record from the image of an NVMe
- * drive's vital product data, and leaves the other fields alone; BayNo names the drive in the log. What the
- * image does not say stays as it was: the record should start zeroed. Returns 0, or -1 for a null argument,
- * an image of fewer than 256 bytes, an unknown layout, or a product area at 0. Bytes from len on are never
- * read and count as 0. One line to syslog for each drive of the standard layout and for each refused image.
+ * drive's vital product data, and leaves the other fields alone; BayNo names the drive in the log. Fields
+ * that the image lacks stay as they were: the record should start zeroed. Returns 0, or -1 for a null
+ * argument, an image of fewer than 256 bytes, an unknown layout, or a product area at 0. Bytes from len on
+ * are never read and count as 0. One line to syslog for each drive of the standard layout and for each
+ * refused image.
  */
 ZELDB_API int32_t parse_nvme_drive_vpd(const uint8_t* image, uint32_t len, aim_disk_info_t* out);
 

@@ -132,7 +132,7 @@ ZELDB_END_DECLS
  * empty one. The value is pasted as it stands. Empty when memory is short. */
 ZELDB_API std::string get_sql_str(const char* column, const unsigned char* value);
 
-/* Whether the regular file can be opened for reading. What is no regular file is not opened. */
+/* Whether the regular file can be opened for reading. Anything other than a regular file is not opened. */
 ZELDB_API bool fileexist(const std::string& path);
 
 #endif

@@ -19,7 +19,7 @@ constexpr const char* kFile = "bios.json";
 
 enum Status { kDone, kNotInitialized, kInvalidArgument, kUnknown, kNoValue, kFileFailed, kFailed };
 
-// What was handed out since the client was initialised.
+// Everything that was handed out since the client was initialised.
 struct Session {
   Bios bios;
   std::vector<char*> names;

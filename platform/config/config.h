@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The JSON files of the platform directory (ZEL_PLATFORM_DIR, by default /var/lib/zeldb). What is wrong with
-// a file is one line in the log, which names the file and the place in it.
+// The JSON files of the platform directory (ZEL_PLATFORM_DIR, by default /var/lib/zeldb). A fault
+// in a file is one line in the log, which names the file and the place in it.
 #ifndef ZEL_PLATFORM_CONFIG_CONFIG_H
 #define ZEL_PLATFORM_CONFIG_CONFIG_H
 

@@ -70,7 +70,7 @@ bool _zel_db_handle_t::batch_survives() const {
   return !connection.is_lost() && connection.in_transaction();
 }
 
-// What is no failure of the statement itself may be over when it stands for itself.
+// A failure that is not of the statement itself may be over when the statement is run again by itself.
 int _zel_db_handle_t::execute_in_batch(const StatementKey& key, std::unique_ptr<Result>* rows,
                                        Outcome* outcome) {
   if (batch_ == Batch::Open) {

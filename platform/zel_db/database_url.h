@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Where the databases are, in one line of text (percent-decoded):
+// The place of the databases, in one line of text (percent-decoded):
 //   sqlite:///DIRECTORY or sqlite:///FILE
 //   mariadb://[USER[:PASSWORD]@]HOST[:PORT][,HOST2...]/?OPTION=VALUE&...
 #ifndef ZEL_DB_DATABASE_URL_H

@@ -37,7 +37,7 @@ TEST_P(LoadByName, ServesAClientInC) {
 
 ZELDB_ON_EVERY_ENGINE(LoadByName);
 
-// Who starts a program with more rights than his own does not choose what it reads, nor what it writes.
+// A user who starts a program with more rights does not choose what it reads, nor what it writes.
 TEST(ChangedPrivileges, TakeTheEnvironmentsMeaning) {
   namespace fs = std::filesystem;
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a program away";

@@ -65,7 +65,7 @@ TEST_F(Cli, InitCreatesPrivateFilesAndKeepsWhatIsThere) {
   expect_error(load("INSERT INTO PCIs (FunKey) VALUES (7);"), 1, {"statement 1"});
 }
 
-// What stands before the client library in the linker's search is none.
+// The linker finds a file that is no library before the client library.
 TEST_F(Cli, AServerNeedsItsClientLibraryAndAFileDoesNot) {
   ASSERT_EQ(zeldb({"init"}).exit_status, 0);
   std::ofstream(folder_ / "libmariadb.so.3") << std::flush;
@@ -127,7 +127,7 @@ TEST_F(Cli, WrongUseIsOneLineAndExitStatus2) {
   EXPECT_FALSE(fs::exists(database()));
 }
 
-// Whatever is far from all words has no suggestion.
+// A word that is far from all others has no suggestion.
 TEST_F(Cli, SuggestsWhatIsMeantAlone) {
   for (const char* word : {"frobnicate", "-", "x", "slotsandports"})
     EXPECT_EQ(zeldb({word}).err.find("did you mean"), std::string::npos) << word;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What stands between the rows and the eye: terminals, colours, pipes, and texts that are not what they
+// The display of rows: terminals, colours, pipes, and texts that are not what they
 // should be.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -114,7 +114,7 @@ const struct {
     {"zeldb_vroc_enabled", "platform"},
 };
 
-// Those that write, and those that help services with statements of their own.
+// Functions that write, and functions that help services with statements of their own.
 const std::set<std::string> kOthers = {
     "delete_db_record",
     "dpu_clear_logs_by_slot",

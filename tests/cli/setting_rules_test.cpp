@@ -9,7 +9,7 @@
 namespace zeldb::cli {
 namespace {
 
-// What a setting is made of, under whichever names its type has for it.
+// The parts of a setting, under the names that its type has for them.
 struct Case {
   uint32_t type;
   int64_t lowest;

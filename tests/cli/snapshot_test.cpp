@@ -103,7 +103,7 @@ TEST_P(Snapshot, ShowsWhatTheControllerShows) {
                     "SELECT hex(propValue), propValue IS NULL FROM propertiesDCTbl "
                     "WHERE propName IN ('/blob', '/null')"),
             "00FF0080270A,0;,1");
-  // What is no JSON may hold anything, and is of no use.
+  // A file that is no JSON may hold anything, and is of no use.
   EXPECT_EQ(text_of(file_, "SELECT Name, hex(Content) FROM ZeldbFiles WHERE Name='bios.json'"), "bios.json,");
 
   const auto commands = commands_of_views();
@@ -214,7 +214,7 @@ std::set<std::string> names_in_folder(const fs::path& folder) {
   return names;
 }
 
-// Whatever ends it: no room for the file, or a signal while it is being written.
+// Two ends of an export: no room for the file, or a signal while it is being written.
 TEST_P(Snapshot, LeavesNothingWhenItEnds) {
   const fs::path to = folder_ / "to";
   fs::create_directory(to);
@@ -365,7 +365,7 @@ TEST_P(Snapshot, MasksAllButWhatIsListed) {
   const std::string content = content_of(file_);
   for (const auto& [word, column] : columns)
     EXPECT_EQ(content.find(word) != std::string::npos, listed.contains(column)) << column;
-  // The end of a text stays, what stood behind it does not.
+  // The end of a text stays, the bytes after it do not.
   EXPECT_EQ(text_of(file_,
                     "SELECT length(propValue), hex(propValue) LIKE '%00' FROM propertiesDCTbl WHERE "
                     "propName='/gpu/uuid'"),

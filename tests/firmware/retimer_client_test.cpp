@@ -33,7 +33,7 @@ bool select_fails = false;
 std::string folder;  // takes the place of /tmp; calls are then noted
 Texts calls;
 
-// Where the path leads.
+// Notes a call. Returns its path in the test's folder.
 std::string noted(const std::string& call, const std::string& path = {}) {
   if (!folder.empty()) calls.push_back(call + path);
   return folder.empty() || path.empty() ? path : folder + path.substr(4);
@@ -268,7 +268,7 @@ TEST_F(Retimer, ExportedFunctions) {
         "14 retimer_get_fw_update_progress, " + failed + " update progress file failed\n\n";
     EXPECT_EQ(libc().syslogs, failed.empty() ? Texts() : Texts{line});
   }
-  // What somebody may put in the file's place is not opened: a pipe would hang, a link may lead anywhere.
+  // Anything else in the file's place is not opened: a pipe would hang, a link may lead anywhere.
   const std::string state = folder_ + "/.rt_upd_state";
   const std::string moved = folder_ + "/moved";
   fs::rename(state, moved);

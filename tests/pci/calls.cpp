@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the transcripts call.
+// The functions that the transcripts call.
 #include <map>
 #include <string>
 

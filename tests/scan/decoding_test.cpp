@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What devices and firmware wrote, also when it is damaged.
+// Decoders of data from devices and firmware, also of damaged data.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -236,7 +236,7 @@ TEST(ScanMachine, GivesNothingOfWhatItCannotRead) {
   EXPECT_FALSE(machine.trouble("sys/hex/inside"));
   EXPECT_EQ(machine.trouble_in("sys"), "sys/loop: Too many levels of symbolic links");
   EXPECT_EQ(machine.trouble("sys/outside"), "leads out of the folder");
-  // What the owner may not read, root reads all the same; the kernel asks for the user behind root.
+  // Root reads files that their owner may not read; the kernel asks for the real user.
   fs::permissions(scratch.folder, fs::perms::all);
   const std::string vpd = "sys/bus/pci/devices/0000:00:01.0/vpd";
   fs::permissions(root / vpd, fs::perms::none);

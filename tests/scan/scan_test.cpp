@@ -213,7 +213,7 @@ TEST_P(Scan, TakesFaultsBackAndKeepsSlotsThatAreHidden) {
             std::string::npos)
       << hidden.err;
   EXPECT_EQ(database.text(keys), before);
-  // Where functions were is unknown once no scan has noted it.
+  // The earlier places of functions are unknown if no scan has noted them.
   database.run("DELETE FROM ScannedRows");
   fs::remove(root() / "sys/firmware/dmi/tables/DMI");
   fs::create_symlink("/dev/null", root() / "sys/firmware/dmi/tables/DMI");
@@ -315,7 +315,7 @@ TEST_P(Scan, MayBeKilledAtAnyMoment) {
   EXPECT_EQ(scan().out, "");
   EXPECT_NE(database.text("SELECT count(*) FROM Processor"), "0");
   left.erase("0");
-  left.erase(database.text(count));  // killed behind its last write
+  left.erase(database.text(count));  // killed after its last write
   EXPECT_TRUE(left.empty()) << testing::PrintToString(left);
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What other tools tell of a machine, of this one and of recorded ones: every field that they and a scan tell
-// agrees.
+// Other tools, on this machine and on recorded ones: every field that they and a scan report agrees.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -52,7 +51,7 @@ std::vector<Fields> blocks_of(const std::string& text) {
   return blocks;
 }
 
-// What a field of theirs is in the scan's form; empty where it tells nothing.
+// The number of a field of theirs in the scan's form; empty if it has none.
 std::string number(const std::string& text) {
   const size_t end = text.find_first_not_of("0123456789");
   return text.substr(0, end);
@@ -242,7 +241,7 @@ TEST_P(ScanTools, ListTheSameDrives) {
 
 TEST_P(ScanTools, DecodeTheSameStructures) {
   if (is_recorded) {
-    // An entry point, and the table behind it.
+    // An entry point, and the table after it.
     std::string entry = std::string("_SM3_\0\x18\x03\x07\0\x01\0\0\0\x10\0\x20", 17) + std::string(15, '\0');
     for (size_t at = 0; at < entry.size(); ++at)
       if (at != 5) entry[5] = static_cast<char>(entry[5] - entry[at]);

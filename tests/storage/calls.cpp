@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the transcripts call.
+// The functions that the transcripts call.
 #include <cstdio>
 #include <cstring>
 
@@ -26,7 +26,7 @@ int controllers(Buffer* to, uint32_t* count) {
   return status;
 }
 
-// What the functions for texts of a drive make of it.
+// The results of the functions for texts of a drive.
 void drive_texts(Buffer* text, aim_disk_info_t* disk) {
   int date[3] = {};
   const auto* const bytes = reinterpret_cast<const uint8_t*>(disk->Model);

@@ -211,7 +211,7 @@ int open(const char* path, int flags, ...) {
   });
 }
 
-// What a fortified program calls instead.
+// A fortified program calls this instead.
 int __open_2(const char* path, int flags) {
   return open(path, flags, 0);
 }

@@ -42,14 +42,15 @@ struct LibcShim {
 
 LibcShim& libc();
 
-// Whose code runs on this thread while it lives: that of the test and its shims, or that under test.
+// Says whose code runs on this thread while it lives: the code of the test and its shims, or the code under
+// test.
 class Side {
  public:
   explicit Side(bool under_test);
   Side(const Side&) = delete;
   Side& operator=(const Side&) = delete;
   ~Side();
-  // Whose code it was before the last of them.
+  // Whether the code before the last Side was the code under test.
   static bool was_under_test();
 
  private:

@@ -110,7 +110,7 @@ struct Sweep {
             {"count", memory ? allocations : calls}};
   }
 
-  // What a process of its own sees.
+  // The observations of a process of its own.
   json run(const Fault& fault) const {
     int ends[2];
     if (pipe(ends) != 0) return {{"died", "before it began"}};
@@ -140,13 +140,13 @@ struct Sweep {
   }
 };
 
-// What a contract allows, the undisturbed call, and the rows before it.
+// The statuses that a contract allows, the undisturbed call, and the rows before it.
 struct Judge {
   Names allowed;
   json before;
   json after;
 
-  // What is wrong; nothing when all is as it should be.
+  // The fault; empty if there is none.
   std::string verdict(const json& run, Of of) const {
     if (run.contains("died")) return "ended by " + std::string(run["died"]);
     std::string wrong = run["alive"];

@@ -195,7 +195,7 @@ class Transcript : public testing::TestWithParam<std::tuple<std::string, Engine>
     return skipped_ ? Seen() : function(words);
   }
 
-  // What was asked, written, slept and logged since the last time.
+  // The queries, writes, sleeps and log lines since the last call.
   std::string told() {
     std::string all;
     for (const Call& made : shim().calls()) all += told(made);

@@ -20,7 +20,7 @@
 // Arguments: numbers, texts and null stand for themselves, "-" for the record, a list or a buffer, "new" for
 // the record after it was cleared. What is given has the name of its parameter. Fields that are 0 or empty
 // are not shown; <200 x> is a run of 200 x. In brackets: the columns of a query, the first time, the capacity
-// of a raw query, the rows that were written; behind an arrow: a status that is not 0.
+// of a raw query, the rows that were written; after an arrow: a status that is not 0.
 #ifndef TESTS_SUPPORT_TRANSCRIPT_H
 #define TESTS_SUPPORT_TRANSCRIPT_H
 
@@ -83,7 +83,7 @@ concept List = requires(T list) {
   list.Items;
 };
 
-// What a word stands for, as a parameter of that type.
+// The value of a word, as a parameter of that type.
 template <typename T>
 struct Argument {
   explicit Argument(std::string text) : word(std::move(text)) {}
@@ -206,7 +206,7 @@ auto into_buffer(Key key, Buffer* to, Size size) {
   return function(key, to != nullptr ? *to : nullptr, size);
 }
 
-// What a test program plays.
+// The transcripts of a test program.
 struct Family {
   const char* folder;
   Calls calls;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What else happens while the parser stores a hundred settings in batches: the outcome is that of storing one
-// after the other.
+// Faults while the parser stores a hundred settings in batches: the outcome is that of storing one after the
+// other.
 #include <nlohmann/json.hpp>
 #include <sys/resource.h>
 

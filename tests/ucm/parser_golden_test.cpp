@@ -182,7 +182,7 @@ std::string text_of(const Seen& seen, const fs::path& folder) {
 // The parser on an engine and an input.
 class ParserRuns : public testing::TestWithParam<std::tuple<Engine, std::string>> {
  protected:
-  // What all runs of an input come to.
+  // The outcome of all runs of an input.
   std::string story(const json& input) {
     std::string text;
     std::vector<std::string> before(std::size(kTables));

@@ -36,7 +36,7 @@ struct Token {
   bool is(char symbol) const { return kind == Kind::Symbol && *start == symbol; }
   bool is(std::string_view word) const;  // a word, in letters of either case
   bool is_comparison() const { return is('=') || is('<') || is('>') || is('!'); }
-  // What a word or name refers to, empty for anything else.
+  // The name that a word or quoted name stands for; empty for anything else.
   std::string_view name() const;
   const char* begin() const { return start; }
   const char* end() const { return start + size; }

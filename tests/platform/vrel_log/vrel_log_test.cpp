@@ -17,7 +17,7 @@ namespace {
 
 std::string syslogs;
 
-// What the work writes to the log file.
+// The lines that the work writes to the log file.
 template <class Work>
 std::string logged(Work work) {
   const std::string path = testing::TempDir() + "vrel_log_test." + std::to_string(getpid());

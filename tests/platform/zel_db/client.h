@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the tests of table access say often.
+// Helpers for the tests of table access.
 #ifndef TESTS_PLATFORM_ZEL_DB_CLIENT_H
 #define TESTS_PLATFORM_ZEL_DB_CLIENT_H
 

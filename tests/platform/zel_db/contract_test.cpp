@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What table access promises, on every engine.
+// The contract of the table access, on every engine.
 #include <set>
 
 #include "tests/platform/zel_db/client.h"
@@ -131,7 +131,7 @@ TEST_P(Contract, TextsAreBytes) {
   EXPECT_EQ(query(handle, "PCIAdapter", "_id", "CardName like \"ab%\""), "3;5");
 }
 
-// What the accessors make of a column: "!" and the status, the number or the 77 that stood there before, the
+// The results of the accessors of a column: "!" and the status, the number (77 if it was left alone), the
 // text.
 std::string read_all(zel_db_result_t* result, int column) {
   std::string line;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What lasts longer than a call: cached statements, handles, connections, processes.
+// State that outlives a call: cached statements, handles, connections, processes.
 #include <sys/socket.h>
 
 #include <csignal>
@@ -184,7 +184,7 @@ TEST_P(Lifetime, TransactionsHoldOffWritersAndEndWithTheirHandle) {
   EXPECT_EQ(query(other, "PCIAdapter", "SlotNo"), "1;2");
 }
 
-// What undoes a batch is told at its end, and until then nothing fails, waits or connects again.
+// The end of a batch tells why it was undone; until then nothing fails, waits or connects again.
 TEST_P(Lifetime, ABatchIsStoredOrUndoneAsAWhole) {
   _zel_db_handle_t* const handle = get_dmdb_handle(0, nullptr, 0);
   const Client other;

@@ -47,7 +47,7 @@ class MariaDbOutage : public testing::Test {
   static std::string insert(_zel_db_handle_t* handle, int slot) {
     return raw(handle, "insert into PCIAdapter (SlotNo) values (" + std::to_string(slot) + ")");
   }
-  // What the log says since it was last asked for.
+  // The lines of the log since the last call.
   std::string log() const {
     std::string text = content_of(log_);
     std::filesystem::remove(log_);
@@ -238,7 +238,7 @@ TEST_F(MariaDbOutage, TlsPasswordFilesAndRights) {
   in_child([] { return true; });  // leaves no connection here
   EXPECT_EQ(Client(), nullptr);
 
-  // What is written to a server that has gone must not end the process.
+  // A write to a server that has gone must not end the process.
   use(url_of("root@0.0.0.0", authority));
   const Client client;
   EXPECT_EQ(insert(client, 1), "");
@@ -250,7 +250,7 @@ TEST_F(MariaDbOutage, TlsPasswordFilesAndRights) {
   EXPECT_EQ(query(client, "PCIAdapter", "SlotNo"), "1");
 }
 
-// What was acknowledged is on the one server or the other, and what the first one had it still has.
+// Acknowledged rows are on the one server or the other, and the first one keeps its rows.
 TEST_F(MariaDbOutage, TheNextHostTakesOver) {
   const auto host_of = [](MariaDbServer& made) { return "127.0.0.1:" + std::to_string(made.port()); };
   const auto start = [&](MariaDbServer& made) {

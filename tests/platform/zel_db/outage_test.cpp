@@ -43,7 +43,7 @@ class Files : public testing::Test {
     return error;
   }
 
-  // What is wrong, or empty.
+  // The fault of the database, or empty.
   static std::string state() {
     char error[512] = "";
     const int status = zel_db_check(nullptr, "dmdb", error, sizeof error);

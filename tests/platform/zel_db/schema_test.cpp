@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the tables take, and how those of an older program become those of today.
+// The values that tables take, and the upgrade of tables of an older program.
 #include "zel_db/schema.h"
 
 #include <thread>

@@ -113,7 +113,7 @@ TEST(Literals, AreLiftedAsWholeTokens) {
   EXPECT_EQ(lifted("?a?*??*?x /* ? */", five, Literals::Keep), "? a ?*? ?*? x /* ? */ 1 2 3 4 5");
 }
 
-// What is known of a query or an update, and how it is asked of an engine that must be told every order.
+// The facts of a query or an update, and its statement for an engine that must be told every order.
 std::string facts_in(const StatementKey& key) {
   static const Dialect kDialect = [] {
     Dialect dialect{};

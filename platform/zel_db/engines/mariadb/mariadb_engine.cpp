@@ -50,9 +50,9 @@ std::string columns_of(const std::string& table) {
          table + "'";
 }
 
-// Who waits while he holds locks makes others wait, too, so a batch takes a lock at once or is undone. Its
-// reads lock what they find, to see what is there now. The isolation is that of the next transaction alone; a
-// lower one could not be replicated by statements.
+// A batch that waited while it holds locks would make others wait, so it takes a lock at once or is undone.
+// Its reads lock the rows that they find, to see their present state. The isolation is that of the next
+// transaction alone; a lower one could not be replicated by statements.
 constexpr const char* kBatchSettings =
     "SET innodb_lock_wait_timeout=0, lock_wait_timeout=0, tx_isolation='SERIALIZABLE'";
 constexpr const char* kUsualSettings = "SET innodb_lock_wait_timeout=5, lock_wait_timeout=5";  // as above
