@@ -128,8 +128,10 @@ void check(const std::string& url, const std::string& database) {
   for (const Family& family : families()) {
     if (!family.database.empty() && family.database != database) continue;
     for (const Table& table : family.tables) {
-      const std::string sql = std::string("SELECT * FROM ") + table.name + " LIMIT 0";
-      const int status = handle->raw_query(sql, nullptr);
+      if (!table.has_row_id) continue;  // a database without a version is in order
+      std::string sql = "SELECT _id";
+      for (const Column& column : table.columns) sql.append(", ").append(column.name);
+      const int status = handle->raw_query(sql.append(" FROM ").append(table.name) + " LIMIT 0", nullptr);
       if (status == kOk) continue;
       throw Failure(status, handle->name() + ": " + handle->message() +
                                 (status == kSqlError ? " (\"zeldb init\" makes what is missing)" : ""));

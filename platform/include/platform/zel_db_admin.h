@@ -29,8 +29,9 @@ int zel_db_load(const char* url, const char* database, const char* path, char* e
 /* Takes all rows out of the tables of the named database, of all of them or of none. error as above. */
 int zel_db_clear(const char* url, const char* database, char* error, unsigned capacity);
 
-/* 0 when the named database can be opened and has its tables. Otherwise error (capacity bytes, may be null)
- * receives one line that says what is wrong, where, and what helps; it never holds a password. */
+/* 0 when the named database can be opened and has its tables and columns. Otherwise error (capacity bytes,
+ * may be null) receives one line that says what is wrong, where, and what helps; it never holds a password.
+ */
 int zel_db_check(const char* url, const char* database, char* error, unsigned capacity);
 
 #ifdef __cplusplus

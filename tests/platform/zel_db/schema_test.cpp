@@ -19,6 +19,11 @@ class Schema : public DatabaseTest {
     const int status = zel_db_create(nullptr, error, sizeof error);
     return status == 0 ? error : "status " + std::to_string(status) + ": " + error;
   }
+  static std::string check() {
+    char error[256] = "";
+    zel_db_check(nullptr, "dmdb", error, sizeof error);
+    return error;
+  }
   // Version 1 had no sizes on SQLite, and here fewer columns; others have added a column, an index and a
   // view.
   void make_older_table() const {
@@ -75,6 +80,7 @@ TEST_P(Schema, EveryColumnTakesItsSizeAndNoMore) {
 TEST_P(Schema, AnOlderDatabaseIsBroughtToTodays) {
   make_older_table();
   EXPECT_EQ(query(handle, "AimDisks", "InfoMask"), "status 2");
+  EXPECT_NE(check().find("PCIFuncKey"), std::string::npos) << check();
   EXPECT_EQ(create(), "");
   const std::string before = "1,1,Bay 1,x,n;2,2,NULL,,NULL";
   EXPECT_EQ(disks(), before);
@@ -92,6 +98,8 @@ TEST_P(Schema, AnOlderDatabaseIsBroughtToTodays) {
       "AimDisks_Location;others");
   EXPECT_EQ(create(), "");
   EXPECT_EQ(query(handle, "AimDisks", "count(*)"), "3");
+  database.run("drop table ZeldbSchema");
+  EXPECT_EQ(check(), "");
 }
 
 TEST_P(Schema, ThreadsBringAnOlderDatabaseToTodaysTogether) {
