@@ -67,11 +67,12 @@ MariaDbServer::MariaDbServer(const fs::path& parent, const fs::path& pristine) {
   }
   const std::string log = folder_ / "install.log";
   int status = -1;
-  const pid_t installer =
-      start_program({"mariadb-install-db", "--no-defaults", "--force", "--user=root",
-                     "--datadir=" + data().string(), "--auth-root-authentication-method=normal",
-                     "--skip-test-db", "--skip-name-resolve", "--innodb-log-file-size=4M"},
-                    log);
+  const pid_t installer = start_program(
+      {"mariadb-install-db", "--no-defaults", "--force", "--user=root", "--datadir=" + data().string(),
+       "--tmpdir=" + folder_.string(),  // see start
+       "--auth-root-authentication-method=normal", "--skip-test-db", "--skip-name-resolve",
+       "--innodb-log-file-size=4M"},
+      log);
   waitpid(installer, &status, 0);
   if (status != 0) fail("no MariaDB data directory", log);
 }
@@ -86,7 +87,7 @@ void MariaDbServer::start(const std::vector<std::string>& options) {
   const std::string log = folder_ / "log";
   std::vector<std::string> words = {
       "mariadbd", "--no-defaults", "--user=root", "--datadir=" + data().string(),
-      // a starting server removes the temporary tables of its tmpdir, whose ever
+      // a starting server removes the temporary tables of its tmpdir, also those of other servers
       "--tmpdir=" + folder_.string(), "--socket=" + socket(), "--pid-file=" + (folder_ / "pid").string(),
       "--skip-name-resolve", "--innodb-buffer-pool-size=16M", "--innodb-log-file-size=4M", "--debug-no-sync"};
   words.insert(words.end(), options.begin(), options.end());
