@@ -209,7 +209,9 @@ TEST_F(Retimer, SignalsProlongNoWait) {
   const int listener = open_socket(bind);
   ASSERT_EQ(listen(listener, 0), 0);
   const int queued = open_socket(connect);
+  connected = [] { errno = EINTR; };
   EXPECT_EQ(update(), -3);
+  connected = nullptr;
   std::thread proxy([listener] {
     sleep_for(100ms);
     close(accept(listener, nullptr, nullptr));
