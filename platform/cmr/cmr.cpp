@@ -22,8 +22,9 @@ enum Status { kDone, kNotInitialized, kInvalidArgument, kUnknown, kNoValue, kFil
 // Everything that was handed out since the client was initialised.
 struct Session {
   Bios bios;
+  PendingValues pending;  // what has been set since
   std::vector<char*> names;
-  std::map<const cmr_bios_attribute*, std::vector<cmr_bios_attribute>> arrays;
+  std::map<const cmr_bios_attribute*, Bios::Attributes> arrays;
 };
 
 struct Client {
@@ -63,9 +64,8 @@ int run_in_session(const Call& call, Body body) {
 int open_session(Client& shared) {
   if (!shared.session) {
     Session session;
-    const auto read = [&](const Json& json) { session.bios = read_bios(json); };
-    if (!read_config(kFile, IfMissing::Fail, read)) return kFileFailed;
-    for (const auto& collection : session.bios.collections) session.names.push_back(collection.name);
+    if (!read_bios(kFile, session.bios)) return kFileFailed;
+    for (const auto& collection : session.bios.collections()) session.names.push_back(collection.name);
     shared.session = std::move(session);
   }
   ++shared.users;
@@ -81,16 +81,16 @@ int close_session(Client& shared) {
 int get_attributes(const char* function, const char* name, cmr_bios_attribute** attributes, uint32_t* count) {
   return run_in_session({.function = function, .name = name}, [&](Session& session, Call& call) -> int {
     if (name == nullptr || attributes == nullptr || count == nullptr) return kInvalidArgument;
-    const auto& all = session.bios.collections;
-    const auto found = std::find_if(all.begin(), all.end(), [&](const BiosCollection& collection) {
+    const auto& all = session.bios.collections();
+    const auto found = std::find_if(all.begin(), all.end(), [&](const Bios::Collection& collection) {
       return collection.name != nullptr && std::strcmp(collection.name, name) == 0;
     });
     if (found == all.end()) return kUnknown;
     // A copy for each caller, so that use after release is found by the memory checkers.
-    std::vector<cmr_bios_attribute> array = found->attributes;
-    cmr_bios_attribute* const first = array.data();
-    call.count = array.size();
-    *count = static_cast<uint32_t>(array.size());
+    Bios::Attributes array = session.bios.attributes(*found);
+    cmr_bios_attribute* const first = array.records.data();
+    call.count = array.records.size();
+    *count = static_cast<uint32_t>(array.records.size());
     if (first != nullptr) session.arrays.emplace(first, std::move(array));
     *attributes = first;
     return kDone;
@@ -99,14 +99,15 @@ int get_attributes(const char* function, const char* name, cmr_bios_attribute** 
 
 int get_value(const Session& session, cmr_bios_attribute_value& request, int selector) {
   if (request.Operation != CMR_OPERATION_GET || request.SettingID == nullptr) return kInvalidArgument;
-  const auto found = session.bios.values.find(std::string_view(request.SettingID));
-  if (found == session.bios.values.end()) return kUnknown;
-  const std::optional<std::string>& value =
-      selector == CMR_SELECT_PENDING ? found->second.pending : found->second.current;
-  if (!value) return kNoValue;
+  const std::optional<Bios::Value> found = session.bios.value(request.SettingID);
+  if (!found) return kUnknown;
+  const char* value = selector == CMR_SELECT_PENDING ? found->pending : found->current;
+  const auto set = session.pending.find(std::string_view(request.SettingID));
+  if (selector == CMR_SELECT_PENDING && set != session.pending.end()) value = set->second.c_str();
+  if (value == nullptr) return kNoValue;
   // A value that fills the buffer has no terminator there.
-  const size_t size = std::min(value->size() + 1, sizeof request.ValueBuffer);
-  std::memcpy(request.ValueBuffer, value->c_str(), size);
+  const size_t size = std::min(std::strlen(value) + 1, sizeof request.ValueBuffer);
+  std::memcpy(request.ValueBuffer, value, size);
   return kDone;
 }
 
@@ -115,13 +116,15 @@ int set_values(Session& session, std::span<const cmr_bios_attribute_value> reque
   for (const cmr_bios_attribute_value& request : requests) {
     const bool complete = request.SettingID != nullptr && request.Value != nullptr;
     if (request.Operation != CMR_OPERATION_SET || !complete) return kInvalidArgument;
-    if (!session.bios.values.contains(std::string_view(request.SettingID))) return kUnknown;
+    if (!session.bios.value(request.SettingID)) return kUnknown;
     pending.insert_or_assign(request.SettingID, request.Value);
   }
   if (pending.empty()) return kDone;
   const auto change = [&](Json& json) { set_pending(json, pending); };
+  PendingValues all = pending;
+  all.insert(session.pending.begin(), session.pending.end());
   if (!update_config(kFile, IfMissing::Fail, change)) return kFileFailed;
-  for (auto& [id, value] : pending) session.bios.values.find(id)->second.pending = std::move(value);
+  session.pending.swap(all);
   return kDone;
 }
 
@@ -176,7 +179,7 @@ CMR_API int cmr_free_bios_attributes(const char* name, cmr_bios_attribute* attri
     if (attributes == nullptr) return kDone;
     const auto found = session.arrays.find(attributes);
     if (found == session.arrays.end()) return kUnknown;
-    call.count = found->second.size();
+    call.count = found->second.records.size();
     session.arrays.erase(found);
     return kDone;
   });

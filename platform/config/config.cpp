@@ -7,19 +7,21 @@
 #include <system_error>
 #include <utility>
 
-#include "config/file.h"
 #include "platform/vrel_log.h"
 
 namespace zel_platform {
 namespace {
 
-Json load(const std::string& path, IfMissing missing) {
-  const std::optional<std::string> content = read_file(path);
-  if (!content && missing == IfMissing::Fail) {
+void fail_if_missing(const FileReader& file, IfMissing missing) {
+  if (file.is_missing() && missing == IfMissing::Fail)
     throw std::system_error(ENOENT, std::generic_category(), "cannot open");
-  }
+}
+
+Json load(const std::string& path, IfMissing missing) {
+  FileReader file(path);
+  fail_if_missing(file, missing);
   Json json{Json::Object()};
-  if (content) json = parse_json(*content);
+  if (!file.is_missing()) json = parse_json([&] { return file.next(); });
   if (json.as<Json::Object>() == nullptr) throw ConfigError("not a JSON object");
   return json;
 }
@@ -56,6 +58,17 @@ bool read_config(const char* file, IfMissing missing, const std::function<void(c
   return logged(path, [&] { read(load(path, missing)); });
 }
 
+std::unique_ptr<FileReader> visit_config(const char* file, JsonVisitor& visitor) {
+  const std::string path = config_path(file);
+  std::unique_ptr<FileReader> reader;
+  const bool good = logged(path, [&] {
+    reader = std::make_unique<FileReader>(path);
+    fail_if_missing(*reader, IfMissing::Fail);
+    visit_json([&] { return reader->next(); }, visitor);
+  });
+  return good ? std::move(reader) : nullptr;
+}
+
 bool update_config(const char* file, IfMissing missing, const std::function<void(Json&)>& change) {
   const std::string path = config_path(file);
   return logged(path, [&] {
@@ -77,13 +90,25 @@ std::optional<std::string> text_member(const Json& object, const char* name) {
 std::optional<uint32_t> word_member(const Json& object, const char* name) {
   const Json* value = member(object, name);
   if (value == nullptr) return std::nullopt;
-  if (const auto* number = value->as<uint64_t>(); number != nullptr && std::in_range<uint32_t>(*number)) {
+  const std::optional<uint32_t> word = word_of(*value);
+  if (!word) throw ConfigError(std::string(name) + ": not a 32-bit number");
+  return word;
+}
+
+std::optional<uint32_t> word_of(const Json& value) {
+  if (const auto* number = value.as<uint64_t>(); number != nullptr && std::in_range<uint32_t>(*number)) {
     return static_cast<uint32_t>(*number);
   }
-  if (const auto* negative = value->as<int64_t>(); negative != nullptr && std::in_range<int32_t>(*negative)) {
+  if (const auto* negative = value.as<int64_t>(); negative != nullptr && std::in_range<int32_t>(*negative)) {
     return static_cast<uint32_t>(*negative);
   }
-  throw ConfigError(std::string(name) + ": not a 32-bit number");
+  return std::nullopt;
+}
+
+void each_element(Json& object, const char* name, const std::function<void(Json&)>& visit) {
+  // What the object holds may be changed as it may. NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+  const auto change = [&](const Json& element) { visit(const_cast<Json&>(element)); };
+  each_element(object, name, IfMissing::Fail, change);
 }
 
 void each_element(const Json& object, const char* name, IfMissing missing,

@@ -7,9 +7,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "config/file.h"
 #include "config/json.h"
 
 namespace zel_platform {
@@ -23,6 +25,10 @@ std::string config_path(const char* file);
 // thrown on: it says nothing about the file.
 bool read_config(const char* file, IfMissing missing, const std::function<void(const Json&)>& read);
 
+// Visits the file's content as it is read, where not all of it need be kept. The file, or null where the
+// above is false; a missing file is a failure.
+std::unique_ptr<FileReader> visit_config(const char* file, JsonVisitor& visitor);
+
 // Reads the file as it is now, lets change have its way with it and replaces it; updates by other processes
 // are neither lost nor torn. Nothing is written when change throws.
 bool update_config(const char* file, IfMissing missing, const std::function<void(Json&)>& change);
@@ -32,8 +38,12 @@ bool update_config(const char* file, IfMissing missing, const std::function<void
 std::optional<std::string> text_member(const Json& object, const char* name);
 std::optional<uint32_t> word_member(const Json& object, const char* name);
 
+// The number of such a member, if it is one.
+std::optional<uint32_t> word_of(const Json& value);
+
 // Visits the elements of an array member; a ConfigError thrown on the way gets the element's place before its
 // text.
+void each_element(Json& object, const char* name, const std::function<void(Json&)>& visit);
 void each_element(const Json& object, const char* name, IfMissing missing,
                   const std::function<void(const Json&)>& visit);
 

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -27,6 +27,11 @@ int checked(int result, const char* what) {
   return result;
 }
 
+// In nanoseconds.
+int64_t change_time(const struct stat& status) {
+  return int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
 std::string resolved(const std::string& path) {
   std::error_code error;
   const std::filesystem::path target = std::filesystem::canonical(path, error);
@@ -39,25 +44,42 @@ FileDescriptor::~FileDescriptor() {
   if (fd_ >= 0) close(fd_);
 }
 
-std::optional<std::string> read_file(const std::string& path) {
-  // Without O_NONBLOCK a named pipe in the file's place would hang the process here.
-  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.get() < 0 && errno == ENOENT) return std::nullopt;
-  checked(file.get(), "cannot open");
+FileReader::FileReader(const std::string& path)
+    // Without O_NONBLOCK a named pipe in the file's place would hang the process here.
+    : file_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), left_(kLongest) {
+  if (is_missing() && errno == ENOENT) return;
+  checked(file_.get(), "cannot open");
   struct stat status {};
-  checked(fstat(file.get(), &status), "cannot read");
+  checked(fstat(file_.get(), &status), "cannot read");
   if (!S_ISREG(status.st_mode)) throw std::runtime_error("not a regular file");
+  if (static_cast<uint64_t>(status.st_size) > kLongest) throw std::runtime_error("longer than 64 MiB");
+  changed_ = change_time(status);
+}
 
-  std::string content;
-  std::array<char, 16384> block{};
-  for (;;) {
-    const ssize_t size = read(file.get(), block.data(), block.size());
-    if (size < 0 && errno == EINTR) continue;
-    if (size < 0) fail(errno, "cannot read");
-    if (size == 0) return content;
-    if (content.size() >= kLongest) throw std::runtime_error("longer than 64 MiB");
-    content.append(block.data(), static_cast<size_t>(size));
+std::string_view FileReader::next() {
+  ssize_t size = 0;
+  do {
+    size = read(file_.get(), block_.data(), std::min(block_.size(), left_));
+  } while (size < 0 && errno == EINTR);
+  if (size < 0) fail(errno, "cannot read");
+  left_ -= static_cast<size_t>(size);
+  return {block_.data(), static_cast<size_t>(size)};
+}
+
+std::vector<char> FileReader::read_at(size_t place, size_t size) const {
+  std::vector<char> bytes(size + 1);
+  for (size_t done = 0; done < size;) {
+    const ssize_t count =
+        pread(file_.get(), bytes.data() + done, size - done, static_cast<off_t>(place + done));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail(errno, "cannot read");
+    if (count == 0) throw std::runtime_error("has become shorter");
+    done += static_cast<size_t>(count);
   }
+  struct stat status {};
+  checked(fstat(file_.get(), &status), "cannot read");
+  if (change_time(status) != changed_) throw std::runtime_error("has been changed");
+  return bytes;
 }
 
 Replacement::Replacement(const std::string& path)

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Whole files, read and replaced. Failures are thrown as std::system_error.
+// Files, read and replaced. Failures are thrown as std::system_error.
 #ifndef ZEL_PLATFORM_CONFIG_FILE_H
 #define ZEL_PLATFORM_CONFIG_FILE_H
 
-#include <optional>
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zel_platform {
 
@@ -22,8 +24,23 @@ class FileDescriptor {
   int fd_;
 };
 
-// Nothing when there is no such file.
-std::optional<std::string> read_file(const std::string& path);
+// A file from its start to its end.
+class FileReader {
+ public:
+  explicit FileReader(const std::string& path);
+
+  bool is_missing() const { return file_.get() < 0; }
+  // What follows, until the next call; empty at the end.
+  std::string_view next();
+  // So many bytes from a place on, and a NUL. Fails if the file has been changed since it was opened.
+  std::vector<char> read_at(size_t place, size_t size) const;
+
+ private:
+  FileDescriptor file_;
+  size_t left_;  // a file that grows meanwhile is cut
+  int64_t changed_ = 0;
+  std::array<char, 16384> block_;
+};
 
 // A file about to be replaced. While it lives, other processes and threads that want to replace a file of the
 // same folder wait.

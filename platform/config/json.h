@@ -7,6 +7,8 @@
 #define ZEL_PLATFORM_CONFIG_JSON_H
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -60,8 +62,29 @@ struct Json::Member {
   Json value;
 };
 
-// Throws a ConfigError that names the byte.
-Json parse_json(const std::string& text);
+// Gets what a document consists of, in its order: for those who need not keep all of it.
+class JsonVisitor {
+ public:
+  JsonVisitor() = default;
+  JsonVisitor(const JsonVisitor&) = delete;
+  JsonVisitor& operator=(const JsonVisitor&) = delete;
+  virtual ~JsonVisitor() = default;
+
+  virtual void key(const std::string& name) = 0;
+  // The value may be taken. The place is where the document has it between quotes as it is, without an
+  // escape.
+  virtual void text(std::string& value, std::optional<size_t> place) = 0;
+  virtual void value(Json value) = 0;  // without parts, and no text
+  virtual void open(Json empty) = 0;   // an array or an object
+  virtual void close() = 0;
+};
+
+// The next part of a document, empty at its end.
+using JsonSource = std::function<std::string_view()>;
+
+// Both throw a ConfigError that names the byte.
+void visit_json(const JsonSource& source, JsonVisitor& visitor);
+Json parse_json(const JsonSource& source);
 // With line ends and two blanks for each level; throws where a text is no UTF-8.
 std::string json_text(const Json& json);
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -58,6 +59,9 @@ ssize_t read(int file, void* to, size_t size) {
 }
 ssize_t write(int file, const void* from, size_t size) {
   return FAILS_OR(write, "write", file, from, size);
+}
+ssize_t pread(int file, void* to, size_t size, off_t from) {
+  return FAILS_OR(pread, "pread64", file, to, size, from);
 }
 int flock(int file, int operation) noexcept {
   return FAILS_OR(flock, "flock", file, operation);
@@ -146,6 +150,18 @@ TEST_F(Cmr, BrokenFilesAreOneLine) {
   const std::pair<std::string, const char*> cases[] = {
       {"{\n\"a\": tru}", "byte 11: parse error at line 2, column 9: "},
       {"[]", "not a JSON object"},
+      {"\"text\"", "not a JSON object"},
+      {R"({"collections":"x"})", "collections: not an array"},
+      {R"({"collections":[],"collections":null})", "collections: not an array"},
+      {R"({"collections":[null]})", "collections[0]: not an object"},
+      {R"({"collections":[{"name":5}]})", "collections[0]: name: not a text"},
+      {R"({"collections":[{"name":[]}]})", "collections[0]: name: not a text"},
+      {R"({"collections":[{"attributes":{}}]})", "collections[0]: attributes: not an array"},
+      {R"({"collections":[{"attributes":[{"Bus":"1"}]}]})",
+       "collections[0]: attributes[0]: Bus: not a 32-bit"},
+      {R"({"collections":[{"attributes":[{"Bus":1.0}]}]})",
+       "collections[0]: attributes[0]: Bus: not a 32-bit"},
+      {R"({"collections":[{"attributes":[{"Type":{}}]}]})", "Type: not a 32-bit number"},
       {R"({"collections":[{}]})", "collections[0]: attributes: not an array"},
       {R"({"collections":[{"attributes":[{},7]}]})", "attributes[1]: not an object"},
       {R"({"collections":[{"attributes":[{"Bus":4294967296}]}]})", "Bus: not a 32-bit number"},
@@ -163,6 +179,53 @@ TEST_F(Cmr, BrokenFilesAreOneLine) {
                                                                                         << log;
     EXPECT_EQ(log.find('\n'), log.size() - 1) << log;
   }
+}
+
+// Most texts are read where the file has them when they are asked for; those with escapes are not, nor those
+// on the border of two blocks. Of equal keys the last one counts.
+TEST_F(Cmr, TextsOfAllKinds) {
+  const std::string longest(70000, 'l'), longer(40000, 'm');
+  const std::pair<std::string, std::string> texts[] = {{"", ""},
+                                                       {"plain \xC3\xA9", "plain \xC3\xA9"},
+                                                       {R"(a \"quote\")", "a \"quote\""},
+                                                       {R"(\")", "\""},
+                                                       {R"(\\\\)", R"(\\)"},
+                                                       {longest + R"(\n)", longest + "\n"},
+                                                       {longer + R"(\n)", longer + "\n"},
+                                                       {R"(cut\u0000off)", "cut"}};
+  const auto text_of = [&](size_t i) { return texts[i < 16 ? i % 8 : i % 5]; };
+  std::string attributes;
+  for (size_t i = 0; i < 2000; ++i) {
+    attributes += R"({"Bus":7,"AttributeName":")" + std::to_string(i) +
+                  R"(","ShortDesc":null,"ShortDesc":")" + text_of(i).first +
+                  R"(","Bus":null,"other":{"Bus":[1,"x"]}},)";
+  }
+  attributes.pop_back();
+  write("bios.json",
+        R"({"collections":[{"name":"no","attributes":[]}],"more":{"collections":[]},"collections":[
+    {"name":"A","name":null,"attributes":[{"current":"x"}],"other":"x"},
+    {"name":"B","attributes":[{"ShortDesc":"other"}],"attributes":[)" +
+            attributes + R"(]},
+    {"name":"B.1","attributes":[]}]})");
+  ASSERT_EQ(cmr_api_initialize(), 0);
+  EXPECT_NE(cmr_get_bios_attributes("no", &array_, &count_), 0);
+  EXPECT_TRUE(cmr_get_bios_attributes("B.1", &array_, &count_) == 0 && count_ == 0);
+  const auto read_all = [&] { return cmr_get_bios_attributes("B", &array_, &count_) == 0 && count_ == 2000; };
+  fault = {"pread", EIO, 1};
+  EXPECT_FALSE(read_all());
+  fault = {"pread", EINTR, 1};
+  ASSERT_TRUE(read_all());
+  for (size_t i = 0; i < 2000; ++i) {
+    ASSERT_EQ(array_[i].ShortDesc, text_of(i).second) << i;
+    ASSERT_TRUE(array_[i].Bus == 0 && array_[i].AttributeName == std::to_string(i)) << i;
+  }
+  EXPECT_EQ(get({{"B.77", 0}, {"B.2000", 0}, {"B.999x", 0}, {"B.1.x", 0}, {"A.", 1}, {"B", 1}, {"BB", 1}}),
+            "-------");
+  fs::last_write_time("bios.json", fs::file_time_type::clock::now() + std::chrono::seconds(1));
+  EXPECT_FALSE(read_all());
+  fs::resize_file("bios.json", 100000);
+  EXPECT_FALSE(read_all());
+  EXPECT_TRUE(read("log").find("has been changed") < read("log").find("has become shorter"));
 }
 
 TEST_F(Cmr, Values) {
@@ -203,7 +266,8 @@ TEST_F(Cmr, SetKeepsTheRestOfTheFile) {
   EXPECT_EQ(stored, expected);
   EXPECT_TRUE(fs::is_symlink("bios.json") && !fs::exists("real.json.new"));
   EXPECT_EQ(fs::status("bios.json").permissions(), fs::perms{0640});
-  for (const char* other : {"{", R"({"collections":[]})"}) {
+  for (const char* other : {"{", "[]", "{}", R"({"collections":[]})", R"({"collections":{}})",
+                            R"({"collections":[7]})", R"({"collections":[{"name":7}]})"}) {
     write("bios.json", other);
     EXPECT_NE(set("A-1.x", "lost"), 0);
     EXPECT_EQ(get({{"A-1.x", 0}, {"A-1.x", 1}}) + read("bios.json"), std::string("<later><now>") + other);
