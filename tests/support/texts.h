@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,22 @@ inline std::string replaced(std::string text, const std::string& what, const std
   for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size())
     text.replace(at, what.size(), by);
   return text;
+}
+
+struct Export {
+  std::string symbol;
+  std::string name;  // of C++ as it is written
+};
+inline std::vector<Export> exports_of(const std::filesystem::path& map) {
+  std::vector<Export> exports;
+  const std::string list = content_of(map);
+  const std::regex entry("\n +((?:_Z([0-9]+))?([A-Za-z_0-9]+));");
+  for (std::sregex_iterator match(list.begin(), list.end(), entry), end; match != end; ++match) {
+    const std::string length = (*match)[2];
+    exports.push_back(
+        {(*match)[1], (*match)[3].str().substr(0, length.empty() ? std::string::npos : std::stoul(length))});
+  }
+  return exports;
 }
 
 }  // namespace zeldb_test

@@ -63,7 +63,7 @@ constexpr Dialect kDialect = {
     .type = type_of,
     .table_options = " ENGINE=InnoDB DEFAULT CHARACTER SET latin1 COLLATE latin1_nopad_bin",
     .begin_definitions = "DO GET_LOCK(CONCAT('zeldb ', DATABASE()), 50)",
-    .commit_definitions = "DO RELEASE_ALL_LOCKS()",
+    .commit_definitions = "DO RELEASE_LOCK(CONCAT('zeldb ', DATABASE()))",
     .batch_settings = kBatchSettings,
     .begin_batch = "START TRANSACTION",
     .usual_settings = kUsualSettings,
